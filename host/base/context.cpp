@@ -1,0 +1,6 @@
+#include "host/base/context.h"
+
+KvHostContext& KvHostContext::current() {
+  static KvHostContext context;
+  return context;
+}

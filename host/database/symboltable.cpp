@@ -1,0 +1,79 @@
+#include "host/database/symboltable.h"
+
+#include "host/database/database.h"
+
+KVRX_DEFINE_ABSTRACT(KvDbSymbolTableRecord, KvDbObject)
+KVRX_DEFINE_ABSTRACT(KvDbSymbolTable, KvDbObject)
+KVRX_DEFINE(KvDbRegAppTableRecord, KvDbSymbolTableRecord, L"APPID")
+KVRX_DEFINE(KvDbRegAppTable, KvDbSymbolTable, L"")
+
+bool kvdbIsSymbolName(std::wstring_view name, bool allowAnonymous) {
+  constexpr std::size_t kLongestName = 255;
+  if (name.empty() || name.size() > kLongestName) return false;
+  if (name.front() == L' ' || name.back() == L' ') return false;
+  if (allowAnonymous && name.front() == L'*') name.remove_prefix(1);
+  for (wchar_t c : name)
+    if (c < 0x20 || std::wstring_view(L"<>/\\\":;?*|,=`").find(c) != std::wstring_view::npos) return false;
+  return !name.empty();
+}
+
+Kvad::ErrorStatus KvDbSymbolTableRecord::setName(const wchar_t* name) {
+  const CString wanted(name);
+  if (!kvdbIsSymbolName(wanted.view())) return Kvad::eInvalidName;
+  if (wanted == name_) return Kvad::eOk;
+  assertWriteEnabled();
+  if (!ownerId().isNull()) {
+    auto* table = KvDbSymbolTable::cast(ownerId().stub()->object);
+    if (auto status = table->rename(*this, wanted); status != Kvad::eOk) return status;
+  }
+  name_ = wanted;
+  return Kvad::eOk;
+}
+
+Kvad::ErrorStatus KvDbSymbolTable::add(KvDbObjectId& id, KvDbSymbolTableRecord* record) {
+  id.setNull();
+  if (!record) return Kvad::eNullObjectPointer;
+  if (!database()) return Kvad::eNotInDatabase;
+  if (!isWriteEnabled()) return Kvad::eNotOpenForWrite;
+  if (!record->isKindOf(recordClass())) return Kvad::eNotThatKindOfClass;
+  if (!kvdbIsSymbolName(record->getName().view())) return Kvad::eInvalidName;
+  if (has(record->getName())) return Kvad::eDuplicateRecordName;
+  assertWriteEnabled();
+  id = database()->addObject(record, objectId());
+  byName_[record->getName().str()] = id;
+  inOrder_.push_back(id);
+  return Kvad::eOk;
+}
+
+Kvad::ErrorStatus KvDbSymbolTable::add(KvDbSymbolTableRecord* record) {
+  KvDbObjectId id;
+  return add(id, record);
+}
+
+Kvad::ErrorStatus KvDbSymbolTable::getAt(const wchar_t* name, KvDbObjectId& id) const {
+  auto found = byName_.find(std::wstring_view(name ? name : L""));
+  const bool present = found != byName_.end() && !found->second.isErased();
+  id = present ? found->second : KvDbObjectId();
+  return present ? Kvad::eOk : Kvad::eKeyNotFound;
+}
+
+bool KvDbSymbolTable::has(const wchar_t* name) const {
+  KvDbObjectId id;
+  return getAt(name, id) == Kvad::eOk;
+}
+
+KvDbObjectIdArray KvDbSymbolTable::records() const {
+  KvDbObjectIdArray ids(static_cast<int>(inOrder_.size()));
+  for (KvDbObjectId id : inOrder_)
+    if (!id.isErased()) ids.append(id);
+  return ids;
+}
+
+Kvad::ErrorStatus KvDbSymbolTable::rename(KvDbSymbolTableRecord& record, const CString& name) {
+  KvDbObjectId holder;
+  if (getAt(name, holder) == Kvad::eOk && holder != record.objectId()) return Kvad::eDuplicateRecordName;
+  auto old = byName_.find(record.getName().str());
+  if (old != byName_.end() && old->second == record.objectId()) byName_.erase(old);
+  byName_[name.str()] = record.objectId();
+  return Kvad::eOk;
+}

@@ -1,0 +1,58 @@
+#pragma once
+// Symbol tables: named records of one kind, found without regard to case, walked in the order they were added.
+#include <map>
+#include <string>
+#include <vector>
+
+#include "host/database/dbobject.h"
+
+class KvDbSymbolTableRecord : public KvDbObject {
+  KVRX_DECLARE(KvDbSymbolTableRecord)
+ public:
+  const CString& getName() const { return name_; }
+  /// eInvalidName, eDuplicateRecordName; a record outside a table takes any valid name.
+  Kvad::ErrorStatus setName(const wchar_t* name);
+
+ private:
+  friend class KvDbSymbolTable;
+  CString name_;
+};
+
+class KvDbSymbolTable : public KvDbObject {
+  KVRX_DECLARE(KvDbSymbolTable)
+ public:
+  /// Takes the record over and names it in the drawing. eInvalidName, eDuplicateRecordName, eNotThatKindOfClass: the
+  /// record stays the caller's. The table must be open for write; the record is open for write afterwards.
+  Kvad::ErrorStatus add(KvDbObjectId& id, KvDbSymbolTableRecord* record);
+  Kvad::ErrorStatus add(KvDbSymbolTableRecord* record);
+
+  /// Erased records are not found. eKeyNotFound.
+  Kvad::ErrorStatus getAt(const wchar_t* name, KvDbObjectId& id) const;
+  bool has(const wchar_t* name) const;
+  /// Records in the order they were added, erased ones left out.
+  KvDbObjectIdArray records() const;
+  /// Class of the records.
+  virtual const KvRxClass* recordClass() const = 0;
+
+ private:
+  friend class KvDbSymbolTableRecord;
+  Kvad::ErrorStatus rename(KvDbSymbolTableRecord& record, const CString& name);
+
+  std::map<std::wstring, KvDbObjectId, platform::LessNoCase> byName_;
+  std::vector<KvDbObjectId> inOrder_;
+};
+
+/// True for names that a symbol table takes: not empty, at most 255 characters, none of `<>/\":;?*|,=` and the
+/// grave accent, no control characters, no blank at either end. A leading `*` is allowed where `allowAnonymous`.
+bool kvdbIsSymbolName(std::wstring_view name, bool allowAnonymous = false);
+
+/// A record of the table of application names; every application whose data stand in the drawing has one.
+class KvDbRegAppTableRecord : public KvDbSymbolTableRecord {
+  KVRX_DECLARE(KvDbRegAppTableRecord)
+};
+
+class KvDbRegAppTable : public KvDbSymbolTable {
+  KVRX_DECLARE(KvDbRegAppTable)
+ public:
+  const KvRxClass* recordClass() const override { return KvDbRegAppTableRecord::desc(); }
+};

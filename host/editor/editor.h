@@ -1,0 +1,123 @@
+#pragma once
+// The command line: what is shown, what is asked, and the commands that run.
+//
+// Input is one stream. A prompt takes its answer from the arguments of a running kvedCommandS, where there are any, else
+// from whoever started the command: the script, then the terminal. A command that another one started with kvedCommandS
+// stops inside its prompt when the arguments are used up; the outer command goes on, may hand over more, and when the
+// outer one ends, the inner one goes on with the outer one's own stream.
+#include <deque>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "host/base/resbuf.h"
+#include "host/editor/commandstack.h"
+#include "host/editor/fiber.h"
+#include "host/editor/input.h"
+#include "host/editor/sysvars.h"
+
+/// How a command ended.
+enum class KvEdOutcome { Done, Failed, Cancelled, Unknown };
+
+class KvEdEditor {
+ public:
+  using Output = std::function<void(const CString&)>;
+
+  explicit KvEdEditor(Output output);
+  ~KvEdEditor();
+  KvEdEditor(const KvEdEditor&) = delete;
+  KvEdEditor& operator=(const KvEdEditor&) = delete;
+
+  KvEdSysVars& variables() { return variables_; }
+  KvEdCommandStack& commands() { return *commands_; }
+
+  /// Writes to the command line. Nothing is added; texts of the product begin with their own line feeds.
+  void print(const CString& text);
+  /// Print with a line end on both sides as needed.
+  void printLine(const CString& text);
+
+  /// The stream's sources; the one pushed last is asked first and dropped when it is used up.
+  void pushSource(std::unique_ptr<KvEdInputSource> source);
+  bool hasInput() const { return !sources_.empty(); }
+  /// Line of the answer read last from a script, 0 where there are no lines.
+  int currentLine() const { return currentLine_; }
+  /// Drops every source: the rest of the input is not wanted any more.
+  void dropInput() { sources_.clear(); }
+
+  /// Reads one command name and runs it; false when the input is used up. An empty answer repeats the last command.
+  bool runNext(KvEdOutcome& outcome);
+  /// Runs a command by name with the present stream.
+  KvEdOutcome runCommand(const CString& name);
+  /// kvedCommandS on a chain: RTNORM, RTERROR for an unknown or failed command, RTCAN after a cancel. Null cancels the
+  /// inner command that waits for more.
+  int commandS(const resbuf* arguments);
+
+  /// Called by a running command: it could not do its work. Prints the text.
+  void fail(const CString& text);
+  /// The running commands' names, the outermost first, put together.
+  CString commandNames() const;
+  bool isCommandRunning() const { return !frames_.empty(); }
+
+  /// The next answer for the command that is running now.
+  KvEdToken readToken(KvEdReadMode mode, const CString& prompt);
+
+  /// Keywords and flags of the next prompt; the prompt takes them and leaves none.
+  void initGet(int flags, const CString& keywords);
+  struct GetOptions {
+    int flags = 0;
+    CString keywords;
+  };
+  GetOptions takeGetOptions();
+  /// What the last prompt got when it answered RTKWORD, or the text that was typed.
+  CString lastInput;
+
+  /// Runs when the outermost command has ended, with its outcome.
+  std::function<void(KvEdOutcome)> onCommandEnded;
+
+ private:
+  struct Frame;
+
+  KvEdToken readFor(std::size_t frame, KvEdReadMode mode, const CString& prompt);
+  KvEdToken readFromSources(KvEdReadMode mode, const CString& prompt);
+  void resumeInner(std::size_t inner);
+  /// Lets the waiting command at that depth go on, with its caller's stream, until it ends.
+  void finishInner(std::size_t firstInner);
+  void closeFrame(std::size_t frame, KvEdOutcome& outcome);
+  bool startInner(const CString& name);
+  void runBody(Frame& frame);
+
+  Output output_;
+  KvEdSysVars variables_;
+  std::unique_ptr<KvEdCommandStack> commands_;
+  std::vector<std::unique_ptr<KvEdInputSource>> sources_;
+  std::vector<std::unique_ptr<Frame>> frames_;
+  std::size_t running_ = 0;  // number of frames on the running command's side of the stack; 0: none
+  GetOptions getOptions_;
+  CString lastCommand_;
+  int currentLine_ = 0;
+  bool atLineStart_ = true;
+};
+
+/// printf forms onto the command line, with wide texts. RTNORM, or RTERROR without a host.
+int kvedPrintText(const CString& text);
+template <class... Args>
+int kvutPrintf(const wchar_t* format, const Args&... args) {
+  CString text;
+  text.Format(format, args...);
+  return kvedPrintText(text);
+}
+template <class... Args>
+int kvedPrompt(const wchar_t* format, const Args&... args) {
+  return kvutPrintf(format, args...);
+}
+
+/// Runs a command inside the current one; see KvEdEditor::commandS. The list is codes and values by turns, ended by
+/// RTNONE or 0; a text of one backslash is the pause token.
+int kvedCommandList(const resbuf* arguments);
+template <class... Args>
+int kvedCommandS(int code, const Args&... rest) {
+  resbuf* list = kvutBuildListOf({KvRbArg(code), KvRbArg(rest)...});
+  const int status = kvedCommandList(list);
+  kvutRelRb(list);
+  return status;
+}
