@@ -6,6 +6,7 @@
 #include "module/core/paths.h"
 #include "platform/files/files.h"
 #include "platform/files/profile.h"
+#include "platform/system/registry.h"
 #include "platform/text/number.h"
 #include "platform/text/utf.h"
 #include "siblings/resources/mekres.h"
@@ -29,13 +30,9 @@ CString readProfile(LPCWSTR section, LPCWSTR key, LPCWSTR defaultValue, LPCWSTR 
 }
 
 /// Several strings, each behind a line feed.
-CString joinedStrings(const CString& strings) {
+CString joinedStrings(const std::vector<CString>& strings) {
   CString out;
-  for (int at = 0; at < strings.GetLength() && strings.GetAt(at);) {
-    const CString one(strings.GetString() + at);
-    out += L"\n" + one;
-    at += one.GetLength() + 1;
-  }
+  for (const CString& one : strings) out += L"\n" + one;
   return out;
 }
 
@@ -97,10 +94,9 @@ int IM_SetConfigFileValue(CString file, CString section, CString key, CString va
 
 CString IM_GetRegeditValue(HKEY root, LPCWSTR subKey, LPCWSTR valueName, unsigned long* type) {
   platform::RegistryValue value;
-  if (!platform::readRegistryValue(root, subKey, valueName, value)) return CString();
+  if (platform::Registry().query(root, subKey ? subKey : L"", valueName ? valueName : L"", value) != 0) return CString();
   if (type) *type = value.type;
-  const unsigned long size = value.byteSize();
-  if (size == 0 || size >= kLargestRegistryValue) return CString();
+  if (value.bytes.empty() || value.bytes.size() >= kLargestRegistryValue) return CString();
   switch (value.type) {
     case platform::kRegistryText:
     case platform::kRegistryExpandText: return value.text();
@@ -109,7 +105,7 @@ CString IM_GetRegeditValue(HKEY root, LPCWSTR subKey, LPCWSTR valueName, unsigne
       text.Format(L"%d", static_cast<int>(value.number()));
       return text;
     }
-    case platform::kRegistryTexts: return joinedStrings(value.text());
+    case platform::kRegistryTexts: return joinedStrings(value.texts());
     default: return CString();
   }
 }
@@ -126,8 +122,9 @@ CString IM_GetRegeditValue(LPCWSTR subKey, LPCWSTR valueName, LPCWSTR defaultVal
 
 int IM_SetRegeditValue(LPCWSTR subKey, LPCWSTR valueName, LPCWSTR value) {
   if (isEmpty(subKey) || !valueName) return 0;
+  const auto text = platform::RegistryValue::ofText(CString(value).view());
   for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE})
-    if (platform::writeRegistryText(root, subKey, valueName, CString(value))) return 1;
+    if (platform::Registry().set(root, subKey, valueName, text) == 0) return 1;
   return 0;
 }
 

@@ -1,0 +1,61 @@
+#include "host/app/document.h"
+
+#include <algorithm>
+
+#include "host/base/context.h"
+
+KvApDocument::KvApDocument(std::unique_ptr<KvDbDatabase> database, CString fileName)
+    : database_(std::move(database)), fileName_(std::move(fileName)) {}
+
+KvApDocManager::~KvApDocManager() {
+  if (current_) kvdbHostApplicationServices()->setWorkingDatabase(nullptr);
+}
+
+std::unique_ptr<KvApDocumentIterator> KvApDocManager::newKvApDocumentIterator() const {
+  std::vector<KvApDocument*> list;
+  for (const auto& document : documents_) list.push_back(document.get());
+  return std::make_unique<KvApDocumentIterator>(std::move(list));
+}
+
+Kvad::ErrorStatus KvApDocManager::setCurDocument(KvApDocument* document) {
+  if (!has(document)) return Kvad::eNoDocument;
+  current_ = document;
+  kvdbHostApplicationServices()->setWorkingDatabase(document->database());
+  return Kvad::eOk;
+}
+
+Kvad::ErrorStatus KvApDocManager::lockDocument(KvApDocument* document, KvAp::DocLockMode, const wchar_t*, const wchar_t*, bool) {
+  if (!has(document)) return Kvad::eNoDocument;
+  ++document->lockCount_;
+  return Kvad::eOk;
+}
+
+Kvad::ErrorStatus KvApDocManager::unlockDocument(KvApDocument* document) {
+  if (!has(document)) return Kvad::eNoDocument;
+  if (document->lockCount_ == 0) return Kvad::eNotLocked;
+  --document->lockCount_;
+  return Kvad::eOk;
+}
+
+KvApDocument* KvApDocManager::add(std::unique_ptr<KvDbDatabase> database, CString fileName) {
+  documents_.push_back(std::make_unique<KvApDocument>(std::move(database), std::move(fileName)));
+  setCurDocument(documents_.back().get());
+  return documents_.back().get();
+}
+
+Kvad::ErrorStatus KvApDocManager::close(KvApDocument* document) {
+  if (!has(document)) return Kvad::eNoDocument;
+  if (document->lockCount_ > 0) return Kvad::eLockConflict;
+  const bool wasCurrent = document == current_;
+  std::erase_if(documents_, [&](const auto& one) { return one.get() == document; });
+  if (!wasCurrent) return Kvad::eOk;
+  current_ = documents_.empty() ? nullptr : documents_.back().get();
+  kvdbHostApplicationServices()->setWorkingDatabase(current_ ? current_->database() : nullptr);
+  return Kvad::eOk;
+}
+
+bool KvApDocManager::has(const KvApDocument* document) const {
+  return std::any_of(documents_.begin(), documents_.end(), [&](const auto& one) { return one.get() == document; });
+}
+
+KvApDocManager* kvDocManagerPtr() { return KvHostContext::current().documents; }

@@ -1,0 +1,130 @@
+#include "host/app/hostapp.h"
+
+#include <dlfcn.h>
+
+#include <cassert>
+
+#include "host/app/internal/module_loader.h"
+#include "host/base/context.h"
+#include "platform/files/paths.h"
+#include "platform/system/timers.h"
+
+namespace {
+
+class Registry : public KvRxDictionary {};
+
+std::filesystem::path ownTree(std::filesystem::path& ownFile) {
+  Dl_info info{};
+  if (dladdr(reinterpret_cast<void*>(&kdsw_kvadMainWnd), &info) == 0 || !info.dli_fname) return {};
+  std::error_code error;
+  ownFile = std::filesystem::canonical(info.dli_fname, error);
+  return error ? std::filesystem::path() : ownFile.parent_path().parent_path();
+}
+
+KvEdVariable readOnlyVariable(const wchar_t* name, KvEdVarType type, std::function<KvEdVarValue()> read) {
+  KvEdVariable variable;
+  variable.name = name;
+  variable.type = type;
+  variable.readOnly = true;
+  variable.read = std::move(read);
+  return variable;
+}
+
+}  // namespace
+
+struct KvHostApp::State {
+  explicit State(KvHostOptions& options)
+      : ownEnvironment(options.environment ? std::move(options.environment)
+                                           : std::make_unique<platform::Environment>(platform::Environment::fromProcess())),
+        scope(*ownEnvironment),
+        editor(std::move(options.output)) {
+    std::filesystem::path hostFile;
+    const auto tree = ownTree(hostFile);
+    root = options.root.empty() ? tree : options.root;
+    ownEnvironment->modulePath.insert(ownEnvironment->modulePath.begin(), root / "Professional" / "KVX8x64");
+    // The host is also known under the name by which modules ask for its library.
+    ownEnvironment->libraryAliases[L"kvbr.kdx"] = hostFile;
+    if (!ownEnvironment->timers) ownEnvironment->timers = &timers;
+  }
+
+  std::unique_ptr<platform::Environment> ownEnvironment;
+  platform::ScopedEnvironment scope;
+  platform::TimerQueue timers;
+  Registry registry;
+  KvDbHostApplicationServices services;
+  KvEdEditor editor;
+  KvApDocManager documents;
+  kvapp::ModuleLoader modules;
+  std::filesystem::path root;
+  int drawingsMade = 0;
+};
+
+KvHostApp::KvHostApp(KvHostOptions options) : state_(std::make_unique<State>(options)) {
+  KvHostContext& context = KvHostContext::current();
+  assert(!context.editor && "one host at a time");
+  context = {&state_->registry, &state_->services, &state_->editor, &state_->documents};
+  state_->registry.atPut(L"DynamicLinker", &state_->modules);
+  state_->registry.atPut(L"ACRX_REGISTERED_COMMANDS", &state_->editor.commands());
+
+  KvEdSysVars& variables = state_->editor.variables();
+  variables.define(readOnlyVariable(L"DBMOD", RTSHORT, [] {
+    const KvDbDatabase* database = kvdbDatabaseOrWorking(nullptr);
+    return KvEdVarValue(database ? database->modifiedWord() : 0);
+  }));
+  variables.define(readOnlyVariable(L"ROAMABLEROOTPREFIX", RTSTR, [this] {
+    return KvEdVarValue(platform::fromNative(state_->ownEnvironment->settingsRoot) + L"\\");
+  }));
+}
+
+KvHostApp::~KvHostApp() {
+  state_->modules.unloadAll();
+  while (KvApDocument* document = state_->documents.curDocument()) {
+    while (document->lockCount() > 0) state_->documents.unlockDocument(document);
+    state_->documents.close(document);
+  }
+  KvHostContext::current() = KvHostContext();
+}
+
+platform::Environment& KvHostApp::environment() { return *state_->ownEnvironment; }
+KvEdEditor& KvHostApp::editor() { return state_->editor; }
+KvApDocManager& KvHostApp::documents() { return state_->documents; }
+const std::filesystem::path& KvHostApp::root() const { return state_->root; }
+
+KvApDocument* KvHostApp::newDocument() {
+  CString name;
+  name.Format(L"Drawing%d.dwg", ++state_->drawingsMade);
+  KvApDocument* document = state_->documents.add(std::make_unique<KvDbDatabase>(), name);
+  state_->modules.tellDrawingLoaded();
+  return document;
+}
+
+bool KvHostApp::loadModule(const CString& name, CString& error) {
+  bool isNew = false;
+  if (!state_->modules.load(name, isNew, error)) return false;
+  if (!isNew) return true;
+  KvApDocument* current = state_->documents.curDocument();
+  const auto all = state_->documents.newKvApDocumentIterator();
+  for (; !all->done(); all->step()) {
+    state_->documents.setCurDocument(all->document());
+    state_->modules.tellNewestDrawingLoaded();
+  }
+  if (current) state_->documents.setCurDocument(current);
+  return true;
+}
+
+bool KvHostApp::unloadModule(const CString& name) { return state_->modules.unload(name); }
+std::vector<CString> KvHostApp::loadedModules() const { return state_->modules.names(); }
+
+void KvHostApp::run(const std::function<bool(KvEdOutcome)>& stop) {
+  KvEdOutcome outcome;
+  while (state_->editor.runNext(outcome)) {
+    pump();
+    if (stop && stop(outcome)) return;
+  }
+}
+
+void KvHostApp::pump() { state_->ownEnvironment->timers->runDue(); }
+
+void* kdsw_kvadMainWnd() { return nullptr; }
+
+int kvrxGetApiVersion() { return kKvHostApiVersion; }
