@@ -68,20 +68,28 @@ function(korvane_library target)
   endif()
 endfunction()
 
-# korvane_test(<area> [LIBS ...]): one test executable from tests/<area>/*.cpp.
+# korvane_test(<area> [LIBS ...] [FOLDERS <folder targets>...] [DIRECTORY <folder>])
+# One test executable from tests/<area>/*.cpp. FOLDERS are compiled in, so that what they hide can be tested; DIRECTORY says
+# where the executable lies, for code that finds its files from there.
 function(korvane_test area)
-  cmake_parse_arguments(arg "" "" "LIBS" ${ARGN})
+  cmake_parse_arguments(arg "" "DIRECTORY" "LIBS;FOLDERS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${area}/*.cpp)
   if(NOT sources)
     return()
   endif()
+  if(NOT arg_DIRECTORY)
+    set(arg_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  endif()
+  foreach(folder IN LISTS arg_FOLDERS)
+    list(APPEND sources $<TARGET_OBJECTS:${folder}>)
+  endforeach()
   add_executable(test_${area} ${sources})
   target_link_libraries(test_${area} PRIVATE korvane_settings ${arg_LIBS} GTest::gtest_main)
   target_compile_definitions(test_${area} PRIVATE
     KORVANE_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/${area}"
-    KORVANE_SAMPLES="${CMAKE_SOURCE_DIR}/examples"
+    KORVANE_EXAMPLES="${CMAKE_SOURCE_DIR}/examples"
     KORVANE_TREE_DIR="${KORVANE_TREE}")
-  set_target_properties(test_${area} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests
+  set_target_properties(test_${area} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${arg_DIRECTORY}
     BUILD_RPATH "${KORVANE_TREE}/lib;${KORVANE_TREE}/${KORVANE_MODULE_DIR}")
   add_test(NAME ${area} COMMAND test_${area} --gtest_brief=1)
   set_tests_properties(${area} PROPERTIES TIMEOUT 900)

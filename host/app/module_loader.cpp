@@ -36,12 +36,14 @@ bool ModuleLoader::load(const CString& name, bool& isNew, CString& error) {
   if (find(name)) return true;
   auto module = std::make_unique<Module>();
   module->name = baseName(name);
-  if (!module->library.load(name)) {
-    error.Format(L"Module %s cannot be loaded: %s", name, module->library.error());
+  std::string reason;
+  module->library = platform::DynamicLibrary::load(name, &reason);
+  if (!module->library) {
+    error.Format(L"Module %s cannot be loaded: %S", name, reason);
     return false;
   }
-  module->entryPoint = reinterpret_cast<EntryPoint>(module->library.symbol("kvrxEntryPoint"));
-  const auto apiVersion = reinterpret_cast<ApiVersion>(module->library.symbol("kvrxGetApiVersion"));
+  module->entryPoint = module->library.function<EntryPoint>("kvrxEntryPoint");
+  auto* apiVersion = module->library.function<ApiVersion>("kvrxGetApiVersion");
   if (!module->entryPoint || !apiVersion) {
     error.Format(L"Module %s cannot be loaded: it has no %S.", name, module->entryPoint ? "kvrxGetApiVersion" : "kvrxEntryPoint");
     return false;

@@ -79,10 +79,9 @@ std::int64_t kvrxEntryPoint(unsigned int message, void* applicationHandle) {
 }
 
 int kvrxGetApiVersion() {
-  using Function = int (*)();
-  platform::DynamicLibrary host;
-  if (!host.load(L"kvbr.kdx")) return 0;
-  const auto function = reinterpret_cast<Function>(host.symbol("kvrxGetApiVersion"));
+  const auto host = platform::DynamicLibrary::load(L"kvbr.kdx");
+  if (!host) return 0;
+  auto* function = host.function<int()>("kvrxGetApiVersion");
   return function ? function() : 0;
 }
 

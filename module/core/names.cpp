@@ -1,5 +1,6 @@
 #include "module/core/names.h"
 
+#include <chrono>
 #include <set>
 
 #include "platform/system/dates.h"
@@ -49,6 +50,19 @@ int unifyToken(CString& format, wchar_t letter) {
     return length;
   }
   return 0;
+}
+
+/// 0 for Sunday; -1 for a date that doesn't exist.
+int dayOfWeek(int year, int month, int day) {
+  using namespace std::chrono;
+  const year_month_day date{std::chrono::year(year), std::chrono::month(static_cast<unsigned>(month)),
+                            std::chrono::day(static_cast<unsigned>(day))};
+  return date.ok() ? static_cast<int>(weekday(sys_days(date)).c_encoding()) : -1;
+}
+
+template <class Names>
+CString nameAt(const Names& names, int index) {
+  return index >= 0 && index < static_cast<int>(names.size()) ? names[static_cast<std::size_t>(index)] : CString();
 }
 
 CString twoDigits(int value) {
@@ -126,10 +140,10 @@ int IM_IsFilePathNameAbsolute(CString path) {
 }
 
 CString IM_GetSystemDateFormat(int date, CString format) {
-  const platform::DateTexts& texts = platform::userDateTexts();
-  if (format.IsEmpty()) format = texts.shortDateFormat;
+  const platform::DateNames names = platform::userDateNames();
+  if (format.IsEmpty()) format = names.shortFormat;
   const int year = date / 10000, month = date / 100 % 100, day = date % 100;
-  const int weekday = platform::dayOfWeek(year, month, day);
+  const int weekday = dayOfWeek(year, month, day);
 
   const int dayLetters = unifyToken(format, L'd');
   const int monthLetters = unifyToken(format, L'M');
@@ -138,12 +152,12 @@ CString IM_GetSystemDateFormat(int date, CString format) {
   if (yearLetters == 1) format.Replace(L"y", L"yyyy");
 
   const CString yearText = yearLetters == 4 ? plain(year) : yearLetters == 2 ? twoDigits(year % 100) : plain(year % 100);
-  const CString dayText = dayLetters == 4   ? texts.longDayName(weekday)
-                          : dayLetters == 3 ? texts.shortDayName(weekday)
+  const CString dayText = dayLetters == 4   ? nameAt(names.longDays, weekday)
+                          : dayLetters == 3 ? nameAt(names.shortDays, weekday)
                           : dayLetters == 2 ? twoDigits(day)
                                             : plain(day);
-  const CString monthText = monthLetters == 4   ? texts.longMonthName(month)
-                            : monthLetters == 3 ? texts.shortMonthName(month)
+  const CString monthText = monthLetters == 4   ? nameAt(names.longMonths, month - 1)
+                            : monthLetters == 3 ? nameAt(names.shortMonths, month - 1)
                             : monthLetters == 2 ? twoDigits(month)
                                                 : plain(month);
   format.Replace(L"yyyy", yearText);

@@ -42,7 +42,7 @@ bool userRoot(CString& root) {
 
 int IM_GetSysPath(CString& out) {
   out.Empty();
-  const CString fileName = platform::moduleFileName(reinterpret_cast<const void*>(&IM_GetSysPath));
+  const CString fileName = platform::moduleFileOf(reinterpret_cast<const void*>(&IM_GetSysPath));
   if (fileName.IsEmpty() || fileName.GetLength() > kLongestModuleName) return 0;
   out = mek::rootOfModuleFile(fileName);
   return 1;
@@ -65,7 +65,7 @@ CString IM_GetLocalSettingPath() {
 
 CString IM_GetPublicDocumentPath() {
   const CString version = IM_GetSystemSettingString(L"About", L"Version", L"");
-  CString folder = platform::sharedDocumentsFolder();
+  CString folder = platform::sharedDocuments();
   if (folder.IsEmpty())
     folder = L"C:\\Users\\Public\\Documents";
   else

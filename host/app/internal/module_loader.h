@@ -23,12 +23,12 @@ class ModuleLoader : public KvRxDynamicLinker {
   void tellNewestDrawingLoaded();
 
  private:
-  using EntryPoint = std::int64_t (*)(unsigned int message, void* applicationHandle);
-  using ApiVersion = int (*)();
+  using EntryPoint = std::int64_t(unsigned int message, void* applicationHandle);
+  using ApiVersion = int();
   struct Module {
     CString name;
     platform::DynamicLibrary library;
-    EntryPoint entryPoint = nullptr;
+    EntryPoint* entryPoint = nullptr;
     bool mayBeUnloaded = false;
     bool worksWithSeveralDrawings = false;
   };

@@ -1,0 +1,121 @@
+#include "apps/korvane/terminal_source.h"
+
+#include <histedit.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace korvane {
+namespace {
+
+constexpr int kHistoryLines = 1000;
+constexpr int kWaitMilliseconds = 100;
+
+volatile std::sig_atomic_t g_interrupted = 0;  // set by the signal handler, which can reach nothing else
+
+void onInterrupt(int) { g_interrupted = 1; }
+
+}  // namespace
+
+struct TerminalSource::LineEditor {
+  LineEditor(std::function<void()> waiting, std::string file) : whileWaiting(std::move(waiting)), historyFile(std::move(file)) {
+    history = history_init();
+    HistEvent event;
+    ::history(history, &event, H_SETSIZE, kHistoryLines);
+    ::history(history, &event, H_SETUNIQUE, 1);
+    ::history(history, &event, H_LOAD, historyFile.c_str());
+    editLine = el_init("korvane", stdin, stdout, stderr);
+    el_set(editLine, EL_CLIENTDATA, this);
+    el_set(editLine, EL_PROMPT, &LineEditor::promptText);
+    el_set(editLine, EL_EDITOR, "emacs");
+    el_set(editLine, EL_HIST, ::history, history);
+    el_set(editLine, EL_GETCFN, &LineEditor::nextCharacter);
+    el_source(editLine, nullptr);
+    struct sigaction action {};
+    action.sa_handler = onInterrupt;
+    sigaction(SIGINT, &action, nullptr);
+  }
+  ~LineEditor() {
+    HistEvent event;
+    ::history(history, &event, H_SAVE, historyFile.c_str());
+    el_end(editLine);
+    history_end(history);
+  }
+
+  static LineEditor* self(EditLine* editLine) {
+    LineEditor* own = nullptr;
+    el_get(editLine, EL_CLIENTDATA, &own);
+    return own;
+  }
+
+  static char* promptText(EditLine* editLine) { return self(editLine)->prompt.data(); }
+
+  /// One character; timers fire while none comes. -1 after Ctrl-C.
+  static int nextCharacter(EditLine* editLine, wchar_t* character) {
+    LineEditor* own = self(editLine);
+    for (;;) {
+      if (g_interrupted) return -1;
+      pollfd ready{STDIN_FILENO, POLLIN, 0};
+      if (poll(&ready, 1, kWaitMilliseconds) > 0) break;
+      own->whileWaiting();
+    }
+    return own->readUtf8(character);
+  }
+
+  int readUtf8(wchar_t* character) const {
+    std::string bytes;
+    for (;;) {
+      char byte = 0;
+      if (::read(STDIN_FILENO, &byte, 1) != 1) return bytes.empty() ? 0 : -1;
+      bytes += byte;
+      const auto lead = static_cast<unsigned char>(bytes.front());
+      const std::size_t length = lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+      if (bytes.size() >= length) break;
+    }
+    *character = platform::wideFromUtf8(bytes).GetAt(0);
+    return 1;
+  }
+
+  std::function<void()> whileWaiting;
+  std::string historyFile;
+  std::string prompt;
+  History* history = nullptr;
+  EditLine* editLine = nullptr;
+};
+
+TerminalSource::TerminalSource(std::function<void()> whileWaiting, std::string historyFile)
+    : editor_(std::make_unique<LineEditor>(std::move(whileWaiting), std::move(historyFile))) {}
+
+TerminalSource::~TerminalSource() = default;
+
+bool TerminalSource::readLine(const CString& prompt) {
+  editor_->prompt = platform::utf8From(CString(prompt).TrimLeft(L"\r\n"));
+  int length = 0;
+  const char* line = el_gets(editor_->editLine, &length);
+  if (!line || length <= 0) return false;
+  const std::string text(line, static_cast<std::size_t>(length));
+  if (text.find_first_not_of(" \t\r\n") != std::string::npos) {
+    HistEvent event;
+    ::history(editor_->history, &event, H_ENTER, text.c_str());
+  }
+  reader_.feed(platform::wideFromUtf8(text).view(), true);
+  return true;
+}
+
+KvEdToken TerminalSource::read(KvEdReadMode mode, const CString& prompt) {
+  CString answer;
+  while (!reader_.next(mode, answer)) {
+    if (readLine(prompt)) continue;
+    if (!g_interrupted) return KvEdToken::of(KvEdToken::Kind::End);
+    g_interrupted = 0;
+    el_reset(editor_->editLine);
+    ::fputs("*Cancel*\n", stdout);
+    return KvEdToken::of(KvEdToken::Kind::Cancel);
+  }
+  return KvEdToken::ofText(std::move(answer));
+}
+
+bool isTerminal() { return isatty(STDIN_FILENO) && isatty(STDOUT_FILENO); }
+
+}  // namespace korvane
