@@ -39,7 +39,7 @@ bool ModuleLoader::load(const CString& name, bool& isNew, CString& error) {
   std::string reason;
   module->library = platform::DynamicLibrary::load(name, &reason);
   if (!module->library) {
-    error.Format(L"Module %s cannot be loaded: %S", name, reason);
+    error.Format(L"module %s: %S", name, reason);
     return false;
   }
   module->entryPoint = module->library.function<EntryPoint>("kvrxEntryPoint");

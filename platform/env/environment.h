@@ -6,6 +6,8 @@
 // like, one after the other. Main thread only, like everything that changes it.
 #include <cstdint>
 #include <filesystem>
+#include <map>
+#include <string>
 #include <vector>
 
 namespace platform {
@@ -21,6 +23,7 @@ struct Environment {
   std::filesystem::path sharedDocuments;  ///< documents of all users; empty means the user's data folder
   std::filesystem::path temporaryFolder;  ///< $TMPDIR, else /tmp
   std::vector<std::filesystem::path> modulePath;  ///< folders searched for bare `.kvx` names
+  std::map<std::wstring, std::filesystem::path> libraryAliases;  ///< lower-case library names that stand for a file
   std::uint32_t systemCodePage = 936;   ///< what code page 0 stands for
   UserInterface* userInterface = nullptr;  ///< not owned; null: nobody answers, defaults are taken
   TimerQueue* timers = nullptr;            ///< not owned; null: no main-thread timers

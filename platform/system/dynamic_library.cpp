@@ -35,7 +35,10 @@ std::optional<std::filesystem::path> findLibrary(const CString& name) {
     if (native.is_absolute() && isFile(native)) return native;
     return std::nullopt;
   }
-  for (const std::filesystem::path& folder : Environment::current().modulePath) {
+  const Environment& environment = Environment::current();
+  if (auto alias = environment.libraryAliases.find(CString(name).MakeLower().str()); alias != environment.libraryAliases.end())
+    return alias->second;
+  for (const std::filesystem::path& folder : environment.modulePath) {
     const std::filesystem::path native = toNative(fromNative(folder) + L"\\" + name);
     if (native.is_absolute() && isFile(native)) return native;
   }
