@@ -6,7 +6,7 @@
 #include "host/base/rxdictionary.h"
 #include "host/editor/commandstack.h"
 #include "host/editor/editor.h"
-#include "platform/system/shell.h"
+#include "platform/ui/user_interface.h"
 #include "siblings/resources/mekres.h"
 
 namespace {
@@ -78,6 +78,7 @@ void mek::unregisterCommands() {
 void mek::partOnlineCommand() {
   CString argument;
   argument.Format(L"url.dll,FileProtocolHandler %s", kPortalAddress);
-  if (ShellExecuteW(nullptr, L"open", L"rundll32.exe", argument, nullptr, kShowNormal) < kFirstShellSuccess)
+  const HINSTANCE answer = ShellExecuteW(nullptr, L"open", L"rundll32.exe", argument, nullptr, kShowNormal);
+  if (reinterpret_cast<std::intptr_t>(answer) < kFirstShellSuccess)
     kvedPrompt(L"%s", IM_GetStringFromRc(kPortalMessage, kMessageLength));
 }

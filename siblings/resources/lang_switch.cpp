@@ -1,9 +1,8 @@
 // The tables of messages, command names and translated texts.
 #include <algorithm>
 
-#include "platform/files/paths.h"
-#include "platform/ui/dialog.h"
-#include "platform/ui/menu.h"
+#include "platform/text/number.h"
+#include "platform/ui/user_interface.h"
 #include "siblings/resources/internal/tree.h"
 #include "siblings/resources/mekres.h"
 
@@ -120,12 +119,19 @@ CString ImLangSwitchManager::ImLangCoding(CString text) { return translate(L"COD
 void ImLangSwitchManager::ImLangDialog(platform::Dialog* dialog) {
   if (!dialog) return;
   dialog->setTitle(translate(L"DIALOG", dialog->title()));
-  for (const auto& control : dialog->controls()) dialog->setItemText(control.id, translate(L"DIALOG", control.text));
+  for (const platform::Control& control : dialog->state().controls)
+    if (control.id >= 0) dialog->setItemText(control.id, translate(L"DIALOG", control.text));
 }
 
-void ImLangSwitchManager::ImLangMenu(platform::PopupMenu* menu) {
+void ImLangSwitchManager::ImLangDialog(platform::DialogTemplate* dialog) {
+  if (!dialog) return;
+  dialog->title = translate(L"DIALOG", dialog->title);
+  for (platform::Control& control : dialog->controls) control.text = translate(L"DIALOG", control.text);
+}
+
+void ImLangSwitchManager::ImLangMenu(std::vector<platform::MenuItem>* menu) {
   if (!menu) return;
-  for (auto& item : menu->items) item.text = translate(L"MENU", item.text);
+  for (platform::MenuItem& item : *menu) item.text = translate(L"MENU", item.text);
 }
 
 CString ImLangSwitchManager::ImLangString(unsigned int id) {

@@ -15,7 +15,8 @@
 
 namespace platform {
 class Dialog;
-struct PopupMenu;
+struct DialogTemplate;
+struct MenuItem;
 }  // namespace platform
 
 /// Edition brands. 0 is this product.
@@ -78,10 +79,12 @@ class RES_API ImLangSwitchManager {
 
   /// Maps a coded text by the catalog CODING of the current module, else of any module; itself when it isn't there.
   CString ImLangCoding(CString text);
-  /// Replaces the title and the texts of the dialog's controls by the catalog DIALOG.
+  /// Replaces the title and the texts of the dialog's numbered controls by the catalog DIALOG.
   void ImLangDialog(platform::Dialog* dialog);
+  /// The same for a template, controls without number included, before a dialog is made of it.
+  void ImLangDialog(platform::DialogTemplate* dialog);
   /// Replaces the labels of a menu by the catalog MENU.
-  void ImLangMenu(platform::PopupMenu* menu);
+  void ImLangMenu(std::vector<platform::MenuItem>* menu);
   /// A numbered message in the language of the product, in English where that is missing; empty when unknown.
   CString ImLangString(unsigned int id);
   /// The texts of a module by name, without regard to case; null when there are none. Owned by the manager.

@@ -1,0 +1,16 @@
+#pragma once
+// Chief header of the exported toolkit.
+#include "module/core/app_names.h"
+#include "module/core/cmd_names.h"
+#include "module/core/encoding.h"
+#include "module/core/entry.h"
+#include "module/core/files.h"
+#include "module/core/im_ui_dialog.h"
+#include "module/core/module_resources.h"
+#include "module/core/names.h"
+#include "module/core/numbers.h"
+#include "module/core/paths.h"
+#include "module/core/settings.h"
+#include "module/core/text.h"
+#include "module/core/translate.h"
+#include "siblings/resources/mekres.h"
