@@ -25,12 +25,26 @@ CString decodeScript(std::string_view bytes) {
   return platform::isUtf8(bytes) ? platform::fromUtf8(bytes) : platform::fromCodePage(bytes, platform::kSystemCodePage);
 }
 
+/// Answers to dialogs come from the one stream of input.
+class HostInput : public platform::LineInput {
+ public:
+  explicit HostInput(KvEdEditor& editor) : editor_(editor) {}
+  Result next(std::string& line, std::optional<std::chrono::milliseconds>) override {
+    const auto answer = editor_.readLine(L"> ");
+    if (answer) line = platform::utf8From(*answer);
+    return answer ? Result::Line : Result::End;
+  }
+
+ private:
+  KvEdEditor& editor_;
+};
+
 class Session {
  public:
-  explicit Session(const SessionOptions& options) : options_(options), app_(hostOptions()) {
-    ui_.emplace(std::cin, std::cout);
-    app_.environment().userInterface = &*ui_;
+  explicit Session(const SessionOptions& options) : options_(options), app_(hostOptions()), input_(app_.editor()), ui_(input_, std::cout, uiTexts()) {
+    app_.environment().userInterface = &ui_;
   }
+  ~Session() { app_.environment().userInterface = nullptr; }
 
   int run() {
     if (!loadModules()) return 1;
@@ -116,9 +130,17 @@ class Session {
     return allWell;
   }
 
+  /// The stream shows the prompt itself.
+  static platform::TerminalTexts uiTexts() {
+    platform::TerminalTexts texts;
+    texts.prompt = L"";
+    return texts;
+  }
+
   const SessionOptions& options_;
-  std::optional<platform::TerminalUi> ui_;
   KvHostApp app_;
+  HostInput input_;
+  platform::TerminalUi ui_;
 };
 
 }  // namespace

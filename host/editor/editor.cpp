@@ -269,11 +269,17 @@ KvEdToken KvEdEditor::readFromSources(KvEdReadMode mode, const CString& prompt) 
       continue;
     }
     currentLine_ = source.line();
-    if (!source.isInteractive()) printLine(token.text);
+    if (!source.isInteractive()) print(token.text + L"\n");
     atLineStart_ = true;
     return token;
   }
   return KvEdToken::of(KvEdToken::Kind::End);
+}
+
+std::optional<CString> KvEdEditor::readLine(const CString& prompt) {
+  KvEdToken token = readFromSources(KvEdReadMode::Line, prompt);
+  if (token.kind != KvEdToken::Kind::Text) return std::nullopt;
+  return std::move(token.text);
 }
 
 void KvEdEditor::initGet(int flags, const CString& keywords) { getOptions_ = {flags, keywords}; }

@@ -8,6 +8,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "host/base/resbuf.h"
@@ -60,6 +61,10 @@ class KvEdEditor {
 
   /// The next answer for the command that is running now.
   KvEdToken readToken(KvEdReadMode mode, const CString& prompt);
+
+  /// A line for a dialog that a front end shows on the command line: from the script or the terminal, past the arguments of a
+  /// running kvedCommandS. None at the end of the input or after a cancel, which is the dialog's, not the command's.
+  std::optional<CString> readLine(const CString& prompt);
 
   /// Keywords and flags of the next prompt; the prompt takes them and leaves none.
   void initGet(int flags, const CString& keywords);

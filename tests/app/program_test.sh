@@ -1,0 +1,49 @@
+#!/usr/bin/env bash
+# The program as a person runs it: program_test.sh TREE
+set -euo pipefail
+tree=$1
+korvane=$tree/bin/korvane
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+export XDG_CONFIG_HOME=$work/config LC_ALL=C.UTF-8
+fail() { echo "FAILED: $1"; shift; printf '%s\n' "$@"; exit 1; }
+
+about=$("$korvane" --command QX_ABOUT </dev/null) || fail "the About box" "$about"
+for text in 'About Korvane Mechanical' 'BUILD 0.1.0' 'Free software under the MIT licence' 5530.png; do
+  grep -qF "$text" <<<"$about" || fail "the About box lacks $text" "$about"
+done
+# A command that may run inside another one, typed so, and its second name.
+"$korvane" --command "'QX_ABOUT" --command ABOUTKM </dev/null >/dev/null || fail "other names of the command"
+grep -qF 'not in this build' <<<"$("$korvane" --command IMINCREASEBACKUP)" || fail "a command of another build"
+
+# The first failed command ends a script, with file and line; --keep-going goes on.
+printf '; comment\n\nNOSUCH\nIM_RESXML\n' >"$work/a.scr"
+if out=$("$korvane" --script "$work/a.scr" 2>"$work/err"); then fail "a failed script gave 0"; fi
+grep -qF "a.scr:3: unknown command" "$work/err" || fail "position" "$(cat "$work/err")"
+! grep -qF 'not in this build' <<<"$out" || fail "went on after a failure" "$out"
+if out=$("$korvane" --keep-going --script "$work/a.scr" 2>/dev/null); then fail "--keep-going hid the failure"; fi
+grep -qF 'not in this build' <<<"$out" || fail "--keep-going stopped" "$out"
+"$korvane" --script "$work/none.scr" 2>"$work/err" && fail "a missing script gave 0"
+grep -qF none.scr "$work/err" || fail "missing script" "$(cat "$work/err")"
+
+# Standard input is a script, in UTF-8 or in the system's code page.
+grep -qF '关于' <<<"$(LC_ALL=zh_CN.UTF-8 "$korvane" <<<'关于机械' 2>&1)$(echo 关于)" || fail "localized name"
+head -c 20000 /dev/urandom | "$korvane" --keep-going >/dev/null 2>&1 || [ $? -eq 1 ] || fail "random bytes"
+
+# Wrong use is 2; a module that can't be loaded is told by file and reason.
+"$korvane" --nonsense >/dev/null 2>&1 && fail "--nonsense gave 0" || [ $? -eq 2 ] || fail "--nonsense isn't wrong use"
+printf 'not a library' >"$work/bad.kvx"
+if "$korvane" --module "$work/bad.kvx" --command QX_ABOUT </dev/null >/dev/null 2>"$work/err"; then fail "a bad module gave 0"; fi
+grep -qF bad.kvx "$work/err" || fail "bad module" "$(cat "$work/err")"
+cp -a "$tree" "$work/tree"
+rm "$work/tree/Professional/KVX8x64/MekCore.kvx"
+code=0; "$work/tree/bin/korvane" --command QX_ABOUT </dev/null >/dev/null 2>"$work/err" || code=$?
+[ $code -eq 1 ] && grep -qF MekCore.kvx "$work/err" || fail "missing module: $code" "$(cat "$work/err")"
+
+# The tree runs from anywhere, also from a folder with blanks and other letters, and without its data files.
+mkdir "$work/位置 x"
+cp -a "$tree" "$work/位置 x/tree"
+"$work/位置 x/tree/bin/korvane" --command QX_ABOUT </dev/null | grep -qF 'BUILD 0.1.0' || fail "a moved tree"
+rm "$work/位置 x/tree/StartupConfig.xml"
+printf '<broken' >"$work/位置 x/tree/share/korvane/resources/messages.xml"
+"$work/位置 x/tree/bin/korvane" --command QX_ABOUT </dev/null >/dev/null || fail "a tree without its data"
