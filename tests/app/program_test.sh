@@ -43,7 +43,8 @@ code=0; "$work/tree/bin/korvane" --command QX_ABOUT </dev/null >/dev/null 2>"$wo
 # The tree runs from anywhere, also from a folder with blanks and other letters, and without its data files.
 mkdir "$work/位置 x"
 cp -a "$tree" "$work/位置 x/tree"
-"$work/位置 x/tree/bin/korvane" --command QX_ABOUT </dev/null | grep -qF 'BUILD 0.1.0' || fail "a moved tree"
+moved=$("$work/位置 x/tree/bin/korvane" --command QX_ABOUT </dev/null)
+grep -qF 'BUILD 0.1.0' <<<"$moved" || fail "a moved tree" "$moved"
 rm "$work/位置 x/tree/StartupConfig.xml"
 printf '<broken' >"$work/位置 x/tree/share/korvane/resources/messages.xml"
 "$work/位置 x/tree/bin/korvane" --command QX_ABOUT </dev/null >/dev/null || fail "a tree without its data"
