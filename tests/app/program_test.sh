@@ -27,7 +27,9 @@ grep -qF 'not in this build' <<<"$out" || fail "--keep-going stopped" "$out"
 grep -qF none.scr "$work/err" || fail "missing script" "$(cat "$work/err")"
 
 # Standard input is a script, in UTF-8 or in the system's code page.
-grep -qF '关于' <<<"$(LC_ALL=zh_CN.UTF-8 "$korvane" <<<'关于机械' 2>&1)$(echo 关于)" || fail "localized name"
+out=$(LC_ALL=zh_CN.UTF-8 "$korvane" <<<'关于机械') || fail "a localized name" "$out"
+grep -qF 'BUILD 0.1.0' <<<"$out" || fail "a localized name" "$out"
+out=$(printf '\xb9\xd8\xd3\xda\xbb\xfa\xd0\xb5\n' | LC_ALL=zh_CN.GBK "$korvane") || fail "a name in the 8-bit code page" "$out"
 head -c 20000 /dev/urandom | "$korvane" --keep-going >/dev/null 2>&1 || [ $? -eq 1 ] || fail "random bytes"
 
 # Wrong use is 2; a module that can't be loaded is told by file and reason.
