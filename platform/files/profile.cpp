@@ -9,14 +9,19 @@ namespace platform {
 namespace {
 
 constexpr std::wstring_view kBlank = L" \t\v\f";
+
+bool isBlank(wchar_t c) {
+  return c == L' ' || c == L'\t' || c == L'\v' || c == L'\f';
+}
+
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kUtf16LeMark = "\xFF\xFE";
 constexpr std::string_view kUtf16BeMark = "\xFE\xFF";
 
 std::wstring_view trimmed(std::wstring_view text) {
-  const std::size_t first = text.find_first_not_of(kBlank);
-  if (first == std::wstring_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlank) - first + 1);
+  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+  return text;
 }
 
 bool isLineEnd(wchar_t c) {
@@ -25,7 +30,8 @@ bool isLineEnd(wchar_t c) {
 
 /// The name of a section heading, or none.
 std::optional<std::wstring_view> headingOf(std::wstring_view line) {
-  const std::wstring_view text = trimmed(line);
+  std::wstring_view text = line;
+  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
   if (!text.starts_with(L'[')) return std::nullopt;
   const std::size_t close = text.find(L']');
   if (close == std::wstring_view::npos) return std::nullopt;
@@ -139,8 +145,10 @@ bool Profile::becomeUtf16() {
 }
 
 std::vector<Profile::Line> Profile::lines() const {
+  constexpr std::size_t kUsualLength = 24;
   std::vector<Line> result;
   const std::size_t size = text_.size();
+  result.reserve(size / kUsualLength + 1);
   for (std::size_t begin = 0; begin < size;) {
     std::size_t end = begin;
     while (end < size && !isLineEnd(text_[end])) ++end;

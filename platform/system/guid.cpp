@@ -47,7 +47,7 @@ std::optional<Guid> guidFromText(std::wstring_view text) {
         std::wstring_view(L"0123456789abcdef").find(c >= L'A' && c <= L'F' ? c + 0x20 : c);
     if (digit == std::wstring_view::npos) return std::nullopt;
     auto& byte = bytes[digits++ / 2];
-    byte = static_cast<std::uint8_t>(byte << 4 | digit);
+    byte = static_cast<std::uint8_t>(byte * 16u + digit);
   }
   Guid guid;
   for (std::size_t i = 0; i < 4; ++i) guid.data1 = guid.data1 << 8 | bytes[i];

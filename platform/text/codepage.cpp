@@ -5,6 +5,7 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <cstring>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -59,6 +60,7 @@ wchar_t decodeUnit(Converter& converter, std::string_view unit) {
 /// Both directions of one page of one or two bytes a character. 0 stands for "none".
 struct Tables {
   std::vector<char16_t> wide;  ///< by byte, or by lead byte * 256 + trail byte
+  std::array<bool, 256> leads{};
   std::array<std::unique_ptr<std::array<std::uint16_t, 256>>, 256> narrow;
 
   void add(unsigned code, wchar_t character, bool keepNarrow) {
@@ -149,6 +151,7 @@ const Tables& tablesOf(const CodePage& page) {
   std::call_once(built[index], [&] {
     auto tables = std::make_unique<Tables>();
     tables->wide.resize(page.lead[0].first != 0 ? 0x10000 : 0x100);
+    for (unsigned byte = 0; byte < 0x100; ++byte) tables->leads[byte] = inLeadRange(byte, page);
     addFromIconv(*tables, page);
     addUserDefined(*tables, page.number);
     if (page.number != 20127) addSingles(*tables, page);
@@ -167,44 +170,76 @@ std::uint32_t resolved(std::uint32_t codePage) {
   return codePage <= 3 ? Environment::current().systemCodePage : codePage;
 }
 
-std::size_t asciiPrefix(std::string_view bytes) {
-  std::size_t at = 0;
-  while (at < bytes.size() && static_cast<unsigned char>(bytes[at]) < 0x80) ++at;
-  return at;
+bool isAscii(std::string_view bytes) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080;
+  std::uint64_t block = 0;
+  for (; bytes.size() >= sizeof block; bytes.remove_prefix(sizeof block)) {
+    std::memcpy(&block, bytes.data(), sizeof block);
+    if (block & kHighBits) return false;
+  }
+  for (const char c : bytes)
+    if (static_cast<unsigned char>(c) >= 0x80) return false;
+  return true;
 }
 
-void decodeByTable(std::string_view bytes, const CodePage& page, std::wstring& out, bool& lossy) {
+std::wstring widened(std::string_view bytes) {
+  std::wstring result(bytes.size(), L'\0');
+  std::size_t at = 0;
+  // In blocks of a known size, which the compiler turns into one instruction.
+  for (; at + 8 <= bytes.size(); at += 8)
+    for (std::size_t i = 0; i < 8; ++i) result[at + i] = static_cast<unsigned char>(bytes[at + i]);
+  for (; at < bytes.size(); ++at) result[at] = static_cast<unsigned char>(bytes[at]);
+  return result;
+}
+
+std::wstring decodeByTable(std::string_view bytes, const CodePage& page, bool& lossy) {
   const Tables& tables = tablesOf(page);
-  const bool pairs = tables.wide.size() > 0x100;
-  for (std::size_t at = 0; at < bytes.size();) {
-    const auto byte = static_cast<unsigned char>(bytes[at++]);
+  const char16_t* const wide = tables.wide.data();
+  const auto& leads = tables.leads;
+  std::wstring result(bytes.size(), L'\0');  // a character takes at least a byte
+  wchar_t* out = result.data();
+  const auto* in = reinterpret_cast<const unsigned char*>(bytes.data());
+  const auto* const end = in + bytes.size();
+  while (in != end) {
+    const unsigned byte = *in++;
     if (byte < 0x80) {
-      out.push_back(static_cast<wchar_t>(byte));
+      *out++ = static_cast<wchar_t>(byte);
       continue;
     }
-    char16_t character = tables.wide[byte];
-    if (pairs && character == 0 && at < bytes.size()) {
-      const auto trail = static_cast<unsigned char>(bytes[at]);
-      character = tables.wide[static_cast<std::size_t>(byte) << 8 | trail];
-      if (character != 0 || (trail >= 0x80 && inLeadRange(byte, page))) ++at;
+    char16_t character = 0;
+    if (!leads[byte]) {
+      character = wide[byte];
+    } else if (in != end) {
+      const unsigned trail = *in;
+      character = wide[byte << 8 | trail];
+      if (character != 0 || trail >= 0x80) ++in;
     }
-    lossy = lossy || character == 0;
-    out.push_back(character == 0 ? kReplacement : static_cast<wchar_t>(character));
+    if (character == 0) {
+      lossy = true;
+      character = kReplacement;
+    }
+    *out++ = static_cast<wchar_t>(character);
   }
+  result.resize(static_cast<std::size_t>(out - result.data()));
+  return result;
 }
 
-void encodeByTable(std::wstring_view text, const CodePage& page, std::string& out, bool& lossy) {
+std::string encodeByTable(std::wstring_view text, const CodePage& page, bool& lossy) {
   const Tables& tables = tablesOf(page);
+  std::string result(text.size() * 2, '\0');
+  char* out = result.data();
   for (const wchar_t character : text) {
     if (character >= 0 && character < 0x80) {
-      out.push_back(static_cast<char>(character));
+      *out++ = static_cast<char>(character);
       continue;
     }
     const unsigned code = tables.codeOf(character);
     lossy = lossy || code == 0;
-    if (code >= 0x100) out.push_back(static_cast<char>(code >> 8));
-    out.push_back(code == 0 ? '?' : static_cast<char>(code & 0xFF));
+    if (code >= 0x100) *out++ = static_cast<char>(code >> 8);
+    *out++ = code == 0 ? '?' : static_cast<char>(code & 0xFF);
   }
+  result.resize(static_cast<std::size_t>(out - result.data()));
+  return result;
 }
 
 /// Walks through what iconv refuses: `onBad` handles the unit at `in` and says how many bytes of it are done.
@@ -287,8 +322,7 @@ std::string toCodePage(std::wstring_view text, std::uint32_t codePage, bool* los
     Converter converter(page->charset, "WCHAR_T");
     if (converter.open()) result = encodeStream(converter, text, lost);
   } else {
-    result.reserve(text.size());
-    encodeByTable(text, page ? *page : *findPage(20127), result, lost);
+    result = encodeByTable(text, page ? *page : *findPage(20127), lost);
   }
   if (lossy) *lossy = lost;
   return result;
@@ -296,21 +330,19 @@ std::string toCodePage(std::wstring_view text, std::uint32_t codePage, bool* los
 
 std::wstring fromCodePage(std::string_view bytes, std::uint32_t codePage, bool* lossy) {
   bool lost = false;
-  const std::size_t plain = asciiPrefix(bytes);
-  std::wstring result(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(plain));
-  const std::string_view rest = bytes.substr(plain);
+  std::wstring result;
   const std::uint32_t number = resolved(codePage);
-  if (rest.empty()) {
+  if (isAscii(bytes)) {
     // Every page here agrees with ASCII, and no table need be built for it.
+    result = widened(bytes);
   } else if (number == kUtf8CodePage) {
-    result += fromUtf8(rest);
-    lost = !isUtf8(rest);
+    result = fromUtf8(bytes);
+    lost = !isUtf8(bytes);
   } else if (const CodePage* page = findPage(number); page && page->stream) {
     Converter converter("WCHAR_T", page->charset);
-    if (converter.open()) result += decodeStream(converter, rest, lost);
+    if (converter.open()) result = decodeStream(converter, bytes, lost);
   } else {
-    result.reserve(bytes.size());
-    decodeByTable(rest, page ? *page : *findPage(20127), result, lost);
+    result = decodeByTable(bytes, page ? *page : *findPage(20127), lost);
   }
   if (lossy) *lossy = lost;
   return result;
