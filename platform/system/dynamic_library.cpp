@@ -36,7 +36,8 @@ std::optional<std::filesystem::path> findLibrary(const CString& name) {
     return std::nullopt;
   }
   const Environment& environment = Environment::current();
-  if (auto alias = environment.libraryAliases.find(CString(name).MakeLower().str()); alias != environment.libraryAliases.end())
+  if (auto alias = environment.libraryAliases.find(CString(name).MakeLower().str());
+      alias != environment.libraryAliases.end())
     return alias->second;
   for (const std::filesystem::path& folder : environment.modulePath) {
     const std::filesystem::path native = toNative(fromNative(folder) + L"\\" + name);

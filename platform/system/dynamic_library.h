@@ -12,10 +12,10 @@ using HINSTANCE = HMODULE;
 
 namespace platform {
 
-/// The file that a library's name stands for. An alias of the environment stands for its file. A bare name is looked up in the folders of
-/// Environment::modulePath, in order and without regard to case, and nowhere else; a rooted path is taken as
-/// it is; a relative path names nothing, since the current folder must not decide what is loaded. No
-/// extension is added. None when there is no such file.
+/// The file that a library's name stands for. An alias of the environment stands for its file. A bare name is
+/// looked up in the folders of Environment::modulePath, in order and without regard to case, and nowhere
+/// else; a rooted path is taken as it is; a relative path names nothing, since the current folder must not
+/// decide what is loaded. No extension is added. None when there is no such file.
 std::optional<std::filesystem::path> findLibrary(const CString& name);
 
 /// A loaded library. Loading the same file again gives the same library; it leaves memory when the last one
