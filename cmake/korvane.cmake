@@ -54,7 +54,11 @@ function(korvane_library target)
   endforeach()
   add_library(${target} SHARED ${objects})
   target_link_libraries(${target} PUBLIC korvane_settings ${arg_LIBS})
-  target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions -Wl,--no-undefined)
+  target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions)
+  if(NOT KORVANE_FUZZ)
+    # clang leaves the sanitizers' own names to the executable.
+    target_link_options(${target} PRIVATE -Wl,--no-undefined)
+  endif()
   set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX OUTPUT_NAME ${arg_OUTPUT})
   if(arg_MODULE)
     set_target_properties(${target} PROPERTIES PREFIX "" SUFFIX ".kvx"

@@ -1,8 +1,12 @@
 #include "host/database/database.h"
 
+#include <algorithm>
+
 #include "host/base/context.h"
-#include "host/base/resbuf.h"
-#include "host/database/symboltable.h"
+#include "host/database/block.h"
+#include "host/database/chainwriter.h"
+#include "host/database/dictionary.h"
+#include "host/database/tables.h"
 
 namespace {
 
@@ -11,51 +15,188 @@ std::uint32_t nextSerial() {
   return ++last;
 }
 
+struct TableRow {
+  KvDbTable table;
+  const wchar_t* recordType;
+  KvDbSymbolTable* (*make)();
+};
+
+template <class T>
+KvDbSymbolTable* make() {
+  return new T;
+}
+
+constexpr TableRow kTables[] = {
+    {KvDbTable::Viewport, L"VPORT", make<KvDbViewportTable>}, {KvDbTable::Linetype, L"LTYPE", make<KvDbLinetypeTable>},
+    {KvDbTable::Layer, L"LAYER", make<KvDbLayerTable>},       {KvDbTable::TextStyle, L"STYLE", make<KvDbTextStyleTable>},
+    {KvDbTable::View, L"VIEW", make<KvDbViewTable>},          {KvDbTable::UCS, L"UCS", make<KvDbUCSTable>},
+    {KvDbTable::RegApp, L"APPID", make<KvDbRegAppTable>},     {KvDbTable::DimStyle, L"DIMSTYLE", make<KvDbDimStyleTable>},
+    {KvDbTable::Block, L"BLOCK", make<KvDbBlockTable>},
+};
+
+KvDbSymbolTable* symbolTable(const KvDbDatabase& database, KvDbTable table) {
+  KvDbStub* stub = database.tableId(table).stub();
+  return stub ? KvDbSymbolTable::cast(stub->object) : nullptr;
+}
+
 }  // namespace
 
+KvDbFileExtras::Variable* KvDbFileExtras::find(const wchar_t* name) {
+  auto found = std::find_if(header.begin(), header.end(), [&](const Variable& v) { return v.name.CompareNoCase(name) == 0; });
+  return found == header.end() ? nullptr : &*found;
+}
+
+// --- Objects by handle ---------------------------------------------------------------------------------------------------------
+
+KvDbStub* KvDbDatabase::HandleMap::find(std::uint64_t handle) const {
+  auto page = pages_.find(handle >> kPageBits);
+  return page == pages_.end() ? nullptr : page->second[handle & ((1u << kPageBits) - 1)];
+}
+
+void KvDbDatabase::HandleMap::put(std::uint64_t handle, KvDbStub* stub) {
+  Page& page = pages_[handle >> kPageBits];
+  if (page.empty()) page.resize(std::size_t{1} << kPageBits);
+  page[handle & ((1u << kPageBits) - 1)] = stub;
+}
+
 KvDbDatabase::KvDbDatabase(bool buildDefault, bool) : serial_(nextSerial()) {
-  if (buildDefault) buildDefaultDrawing();
+  if (buildDefault) completeAfterReading();
+  modifiedWord_ = 0;
 }
 
 KvDbDatabase::~KvDbDatabase() {
   auto* services = KvHostContext::current().services;
   if (services && services->workingDatabase() == this) services->setWorkingDatabase(nullptr);
+  for (KvDbStub& stub : stubs_) delete stub.object;
 }
 
-void KvDbDatabase::buildDefaultDrawing() {
-  auto* table = new KvDbRegAppTable;
-  regAppTable_ = addObject(table, KvDbObjectId::kNull);
-  // Every drawing knows the application under which the host itself keeps data.
-  auto* record = new KvDbRegAppTableRecord;
-  record->setName(L"ACAD");
-  table->add(record);
-  record->close();
-  table->close();
-  modifiedWord_ = 0;
+KvDbStub& KvDbDatabase::newStub(std::uint64_t handle) {
+  KvDbStub& stub = stubs_.emplace_back();
+  stub.database = this;
+  stub.handle = handle;
+  byHandle_.put(handle, &stub);
+  raiseHandleSeed(handle == UINT64_MAX ? handle : handle + 1);
+  return stub;
+}
+
+void KvDbDatabase::place(KvDbStub& stub, KvDbObject* object) {
+  stub.object = object;
+  object->stub_ = &stub;
 }
 
 KvDbObjectId KvDbDatabase::addObject(KvDbObject* object, KvDbObjectId owner) {
-  objects_.emplace_back(object);
-  KvDbStub& stub = stubs_.emplace_back();
-  stub.object = object;
-  stub.database = this;
-  stub.handle = nextHandle_++;
+  KvDbStub& stub = newStub(nextHandle_);
+  place(stub, object);
   stub.isOpenForWrite = true;
-  byHandle_[stub.handle] = &stub;
-  object->stub_ = &stub;
   object->setOwnerId(owner);
   noteOpened();
   noteModified();
   return KvDbObjectId(&stub);
 }
 
+KvDbObjectId KvDbDatabase::addAsRead(KvDbObject* object, KvDbHandle handle, bool* isReplaced) {
+  KvDbStub* stub = handle.isNull() ? nullptr : byHandle_.find(handle.value());
+  const bool isTaken = stub && stub->object;
+  if (isReplaced) *isReplaced = isTaken;
+  if (isTaken || handle.isNull()) stub = &newStub(nextHandle_);
+  else if (!stub) stub = &newStub(handle.value());
+  place(*stub, object);
+  return KvDbObjectId(stub);
+}
+
 KvDbObjectId KvDbDatabase::idFromHandle(KvDbHandle handle) const {
-  auto found = byHandle_.find(handle.value());
-  return found == byHandle_.end() ? KvDbObjectId() : KvDbObjectId(found->second);
+  KvDbStub* stub = byHandle_.find(handle.value());
+  return stub && stub->object ? KvDbObjectId(stub) : KvDbObjectId();
+}
+
+KvDbObjectId KvDbDatabase::referenceTo(KvDbHandle handle) {
+  if (handle.isNull()) return {};
+  KvDbStub* stub = byHandle_.find(handle.value());
+  return KvDbObjectId(stub ? stub : &newStub(handle.value()));
+}
+
+std::vector<KvDbObjectId> KvDbDatabase::allObjects() const {
+  std::vector<KvDbObjectId> ids;
+  for (const KvDbStub& stub : stubs_)
+    if (stub.object) ids.emplace_back(const_cast<KvDbStub*>(&stub));
+  return ids;
+}
+
+// --- What every drawing has ----------------------------------------------------------------------------------------------------
+
+void KvDbDatabase::ensureTables() {
+  for (const TableRow& row : kTables) {
+    if (!tableId(row.table).isNull()) continue;
+    KvDbSymbolTable* table = row.make();
+    setTableId(row.table, addObject(table, {}));
+    table->close();
+  }
+}
+
+void KvDbDatabase::ensureRecord(KvDbTable table, const wchar_t* name) {
+  if (!recordId(table, name).isNull()) return;
+  KvDbSymbolTable* records = nullptr;
+  if (kvdbOpenObject(records, tableId(table), KvDb::kForWrite) != Kvad::eOk) return;
+  auto* record = static_cast<KvDbSymbolTableRecord*>(records->recordClass()->create());
+  record->setNameAsMade(name);
+  addObject(record, records->objectId());
+  records->addAsRead(*record);
+  record->close();
+  records->close();
+}
+
+void KvDbDatabase::ensureSpaces() {
+  for (const wchar_t* name : {L"*Model_Space", L"*Paper_Space"}) {
+    ensureRecord(KvDbTable::Block, name);
+    KvDbBlockTableRecord* space = nullptr;
+    if (kvdbOpenObject(space, recordId(KvDbTable::Block, name), KvDb::kForWrite) != Kvad::eOk) continue;
+    space->ensureMarks();
+    space->close();
+  }
+}
+
+void KvDbDatabase::completeAfterReading() {
+  ensureTables();
+  for (const wchar_t* name : {L"ByBlock", L"ByLayer", L"Continuous"}) ensureRecord(KvDbTable::Linetype, name);
+  ensureRecord(KvDbTable::Layer, L"0");
+  ensureRecord(KvDbTable::TextStyle, L"Standard");
+  ensureRecord(KvDbTable::DimStyle, L"Standard");
+  ensureRecord(KvDbTable::RegApp, L"ACAD");
+  if (recordId(KvDbTable::Viewport, L"*Active").isNull()) ensureRecord(KvDbTable::Viewport, L"*Active");
+  KvDbLayerTableRecord* zero = nullptr;
+  if (kvdbOpenObject(zero, layerZero(), KvDb::kForWrite) == Kvad::eOk) {
+    if (zero->linetypeObjectId().isNull()) zero->setLinetypeObjectId(recordId(KvDbTable::Linetype, L"Continuous"));
+    zero->close();
+  }
+  ensureSpaces();
+  if (namedObjects_.isNull()) {
+    auto* root = new KvDbDictionary;
+    namedObjects_ = addObject(root, {});
+    KvDbObjectId groups;
+    auto* groupDictionary = new KvDbDictionary;
+    root->setAt(L"ACAD_GROUP", groupDictionary, groups);
+    groupDictionary->close();
+    root->close();
+  }
 }
 
 Kvad::ErrorStatus KvDbDatabase::getRegAppTable(KvDbRegAppTable*& table, KvDb::OpenMode mode) const {
-  return kvdbOpenObject(table, regAppTable_, mode);
+  return kvdbOpenObject(table, regAppTableId(), mode);
+}
+
+Kvad::ErrorStatus KvDbDatabase::getBlockTable(KvDbBlockTable*& table, KvDb::OpenMode mode) const {
+  return kvdbOpenObject(table, blockTableId(), mode);
+}
+
+Kvad::ErrorStatus KvDbDatabase::getNamedObjectsDictionary(KvDbDictionary*& dictionary, KvDb::OpenMode mode) const {
+  return kvdbOpenObject(dictionary, namedObjects_, mode);
+}
+
+KvDbObjectId KvDbDatabase::recordId(KvDbTable table, const wchar_t* name) const {
+  const KvDbSymbolTable* records = symbolTable(*this, table);
+  KvDbObjectId id;
+  if (records) records->getAt(name, id);
+  return id;
 }
 
 int KvDbDatabase::setModifiedWord(int value) {
@@ -63,6 +204,8 @@ int KvDbDatabase::setModifiedWord(int value) {
   modifiedWord_ = value;
   return old;
 }
+
+// --- Function-style calls ------------------------------------------------------------------------------------------------------
 
 KvDbHostApplicationServices* kvdbHostApplicationServices() {
   static KvDbHostApplicationServices none;
@@ -77,19 +220,19 @@ KvDbDatabase* kvdbDatabaseOrWorking(KvDbDatabase* database) {
 int kvdbSetDbmod(KvDbDatabase* database, int value) { return database ? database->setModifiedWord(value) : 0; }
 
 resbuf* kvdbTblSearch(const wchar_t* table, const wchar_t* name, int) {
-  KvDbDatabase* database = kvdbDatabaseOrWorking(nullptr);
+  const KvDbDatabase* database = kvdbDatabaseOrWorking(nullptr);
   if (!database || !table || !name) return nullptr;
-  if (!platform::equalNoCase(std::wstring_view(table), L"APPID")) return nullptr;
-  KvDbRegAppTable* records = nullptr;
-  if (database->getRegAppTable(records, KvDb::kForRead) != Kvad::eOk) return nullptr;
-  KvDbObjectId id;
-  const bool found = records->getAt(name, id) == Kvad::eOk;
-  records->close();
-  KvDbRegAppTableRecord* record = nullptr;
-  if (!found || kvdbOpenObject(record, id) != Kvad::eOk) return nullptr;
-  resbuf* chain = kvutBuildList(RTDXF0, record->isA()->dxfName(), 2, record->getName(), 70, 0, 0);
-  record->close();
-  return chain;
+  for (const TableRow& row : kTables) {
+    if (!platform::equalNoCase(std::wstring_view(table), row.recordType)) continue;
+    KvDbSymbolTableRecord* record = nullptr;
+    if (kvdbOpenObject(record, database->recordId(row.table, name)) != Kvad::eOk) return nullptr;
+    KvDbChainWriter writer(*database);
+    writer.text(0, row.recordType);
+    record->dxfOutFields(writer);
+    record->close();
+    return writer.takeChain();
+  }
+  return nullptr;
 }
 
 int kvdbRegApp(const wchar_t* name) {

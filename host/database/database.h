@@ -3,13 +3,43 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
 #include "host/database/dbobject.h"
 
-struct resbuf;
+class KvDbBlockTable;
+class KvDbBlockTableRecord;
+class KvDbDictionary;
 class KvDbRegAppTable;
+class KvDbSymbolTable;
+
+/// The symbol tables of a drawing, in the order in which files hold them.
+enum class KvDbTable : std::uint8_t { Viewport, Linetype, Layer, TextStyle, View, UCS, RegApp, DimStyle, Block };
+inline constexpr int kKvDbTableCount = 9;
+
+/// The version of a drawing file. Values grow with the years.
+enum class KvDbFileVersion : std::uint8_t { Unknown, R12, R13, R14, R2000, R2004, R2007, R2010, R2013, R2018 };
+
+/// What a drawing file carries beside its objects; kept so that saving loses nothing.
+struct KvDbFileExtras {
+  struct Variable {
+    CString name;  // with its `$`
+    std::vector<KvDbStoredGroup> groups;
+  };
+  struct Section {
+    CString name;
+    std::vector<KvDbStoredGroup> groups;  // all between the section's name and its end
+  };
+  KvDbFileVersion version = KvDbFileVersion::R2018;
+  CString codePage = L"ANSI_936";
+  std::vector<Variable> header;
+  std::vector<KvDbStoredGroup> classes;
+  std::vector<Section> otherSections;  // behind the known ones, in order
+  std::vector<CString> comments;       // groups 999 at the file's head
+
+  Variable* find(const wchar_t* name);
+  const Variable* find(const wchar_t* name) const { return const_cast<KvDbFileExtras*>(this)->find(name); }
+};
 
 class KvDbDatabase {
  public:
@@ -22,11 +52,46 @@ class KvDbDatabase {
 
   /// Takes the object over, gives it the next free handle and leaves it open for write.
   KvDbObjectId addObject(KvDbObject* object, KvDbObjectId owner);
-  /// The id of a handle; null when nothing bears it.
+  /// For readers: the same under the handle that the file gives, left closed. A handle that is taken, or 0, is replaced by a free one;
+  /// `isReplaced` tells.
+  KvDbObjectId addAsRead(KvDbObject* object, KvDbHandle handle, bool* isReplaced = nullptr);
+  /// The id of a handle that an object bears; null when nothing bears it.
   KvDbObjectId idFromHandle(KvDbHandle handle) const;
+  /// The id of a handle, made when missing, so that a reference may be kept before (or without) its object being there. Null for 0.
+  KvDbObjectId referenceTo(KvDbHandle handle);
+  /// All ids that bear an object, erased ones included, in the order of their making.
+  std::vector<KvDbObjectId> allObjects() const;
+  /// Larger than every handle in the drawing.
+  std::uint64_t handleSeed() const { return nextHandle_; }
+  void raiseHandleSeed(std::uint64_t seed) { nextHandle_ = seed > nextHandle_ ? seed : nextHandle_; }
 
-  KvDbObjectId regAppTableId() const { return regAppTable_; }
+  KvDbObjectId tableId(KvDbTable table) const { return tables_[static_cast<std::size_t>(table)]; }
+  void setTableId(KvDbTable table, KvDbObjectId id) { tables_[static_cast<std::size_t>(table)] = id; }
+  KvDbObjectId blockTableId() const { return tableId(KvDbTable::Block); }
+  KvDbObjectId layerTableId() const { return tableId(KvDbTable::Layer); }
+  KvDbObjectId linetypeTableId() const { return tableId(KvDbTable::Linetype); }
+  KvDbObjectId textStyleTableId() const { return tableId(KvDbTable::TextStyle); }
+  KvDbObjectId dimStyleTableId() const { return tableId(KvDbTable::DimStyle); }
+  KvDbObjectId regAppTableId() const { return tableId(KvDbTable::RegApp); }
   Kvad::ErrorStatus getRegAppTable(KvDbRegAppTable*& table, KvDb::OpenMode mode) const;
+  Kvad::ErrorStatus getBlockTable(KvDbBlockTable*& table, KvDb::OpenMode mode) const;
+  KvDbObjectId namedObjectsDictionaryId() const { return namedObjects_; }
+  void setNamedObjectsDictionaryId(KvDbObjectId id) { namedObjects_ = id; }
+  Kvad::ErrorStatus getNamedObjectsDictionary(KvDbDictionary*& dictionary, KvDb::OpenMode mode) const;
+  /// The record of a name in a table; null when there is none.
+  KvDbObjectId recordId(KvDbTable table, const wchar_t* name) const;
+
+  KvDbObjectId modelSpaceId() const { return recordId(KvDbTable::Block, L"*Model_Space"); }
+  KvDbObjectId paperSpaceId() const { return recordId(KvDbTable::Block, L"*Paper_Space"); }
+  KvDbObjectId layerZero() const { return recordId(KvDbTable::Layer, L"0"); }
+  KvDbObjectId currentLayer() const { return currentLayer_.isValid() ? currentLayer_ : layerZero(); }
+  void setCurrentLayer(KvDbObjectId id) { currentLayer_ = id; }
+  bool isApplicationKnown(const CString& name) const { return !recordId(KvDbTable::RegApp, name).isNull(); }
+
+  KvDbFileExtras& extras() { return extras_; }
+  const KvDbFileExtras& extras() const { return extras_; }
+  /// Gives a drawing that was read what files need and this one lacked: tables, layer 0, model space, the root dictionary.
+  void completeAfterReading();
 
   /// While recording is off, changes make no undo step. Calls do not nest: the last one holds.
   void disableUndoRecording(bool disable) { isUndoRecording_ = !disable; }
@@ -50,13 +115,30 @@ class KvDbDatabase {
   static constexpr int kVariablesChanged = 4;
 
  private:
-  void buildDefaultDrawing();
+  /// Handles to stubs, in pages: handles of a drawing stand close together.
+  class HandleMap {
+   public:
+    KvDbStub* find(std::uint64_t handle) const;
+    void put(std::uint64_t handle, KvDbStub* stub);
+
+   private:
+    static constexpr int kPageBits = 10;
+    using Page = std::vector<KvDbStub*>;
+    std::unordered_map<std::uint64_t, Page> pages_;
+  };
+  KvDbStub& newStub(std::uint64_t handle);
+  void place(KvDbStub& stub, KvDbObject* object);
+  void ensureTables();
+  void ensureRecord(KvDbTable table, const wchar_t* name);
+  void ensureSpaces();
 
   std::deque<KvDbStub> stubs_;
-  std::vector<std::unique_ptr<KvDbObject>> objects_;
-  std::unordered_map<std::uint64_t, KvDbStub*> byHandle_;
+  HandleMap byHandle_;
   std::uint64_t nextHandle_ = 1;
-  KvDbObjectId regAppTable_;
+  KvDbObjectId tables_[kKvDbTableCount];
+  KvDbObjectId namedObjects_;
+  KvDbObjectId currentLayer_;
+  KvDbFileExtras extras_;
   int modifiedWord_ = 0;
   int openCount_ = 0;
   std::uint32_t serial_;
@@ -85,8 +167,8 @@ KvDbDatabase* kvdbDatabaseOrWorking(KvDbDatabase* database);
 int kvdbSetDbmod(KvDbDatabase* database, int value);
 
 /// The record of a symbol table of the working drawing as a chain (0, 2, 70, ...), owned by the caller; null when
-/// there is none. Names of tables and records compare without regard to case. With `setNext` the walk of that
-/// table starts at the record.
+/// there is none. Tables by the type of their records in files ("LAYER", "STYLE", "BLOCK", ...); names compare without regard to
+/// case. `setNext` is for the signature: no call walks a table.
 resbuf* kvdbTblSearch(const wchar_t* table, const wchar_t* name, int setNext);
 
 /// Registers an application in the working drawing. RTNORM, also when it is there already; RTERROR for a name that

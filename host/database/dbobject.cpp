@@ -1,45 +1,76 @@
 #include "host/database/dbobject.h"
 
+#include <algorithm>
 #include <cassert>
 
 #include "host/database/database.h"
+#include "host/database/symboltable.h"
 
 KVRX_DEFINE_ABSTRACT(KvDbObject, KvRxObject)
+KVRX_DEFINE_ABSTRACT(KvDbProxyObject, KvDbObject)
 
-KvDbHandle::KvDbHandle(const wchar_t* text) {
-  int digits = 0;
-  std::uint64_t value = 0;
-  for (; text && *text; ++text, ++digits) {
-    const wchar_t c = *text;
-    const int digit = c >= L'0' && c <= L'9'   ? c - L'0'
-                      : c >= L'A' && c <= L'F' ? c - L'A' + 10
-                      : c >= L'a' && c <= L'f' ? c - L'a' + 10
-                                               : -1;
-    if (digit < 0 || digits == 16) return;
-    value = value << 4 | static_cast<std::uint64_t>(digit);
+struct KvDbObject::Extra {
+  KvDbObjectId extensionDictionary;
+  KvDbObjectIdArray reactors;
+  std::vector<KvDbUnknownSection> unknown;
+  std::vector<KvDbUnknownSection> appGroups;  // `{NAME ... }` blocks other than the two that are known
+  std::vector<KvDbStoredGroup> xData;         // groups from 1001 on, application by application
+};
+
+namespace {
+
+constexpr int kFirstXDataCode = 1000;
+constexpr int kMarkerCode = 100;
+constexpr int kAppGroupCode = 102;
+constexpr int kHandleCode = 5;
+constexpr int kDimStyleHandleCode = 105;
+constexpr int kOwnerCode = 330;
+
+bool isXData(int code) { return code >= kFirstXDataCode; }
+
+void writeSections(KvDbDwgFiler& filer, const std::vector<KvDbUnknownSection>& sections, const KvDbObject& owner) {
+  filer.writeUInt32(static_cast<std::uint32_t>(sections.size()));
+  for (const auto& section : sections) {
+    filer.writeString(section.marker);
+    kvdbWriteGroups(filer, section.groups, owner);
   }
-  value_ = value;
 }
 
-CString KvDbHandle::toText() const {
-  CString text;
-  text.Format(L"%X", value_);
-  return text;
+std::vector<KvDbUnknownSection> readSections(KvDbDwgFiler& filer) {
+  std::vector<KvDbUnknownSection> sections(filer.readUInt32());
+  for (auto& section : sections) {
+    section.marker = filer.readString();
+    section.groups = kvdbReadGroups(filer);
+  }
+  return sections;
 }
 
-bool KvDbHandle::getIntoAsciiBuffer(wchar_t* buffer) const {
-  const CString text = toText();
-  for (int i = 0; i <= text.GetLength(); ++i) buffer[i] = text.GetAt(i);
-  return true;
+bool isApplicationName(const KvDbStoredGroup& group) { return group.code == 1001; }
+
+using XData = std::vector<KvDbStoredGroup>;
+
+/// The range of an application's groups, its 1001 included; both ends equal when it has none.
+std::pair<XData::iterator, XData::iterator> rangeOf(XData& data, const CString& application) {
+  auto first = std::find_if(data.begin(), data.end(), [&](const KvDbStoredGroup& group) {
+    return isApplicationName(group) && group.text.CompareNoCase(application) == 0;
+  });
+  if (first == data.end()) return {first, first};
+  return {first, std::find_if(first + 1, data.end(), isApplicationName)};
 }
 
-bool KvDbObjectId::isValid() const { return stub_ && stub_->object && !stub_->isErased; }
-bool KvDbObjectId::isErased() const { return stub_ && stub_->isErased; }
-KvDbHandle KvDbObjectId::handle() const { return stub_ ? KvDbHandle(stub_->handle) : KvDbHandle(); }
-KvDbDatabase* KvDbObjectId::database() const { return stub_ ? stub_->database : nullptr; }
-const KvRxClass* KvDbObjectId::objectClass() const { return stub_ && stub_->object ? stub_->object->isA() : nullptr; }
+}  // namespace
 
+KvDbObject::KvDbObject() = default;
 KvDbObject::~KvDbObject() = default;
+
+KvDbObject::Extra& KvDbObject::extra() {
+  if (!extra_) extra_ = std::make_unique<Extra>();
+  return *extra_;
+}
+
+CString KvDbObject::fileType() const { return isA()->dxfName(); }
+
+// --- The open protocol ---------------------------------------------------------------------------------------------------------
 
 Kvad::ErrorStatus KvDbObject::close() {
   if (!stub_) return Kvad::eNotInDatabase;
@@ -89,6 +120,216 @@ void KvDbObject::assertWriteEnabled() {
 
 Kvad::ErrorStatus KvDbObject::subErase(bool) { return Kvad::eOk; }
 
+// --- Filing --------------------------------------------------------------------------------------------------------------------
+
+void KvDbObject::dwgOutFields(KvDbDwgFiler& filer) const {
+  filer.writeId(owner_, KvDbReference::SoftPointer);
+  filer.writeBool(extra_ != nullptr);
+  if (!extra_) return;
+  filer.writeId(extra_->extensionDictionary, KvDbReference::HardOwnership);
+  filer.writeUInt32(static_cast<std::uint32_t>(extra_->reactors.length()));
+  for (KvDbObjectId id : extra_->reactors) filer.writeId(id, KvDbReference::SoftPointer);
+  writeSections(filer, extra_->unknown, *this);
+  writeSections(filer, extra_->appGroups, *this);
+  kvdbWriteGroups(filer, extra_->xData, *this);
+}
+
+void KvDbObject::dwgInFields(KvDbDwgFiler& filer) {
+  owner_ = filer.readId(KvDbReference::SoftPointer);
+  extra_.reset();
+  if (!filer.readBool()) return;
+  Extra& own = extra();
+  own.extensionDictionary = filer.readId(KvDbReference::HardOwnership);
+  const std::uint32_t reactors = filer.readUInt32();
+  for (std::uint32_t i = 0; i < reactors; ++i)
+    if (const KvDbObjectId id = filer.readId(KvDbReference::SoftPointer); !id.isNull()) own.reactors.append(id);
+  own.unknown = readSections(filer);
+  own.appGroups = readSections(filer);
+  own.xData = kvdbReadGroups(filer);
+}
+
+void KvDbObject::dxfOutFields(KvDxfWriter&) const {}
+
+bool KvDbObject::dxfInGroup(const KvDxfGroup&, std::wstring_view, KvDxfResolver&) { return false; }
+
+void KvDbObject::dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) {
+  for (const KvDxfGroup& group : groups)
+    if (!dxfInGroup(group, marker, resolver)) keepUnknown(marker, group);
+}
+
+void KvDbObject::dxfInEnd(KvDxfResolver&) {}
+
+void KvDbObject::dxfOut(KvDxfWriter& writer) const {
+  writer.beginObject();
+  const CString type = fileType();
+  writer.text(0, type.view());
+  if (!handle().isNull()) writer.handle(type == L"DIMSTYLE" ? kDimStyleHandleCode : kHandleCode, objectId());
+  if (writer.hasMarkers()) {
+    writeAppGroups(writer);
+    if (!owner_.isNull()) writer.handle(kOwnerCode, owner_);
+    writeUnknown(writer, L"");
+  }
+  dxfOutFields(writer);
+  if (!extra_) return;
+  // Sections of which the class knows nothing, and what no field table wrote of the last one.
+  for (const KvDbUnknownSection& section : extra_->unknown) {
+    if (writer.isFlushed(section.marker.view())) continue;
+    if (!section.marker.IsEmpty() && section.marker.view() != writer.lastMarker()) writer.marker(section.marker.view());
+    for (const KvDbStoredGroup& group : section.groups) writer.group(group.view());
+  }
+  for (const KvDbStoredGroup& group : extra_->xData) writer.group(group.view());
+}
+
+void KvDbObject::writeAppGroups(KvDxfWriter& writer) const {
+  if (!extra_) return;
+  for (const auto& block : extra_->appGroups) {
+    writer.text(kAppGroupCode, (L"{" + block.marker).view());
+    for (const auto& group : block.groups) writer.group(group.view());
+    writer.text(kAppGroupCode, L"}");
+  }
+  if (!extra_->reactors.isEmpty()) {
+    writer.text(kAppGroupCode, L"{ACAD_REACTORS");
+    for (KvDbObjectId id : extra_->reactors) writer.handle(330, id);
+    writer.text(kAppGroupCode, L"}");
+  }
+  if (!extra_->extensionDictionary.isNull()) {
+    writer.text(kAppGroupCode, L"{ACAD_XDICTIONARY");
+    writer.handle(360, extra_->extensionDictionary);
+    writer.text(kAppGroupCode, L"}");
+  }
+}
+
+std::size_t KvDbObject::readAppGroup(std::span<const KvDxfGroup> groups, std::size_t at, KvDxfResolver& resolver) {
+  const std::wstring_view name = groups[at].text.substr(1);
+  std::size_t end = at + 1;
+  while (end < groups.size() && !(groups[end].code == kAppGroupCode && groups[end].text == L"}")) ++end;
+  const auto inside = groups.subspan(at + 1, end - at - 1);
+  if (name == L"ACAD_REACTORS") {
+    for (const KvDxfGroup& group : inside) extra().reactors.append(resolver.object(group.integer));
+  } else if (name == L"ACAD_XDICTIONARY") {
+    if (!inside.empty()) extra().extensionDictionary = resolver.object(inside.front().integer);
+  } else {
+    KvDbUnknownSection block{CString(name), {}};
+    for (const KvDxfGroup& group : inside) block.groups.emplace_back(group);
+    extra().appGroups.push_back(std::move(block));
+  }
+  return std::min(end + 1, groups.size());
+}
+
+void KvDbObject::dxfIn(std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) {
+  std::size_t at = 0;
+  // Before the first marker stand handle, owner and the applications' blocks; old files have no markers at all.
+  const auto firstMarker = std::find_if(groups.begin(), groups.end(), [](const KvDxfGroup& g) { return g.code == kMarkerCode; });
+  const bool hasMarkers = firstMarker != groups.end();
+  std::vector<KvDxfGroup> loose;
+  while (at < groups.size() && groups[at].code != kMarkerCode && !isXData(groups[at].code)) {
+    const KvDxfGroup& group = groups[at];
+    if (group.code == kAppGroupCode && group.text.starts_with(L'{')) {
+      at = readAppGroup(groups, at, resolver);
+      continue;
+    }
+    const bool isOwn = group.code == kHandleCode || group.code == kDimStyleHandleCode || (group.code == kOwnerCode && hasMarkers);
+    if (!isOwn || (group.code == kHandleCode && group.kind != KvDxfKind::Handle)) loose.push_back(group);
+    ++at;
+  }
+  if (!loose.empty()) dxfInSection(L"", loose, resolver);
+  while (at < groups.size() && !isXData(groups[at].code)) {
+    const std::wstring_view marker = groups[at].text;
+    std::size_t end = at + 1;
+    while (end < groups.size() && groups[end].code != kMarkerCode && !isXData(groups[end].code)) ++end;
+    dxfInSection(marker, groups.subspan(at + 1, end - at - 1), resolver);
+    at = end;
+  }
+  for (; at < groups.size(); ++at)
+    if (isXData(groups[at].code)) extra().xData.emplace_back(groups[at]);
+  dxfInEnd(resolver);
+}
+
+void KvDbObject::keepUnknown(std::wstring_view marker, const KvDxfGroup& group) {
+  auto& sections = extra().unknown;
+  if (sections.empty() || sections.back().marker.view() != marker) sections.push_back({CString(marker), {}});
+  sections.back().groups.emplace_back(group);
+}
+
+void KvDbObject::writeUnknown(KvDxfWriter& writer, std::wstring_view marker) const {
+  writer.noteFlushed(marker);
+  for (const KvDbUnknownSection& section : unknownSections())
+    if (section.marker.view() == marker)
+      for (const KvDbStoredGroup& group : section.groups) writer.group(group.view());
+}
+
+const std::vector<KvDbUnknownSection>& KvDbObject::unknownSections() const {
+  static const std::vector<KvDbUnknownSection> none;
+  return extra_ ? extra_->unknown : none;
+}
+
+// --- Extended data, reactors, extension dictionary -----------------------------------------------------------------------------
+
+resbuf* KvDbObject::xData(const wchar_t* application) const {
+  if (!extra_) return nullptr;
+  XData& data = extra_->xData;
+  auto [first, last] = application ? rangeOf(data, application) : std::pair(data.begin(), data.end());
+  return kvdbChainOf({first, last}, database());
+}
+
+Kvad::ErrorStatus KvDbObject::setXData(const resbuf* chain) {
+  XData fresh;
+  for (const resbuf* node = chain; node; node = node->rbnext) {
+    if (node->restype == -3) continue;
+    KvDbStoredGroup group;
+    if (!isXData(node->restype) || !kvdbStoredGroupOf(*node, group)) return Kvad::eInvalidInput;
+    if (fresh.empty() && !isApplicationName(group)) return Kvad::eInvalidInput;
+    if (isApplicationName(group) && database() && !database()->isApplicationKnown(group.text)) return Kvad::eRegappNotFound;
+    fresh.push_back(std::move(group));
+  }
+  if (fresh.empty()) return Kvad::eOk;
+  assertWriteEnabled();
+  XData& data = extra().xData;
+  for (auto part = fresh.begin(); part != fresh.end();) {
+    const auto end = std::find_if(part + 1, fresh.end(), isApplicationName);
+    auto [first, last] = rangeOf(data, part->text);
+    auto place = data.erase(first, last);
+    if (end - part > 1) data.insert(place, part, end);
+    part = end;
+  }
+  return Kvad::eOk;
+}
+
+KvDbObjectId KvDbObject::extensionDictionary() const { return extra_ ? extra_->extensionDictionary : KvDbObjectId(); }
+
+void KvDbObject::setExtensionDictionary(KvDbObjectId id) {
+  assertWriteEnabled();
+  extra().extensionDictionary = id;
+}
+
+KvDbObjectIdArray KvDbObject::persistentReactors() const { return extra_ ? extra_->reactors : KvDbObjectIdArray(); }
+
+void KvDbObject::addPersistentReactor(KvDbObjectId id) {
+  if (id.isNull() || (extra_ && extra_->reactors.contains(id))) return;
+  assertWriteEnabled();
+  extra().reactors.append(id);
+}
+
+void KvDbObject::removePersistentReactor(KvDbObjectId id) {
+  if (!extra_ || !extra_->reactors.contains(id)) return;
+  assertWriteEnabled();
+  extra_->reactors.remove(id);
+}
+
+// --- Objects that the host doesn't model ---------------------------------------------------------------------------------------
+
+void KvDbProxyObject::dwgOutFields(KvDbDwgFiler& filer) const {
+  KvDbObject::dwgOutFields(filer);
+  filer.writeString(type_);
+}
+
+void KvDbProxyObject::dwgInFields(KvDbDwgFiler& filer) {
+  KvDbObject::dwgInFields(filer);
+  type_ = filer.readString();
+}
+
+// --- Opening by id -------------------------------------------------------------------------------------------------------------
+
 Kvad::ErrorStatus kvdbOpenAny(KvDbObject*& object, KvDbObjectId id, KvDb::OpenMode mode, bool openErased) {
   object = nullptr;
   KvDbStub* stub = id.stub();
@@ -106,4 +347,9 @@ Kvad::ErrorStatus kvdbOpenAny(KvDbObject*& object, KvDbObjectId id, KvDb::OpenMo
   stub->database->noteOpened();
   object = stub->object;
   return Kvad::eOk;
+}
+
+CString kvdbRecordName(KvDbObjectId id) {
+  const auto* record = id.stub() ? KvDbSymbolTableRecord::cast(id.stub()->object) : nullptr;
+  return record ? record->getName() : CString();
 }

@@ -4,10 +4,21 @@
 // An object is owned by its drawing from the moment it is added, by the caller before that. It is reached by
 // kvdbOpenObject and given back by close(); opening for read may nest, for write it is exclusive. A pointer stays
 // readable after close() for as long as the drawing is open, erased or not.
-#include "host/base/kvad.h"
-#include "host/database/objectid.h"
+//
+// A class states its fields once, for copies and undo (dwgOutFields, dwgInFields) and for files (dxfOutFields, dxfInGroup or
+// dxfInSection). Groups and whole sections that a class doesn't know are kept and written back.
+#include <memory>
+#include <vector>
 
-/// What a drawing keeps for each object: one for each id, owned by the drawing, never moved.
+#include "host/base/kvad.h"
+#include "host/base/resbuf.h"
+#include "host/database/dxffiler.h"
+#include "host/database/filer.h"
+#include "host/database/objectid.h"
+#include "host/database/storedgroup.h"
+
+/// What a drawing keeps for each object: one for each id, owned by the drawing, never moved. An id that something refers to before
+/// (or without) its object being there has a stub with a null object.
 struct KvDbStub {
   KvDbObject* object = nullptr;
   KvDbDatabase* database = nullptr;
@@ -17,9 +28,18 @@ struct KvDbStub {
   bool isErased = false;
 };
 
+/// Groups that a class doesn't know, by the subclass marker behind which they stood.
+struct KvDbUnknownSection {
+  CString marker;
+  std::vector<KvDbStoredGroup> groups;
+};
+
+struct KvDbField;
+
 class KvDbObject : public KvRxObject {
   KVRX_DECLARE(KvDbObject)
  public:
+  KvDbObject();
   ~KvDbObject() override;
 
   KvDbObjectId objectId() const { return KvDbObjectId(stub_); }
@@ -28,7 +48,7 @@ class KvDbObject : public KvRxObject {
   KvDbObjectId ownerId() const { return owner_; }
   void setOwnerId(KvDbObjectId owner) { owner_ = owner; }
 
-  /// Ends one opening. eWasNotOpenForWrite... never: eNotInDatabase outside a drawing, eNotOpenForRead when not open.
+  /// Ends one opening. eNotInDatabase outside a drawing, eNotOpenForRead when it isn't open.
   Kvad::ErrorStatus close();
   /// From read, held by nobody else, to write.
   Kvad::ErrorStatus upgradeOpen();
@@ -41,21 +61,83 @@ class KvDbObject : public KvRxObject {
   bool isWriteEnabled() const { return !stub_ || stub_->isOpenForWrite; }
   bool isErased() const { return stub_ && stub_->isErased; }
 
- protected:
-  /// Called at the beginning of every change: marks the drawing as changed. An assertion guards objects that are
-  /// not open for write.
+  /// The type under which the object stands in files: the class's own, but for objects that the host doesn't model.
+  virtual CString fileType() const;
+
+  // State for copies and undo. Derived classes call their base first.
+  virtual void dwgOutFields(KvDbDwgFiler& filer) const;
+  virtual void dwgInFields(KvDbDwgFiler& filer);
+  // State in files: the groups behind type, handle and owner, extended data left out.
+  virtual void dxfOutFields(KvDxfWriter& writer) const;
+  /// One group of the section behind `marker` (empty where the file has none); false when the class doesn't know it.
+  virtual bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver);
+  /// All groups of one section. By default each goes to dxfInGroup, and what isn't known there is kept.
+  virtual void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups, KvDxfResolver& resolver);
+  /// Called once when all groups of the object have been read.
+  virtual void dxfInEnd(KvDxfResolver& resolver);
+
+  /// The whole object in a file, from its type on.
+  void dxfOut(KvDxfWriter& writer) const;
+  /// Reads an object's groups, those behind its type. Handle and owner are the caller's business.
+  void dxfIn(std::span<const KvDxfGroup> groups, KvDxfResolver& resolver);
+
+  /// Extended data of one application (null: of all) as a chain beginning with 1001, owned by the caller; null when there are none.
+  resbuf* xData(const wchar_t* application = nullptr) const;
+  /// Replaces by application: an application in the chain replaces its old data (a bare 1001 removes them), others stay. -3 nodes are
+  /// stepped over; of an application that stands twice the later part holds. eRegappNotFound, eInvalidInput (a group before the first
+  /// 1001 or of no kind), with nothing changed.
+  Kvad::ErrorStatus setXData(const resbuf* chain);
+
+  KvDbObjectId extensionDictionary() const;
+  void setExtensionDictionary(KvDbObjectId id);
+  /// Objects that are told of changes, in order.
+  KvDbObjectIdArray persistentReactors() const;
+  void addPersistentReactor(KvDbObjectId id);
+  void removePersistentReactor(KvDbObjectId id);
+
+  const std::vector<KvDbUnknownSection>& unknownSections() const;
+
+  /// Called at the beginning of every change: marks the drawing as changed and keeps the old state for undo.
   void assertWriteEnabled();
+
+ protected:
   /// Whether the object may be erased now; a record in use answers eCannotBeErased.
   virtual Kvad::ErrorStatus subErase(bool erasing);
+  friend void kvdbDxfOut(const KvDbObject& object, std::span<const KvDbField> fields, KvDxfWriter& writer);
+  /// Keeps a group of a section that this class doesn't know.
+  void keepUnknown(std::wstring_view marker, const KvDxfGroup& group);
+  /// Writes what is kept of a section behind its known fields.
+  void writeUnknown(KvDxfWriter& writer, std::wstring_view marker) const;
 
  private:
   friend class KvDbDatabase;
+  struct Extra;
+  Extra& extra();
+  void writeAppGroups(KvDxfWriter& writer) const;
+  /// Takes `{...}` groups before the first marker; the index behind them.
+  std::size_t readAppGroup(std::span<const KvDxfGroup> groups, std::size_t at, KvDxfResolver& resolver);
+
   KvDbStub* stub_ = nullptr;
   KvDbObjectId owner_;
+  std::unique_ptr<Extra> extra_;
+};
+
+/// An object of a type that the host doesn't model. It is kept whole.
+class KvDbProxyObject : public KvDbObject {
+  KVRX_DECLARE(KvDbProxyObject)
+ public:
+  KvDbProxyObject() = default;
+  explicit KvDbProxyObject(CString type) : type_(std::move(type)) {}
+  CString fileType() const override { return type_; }
+  void dwgOutFields(KvDbDwgFiler& filer) const override;
+  void dwgInFields(KvDbDwgFiler& filer) override;
+
+ private:
+  CString type_;
 };
 
 /// Opens the object of an id. Failures: eNullObjectId, eWasErased (unless `openErased`), eWasOpenForWrite,
-/// eWasOpenForRead (when write is asked), eHandleInUse for an id without an object.
+/// eWasOpenForRead (when write is asked), eUnknownHandle for an id without an object.
 Kvad::ErrorStatus kvdbOpenAny(KvDbObject*& object, KvDbObjectId id, KvDb::OpenMode mode, bool openErased = false);
 
 /// The same with a class: eNotThatKindOfClass, and the object stays closed, when it is of another one.
@@ -70,3 +152,34 @@ Kvad::ErrorStatus kvdbOpenObject(T*& object, KvDbObjectId id, KvDb::OpenMode mod
   any->close();
   return Kvad::eNotThatKindOfClass;
 }
+
+/// The name of a symbol table record; empty for any other id.
+CString kvdbRecordName(KvDbObjectId id);
+
+/// In a class whose fields stand in a table `kFields` of KvDbField rows: the four calls that follow from it.
+#define KVDB_FIELDS_DECLARE                                                                                          \
+ public:                                                                                                             \
+  void dwgOutFields(KvDbDwgFiler& filer) const override;                                                             \
+  void dwgInFields(KvDbDwgFiler& filer) override;                                                                    \
+  void dxfOutFields(KvDxfWriter& writer) const override;                                                             \
+  bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;              \
+                                                                                                                     \
+ private:                                                                                                            \
+  static const KvDbField kFields[];
+
+#define KVDB_FIELDS_DEFINE(type, base)                                                                               \
+  void type::dwgOutFields(KvDbDwgFiler& filer) const {                                                               \
+    base::dwgOutFields(filer);                                                                                       \
+    kvdbDwgOut(*this, kFields, filer);                                                                               \
+  }                                                                                                                  \
+  void type::dwgInFields(KvDbDwgFiler& filer) {                                                                      \
+    base::dwgInFields(filer);                                                                                        \
+    kvdbDwgIn(*this, kFields, filer);                                                                                \
+  }                                                                                                                  \
+  void type::dxfOutFields(KvDxfWriter& writer) const {                                                               \
+    base::dxfOutFields(writer);                                                                                      \
+    kvdbDxfOut(*this, kFields, writer);                                                                              \
+  }                                                                                                                  \
+  bool type::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) {                \
+    return kvdbDxfIn(*this, kFields, group, marker, resolver) || base::dxfInGroup(group, marker, resolver);          \
+  }

@@ -17,6 +17,37 @@ bool kvdbIsSymbolName(std::wstring_view name, bool allowAnonymous) {
   return !name.empty();
 }
 
+void KvDbSymbolTableRecord::dwgOutFields(KvDbDwgFiler& filer) const {
+  KvDbObject::dwgOutFields(filer);
+  filer.writeString(name_);
+  filer.writeInt16(flags_);
+}
+
+void KvDbSymbolTableRecord::dwgInFields(KvDbDwgFiler& filer) {
+  KvDbObject::dwgInFields(filer);
+  const CString old = name_;
+  name_ = filer.readString();
+  flags_ = filer.readInt16();
+  if (old == name_ || ownerId().isNull()) return;
+  if (auto* table = KvDbSymbolTable::cast(ownerId().stub()->object)) table->forgetIndex();
+}
+
+void KvDbSymbolTableRecord::dxfOutFields(KvDxfWriter& writer) const {
+  KvDbObject::dxfOutFields(writer);
+  writer.marker(L"AcDbSymbolTableRecord");
+  writeUnknown(writer, L"AcDbSymbolTableRecord");
+  writer.marker(fileMarker());
+  writer.text(2, name_.view());
+  writer.integer(70, flags_);
+}
+
+bool KvDbSymbolTableRecord::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver&) {
+  if (!marker.empty() && marker != fileMarker() && marker != L"AcDbSymbolTableRecord") return false;
+  if (group.code == 2) name_ = CString(group.text);
+  if (group.code == 70) flags_ = static_cast<std::int16_t>(group.integer);
+  return group.code == 2 || group.code == 70;
+}
+
 Kvad::ErrorStatus KvDbSymbolTableRecord::setName(const wchar_t* name) {
   const CString wanted(name);
   if (!kvdbIsSymbolName(wanted.view())) return Kvad::eInvalidName;
@@ -40,9 +71,22 @@ Kvad::ErrorStatus KvDbSymbolTable::add(KvDbObjectId& id, KvDbSymbolTableRecord* 
   if (has(record->getName())) return Kvad::eDuplicateRecordName;
   assertWriteEnabled();
   id = database()->addObject(record, objectId());
-  byName_[record->getName().str()] = id;
-  inOrder_.push_back(id);
+  addAsRead(*record);
   return Kvad::eOk;
+}
+
+void KvDbSymbolTable::addAsRead(KvDbSymbolTableRecord& record) {
+  inOrder_.push_back(record.objectId());
+  KvDbObjectId& place = byName_[record.getName().str()];
+  if (place.isNull() || place.isErased()) place = record.objectId();
+}
+
+void KvDbSymbolTable::buildIndex() const {
+  if (indexIsValid_) return;
+  indexIsValid_ = true;
+  byName_.clear();
+  for (KvDbObjectId id : inOrder_)
+    if (!id.isErased()) byName_.try_emplace(kvdbRecordName(id).str(), id);
 }
 
 Kvad::ErrorStatus KvDbSymbolTable::add(KvDbSymbolTableRecord* record) {
@@ -51,6 +95,7 @@ Kvad::ErrorStatus KvDbSymbolTable::add(KvDbSymbolTableRecord* record) {
 }
 
 Kvad::ErrorStatus KvDbSymbolTable::getAt(const wchar_t* name, KvDbObjectId& id) const {
+  buildIndex();
   auto found = byName_.find(std::wstring_view(name ? name : L""));
   const bool present = found != byName_.end() && !found->second.isErased();
   id = present ? found->second : KvDbObjectId();
@@ -72,6 +117,7 @@ KvDbObjectIdArray KvDbSymbolTable::records() const {
 Kvad::ErrorStatus KvDbSymbolTable::rename(KvDbSymbolTableRecord& record, const CString& name) {
   KvDbObjectId holder;
   if (getAt(name, holder) == Kvad::eOk && holder != record.objectId()) return Kvad::eDuplicateRecordName;
+  buildIndex();
   auto old = byName_.find(record.getName().str());
   if (old != byName_.end() && old->second == record.objectId()) byName_.erase(old);
   byName_[name.str()] = record.objectId();

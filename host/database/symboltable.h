@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/database/dbobject.h"
+#include "host/database/fields.h"
 
 class KvDbSymbolTableRecord : public KvDbObject {
   KVRX_DECLARE(KvDbSymbolTableRecord)
@@ -12,6 +13,23 @@ class KvDbSymbolTableRecord : public KvDbObject {
   const CString& getName() const { return name_; }
   /// eInvalidName, eDuplicateRecordName; a record outside a table takes any valid name.
   Kvad::ErrorStatus setName(const wchar_t* name);
+  /// For records that the host makes itself, whose names ("*Active") no user may give.
+  void setNameAsMade(const wchar_t* name) { name_ = name; }
+  /// The standard flags of group 70.
+  int standardFlags() const { return flags_; }
+  bool isDependent() const { return (flags_ & kFromXref) != 0; }
+
+  void dwgOutFields(KvDbDwgFiler& filer) const override;
+  void dwgInFields(KvDbDwgFiler& filer) override;
+  void dxfOutFields(KvDxfWriter& writer) const override;
+  bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;
+
+  static constexpr int kFromXref = 16;
+
+ protected:
+  /// The class's own marker in files.
+  virtual const wchar_t* fileMarker() const = 0;
+  std::int16_t flags_ = 0;
 
  private:
   friend class KvDbSymbolTable;
@@ -33,12 +51,21 @@ class KvDbSymbolTable : public KvDbObject {
   KvDbObjectIdArray records() const;
   /// Class of the records.
   virtual const KvRxClass* recordClass() const = 0;
+  CString fileType() const override { return L"TABLE"; }
+
+  /// A record of a file that is being read, in the drawing already: its name isn't checked, and the same name may stand twice (the
+  /// first is found).
+  void addAsRead(KvDbSymbolTableRecord& record);
+  /// The next look-up builds the index of names anew, after records changed behind the table's back.
+  void forgetIndex() { indexIsValid_ = false; }
 
  private:
   friend class KvDbSymbolTableRecord;
   Kvad::ErrorStatus rename(KvDbSymbolTableRecord& record, const CString& name);
+  void buildIndex() const;
 
-  std::map<std::wstring, KvDbObjectId, platform::LessNoCase> byName_;
+  mutable std::map<std::wstring, KvDbObjectId, platform::LessNoCase> byName_;
+  mutable bool indexIsValid_ = true;
   std::vector<KvDbObjectId> inOrder_;
 };
 
@@ -49,6 +76,8 @@ bool kvdbIsSymbolName(std::wstring_view name, bool allowAnonymous = false);
 /// A record of the table of application names; every application whose data stand in the drawing has one.
 class KvDbRegAppTableRecord : public KvDbSymbolTableRecord {
   KVRX_DECLARE(KvDbRegAppTableRecord)
+ protected:
+  const wchar_t* fileMarker() const override { return L"AcDbRegAppTableRecord"; }
 };
 
 class KvDbRegAppTable : public KvDbSymbolTable {

@@ -1,0 +1,175 @@
+#pragma once
+// The symbol tables of a drawing and their records, but for blocks (block.h).
+#include "host/database/symboltable.h"
+
+namespace KvDb {
+/// Line weights in hundredths of a millimetre; below 0 the special ones.
+enum LineWeight : std::int16_t { kLnWtByLayer = -1, kLnWtByBlock = -2, kLnWtByLwDefault = -3, kLnWt000 = 0, kLnWt025 = 25 };
+}  // namespace KvDb
+
+/// Colour numbers with a meaning.
+inline constexpr int kKvColorByBlock = 0;
+inline constexpr int kKvColorByLayer = 256;
+
+class KvDbLayerTableRecord : public KvDbSymbolTableRecord {
+  KVRX_DECLARE(KvDbLayerTableRecord)
+  KVDB_FIELDS_DECLARE
+ public:
+  KvDbLayerTableRecord() = default;
+  /// Colour number 1 to 255.
+  int colorIndex() const { return color_ < 0 ? -color_ : color_; }
+  Kvad::ErrorStatus setColorIndex(int color);
+  KvDbObjectId linetypeObjectId() const { return linetype_; }
+  void setLinetypeObjectId(KvDbObjectId id);
+  KvDb::LineWeight lineWeight() const { return static_cast<KvDb::LineWeight>(lineWeight_); }
+  void setLineWeight(KvDb::LineWeight weight);
+
+  bool isOff() const { return color_ < 0; }
+  bool isFrozen() const { return (flags_ & kFrozen) != 0; }
+  bool isLocked() const { return (flags_ & kLocked) != 0; }
+  bool isPlottable() const { return isPlottable_; }
+  void setIsOff(bool off);
+  void setIsFrozen(bool frozen) { setFlag(kFrozen, frozen); }
+  void setIsLocked(bool locked) { setFlag(kLocked, locked); }
+  void setIsPlottable(bool plottable);
+
+ protected:
+  const wchar_t* fileMarker() const override { return L"AcDbLayerTableRecord"; }
+
+ private:
+  static constexpr int kFrozen = 1, kLocked = 4;
+  void setFlag(int flag, bool on);
+
+  std::int16_t color_ = 7;  // negative: off
+  KvDbObjectId linetype_;
+  bool isPlottable_ = true;
+  std::int16_t lineWeight_ = KvDb::kLnWtByLwDefault;
+  KvDbObjectId plotStyle_, material_;
+};
+
+class KvDbLayerTable : public KvDbSymbolTable {
+  KVRX_DECLARE(KvDbLayerTable)
+ public:
+  const KvRxClass* recordClass() const override { return KvDbLayerTableRecord::desc(); }
+};
+
+/// One element of a linetype: a dash (above 0), a gap (below 0) or a dot, with a text or shape where it has one.
+struct KvDbLinetypeDash {
+  double length = 0;
+  std::int16_t flags = 0;        ///< 1 absolute rotation, 2 text, 4 shape
+  std::int16_t shapeNumber = 0;
+  KvDbObjectId style;
+  double scale = 1, rotation = 0;  ///< radians
+  KvGeVector2d offset;
+  CString text;
+};
+
+class KvDbLinetypeTableRecord : public KvDbSymbolTableRecord {
+  KVRX_DECLARE(KvDbLinetypeTableRecord)
+ public:
+  const CString& asciiDescription() const { return description_; }
+  void setAsciiDescription(const CString& text);
+  double patternLength() const { return patternLength_; }
+  const std::vector<KvDbLinetypeDash>& dashes() const { return dashes_; }
+  /// The pattern's length follows from the dashes.
+  void setDashes(std::vector<KvDbLinetypeDash> dashes);
+
+  void dwgOutFields(KvDbDwgFiler& filer) const override;
+  void dwgInFields(KvDbDwgFiler& filer) override;
+  void dxfOutFields(KvDxfWriter& writer) const override;
+  bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;
+
+ protected:
+  const wchar_t* fileMarker() const override { return L"AcDbLinetypeTableRecord"; }
+
+ private:
+  CString description_;
+  double patternLength_ = 0;
+  std::vector<KvDbLinetypeDash> dashes_;
+};
+
+class KvDbLinetypeTable : public KvDbSymbolTable {
+  KVRX_DECLARE(KvDbLinetypeTable)
+ public:
+  const KvRxClass* recordClass() const override { return KvDbLinetypeTableRecord::desc(); }
+};
+
+class KvDbTextStyleTableRecord : public KvDbSymbolTableRecord {
+  KVRX_DECLARE(KvDbTextStyleTableRecord)
+  KVDB_FIELDS_DECLARE
+ public:
+  /// Fixed height in drawing units; 0: each text has its own.
+  double textSize() const { return height_; }
+  void setTextSize(double height);
+  double xScale() const { return widthFactor_; }
+  void setXScale(double factor);
+  double obliquingAngle() const { return oblique_; }  ///< radians
+  double priorSize() const { return lastHeight_; }
+  const CString& fileName() const { return fontFile_; }
+  void setFileName(const CString& file);
+  const CString& bigFontFileName() const { return bigFontFile_; }
+
+ protected:
+  const wchar_t* fileMarker() const override { return L"AcDbTextStyleTableRecord"; }
+
+ private:
+  double height_ = 0, widthFactor_ = 1, oblique_ = 0, lastHeight_ = 2.5;
+  std::int16_t generation_ = 0;
+  CString fontFile_ = L"txt", bigFontFile_;
+};
+
+class KvDbTextStyleTable : public KvDbSymbolTable {
+  KVRX_DECLARE(KvDbTextStyleTable)
+ public:
+  const KvRxClass* recordClass() const override { return KvDbTextStyleTableRecord::desc(); }
+};
+
+/// A dimension style. Its variables are kept group by group.
+class KvDbDimStyleTableRecord : public KvDbSymbolTableRecord {
+  KVRX_DECLARE(KvDbDimStyleTableRecord)
+ protected:
+  const wchar_t* fileMarker() const override { return L"AcDbDimStyleTableRecord"; }
+};
+
+class KvDbDimStyleTable : public KvDbSymbolTable {
+  KVRX_DECLARE(KvDbDimStyleTable)
+ public:
+  const KvRxClass* recordClass() const override { return KvDbDimStyleTableRecord::desc(); }
+};
+
+class KvDbViewTableRecord : public KvDbSymbolTableRecord {
+  KVRX_DECLARE(KvDbViewTableRecord)
+ protected:
+  const wchar_t* fileMarker() const override { return L"AcDbViewTableRecord"; }
+};
+
+class KvDbViewTable : public KvDbSymbolTable {
+  KVRX_DECLARE(KvDbViewTable)
+ public:
+  const KvRxClass* recordClass() const override { return KvDbViewTableRecord::desc(); }
+};
+
+class KvDbUCSTableRecord : public KvDbSymbolTableRecord {
+  KVRX_DECLARE(KvDbUCSTableRecord)
+ protected:
+  const wchar_t* fileMarker() const override { return L"AcDbUCSTableRecord"; }
+};
+
+class KvDbUCSTable : public KvDbSymbolTable {
+  KVRX_DECLARE(KvDbUCSTable)
+ public:
+  const KvRxClass* recordClass() const override { return KvDbUCSTableRecord::desc(); }
+};
+
+/// A tiled viewport. Several may bear one name.
+class KvDbViewportTableRecord : public KvDbSymbolTableRecord {
+  KVRX_DECLARE(KvDbViewportTableRecord)
+ protected:
+  const wchar_t* fileMarker() const override { return L"AcDbViewportTableRecord"; }
+};
+
+class KvDbViewportTable : public KvDbSymbolTable {
+  KVRX_DECLARE(KvDbViewportTable)
+ public:
+  const KvRxClass* recordClass() const override { return KvDbViewportTableRecord::desc(); }
+};
