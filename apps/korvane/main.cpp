@@ -26,6 +26,8 @@ int main(int argc, char** argv) {
       ->type_name("TEXT")
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->trigger_on_parse();
+  app.add_option("DRAWING", options.drawing, "The drawing to open; a new one without it")->type_name("");
+  app.add_option("--save", options.save, "Save the drawing when all is done")->type_name("FILE");
   app.add_option("--module", options.modules, "Load a further module: a .kvx file, or the bare name of one")->type_name("MODULE");
   app.add_flag("--keep-going", options.keepGoing, "Go on after a command that failed");
 

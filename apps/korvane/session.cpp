@@ -47,19 +47,34 @@ class Session {
   ~Session() { app_.environment().userInterface = nullptr; }
 
   int run() {
-    if (!loadModules()) return 1;
-    app_.newDocument();
-    if (options_.inputs.empty()) return runTerminal();
+    if (!loadModules() || !openDrawing()) return 1;
     bool allWell = true;
+    if (options_.inputs.empty() && options_.save.empty()) return runTerminal();
     for (const SessionInput& input : options_.inputs) {
       allWell = runInput(input) && allWell;
       if (!allWell && !options_.keepGoing) break;
     }
     std::cout.flush();
+    if (allWell && !options_.save.empty()) allWell = saveDrawing();
     return allWell ? 0 : 1;
   }
 
  private:
+  bool openDrawing() {
+    if (options_.drawing.empty()) return app_.newDocument() != nullptr;
+    KvIoReport report;
+    if (app_.openDocument(std::filesystem::absolute(options_.drawing), report)) return true;
+    showError(platform::wideFromUtf8(options_.drawing) + L": " + report.error.describe());
+    return false;
+  }
+
+  bool saveDrawing() {
+    KvIoReport report;
+    if (kvdbSaveDrawing(*app_.documents().curDocument()->database(), options_.save, report) == Kvad::eOk) return true;
+    showError(report.error.text);
+    return false;
+  }
+
   static KvHostOptions hostOptions() {
     KvHostOptions options;
     options.output = [](const CString& text) { std::cout << platform::utf8From(text); };

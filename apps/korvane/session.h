@@ -16,6 +16,8 @@ struct SessionOptions {
   std::vector<SessionInput> inputs;  ///< none: the terminal, or standard input
   std::vector<std::string> modules;  ///< loaded after the product's own
   bool keepGoing = false;            ///< scripts go on after a failed command
+  std::string drawing;               ///< opened before anything runs; empty: a new one
+  std::string save;                  ///< where the drawing is saved at the end; empty: nowhere
 };
 
 /// 0 when all commands did their work, 1 when something failed. Results go to standard output, messages to standard error.

@@ -98,6 +98,14 @@ KvApDocument* KvHostApp::newDocument() {
   return document;
 }
 
+KvApDocument* KvHostApp::openDocument(const std::filesystem::path& file, KvIoReport& report, KvIoMode mode) {
+  auto database = std::make_unique<KvDbDatabase>(false);
+  if (kvdbReadDrawing(*database, file, report, mode) != Kvad::eOk) return nullptr;
+  KvApDocument* document = state_->documents.add(std::move(database), platform::fromNative(file));
+  state_->modules.tellDrawingLoaded();
+  return document;
+}
+
 bool KvHostApp::loadModule(const CString& name, CString& error) {
   bool isNew = false;
   if (!state_->modules.load(name, isNew, error)) return false;

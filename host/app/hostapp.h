@@ -9,6 +9,7 @@
 
 #include "host/app/document.h"
 #include "host/editor/editor.h"
+#include "host/io/drawing_file.h"
 #include "platform/env/environment.h"
 
 /// The version of this interface; modules are asked for theirs.
@@ -39,6 +40,9 @@ class KvHostApp {
 
   /// A new drawing, made the current and working one; the modules are told (message 3).
   KvApDocument* newDocument();
+
+  /// Opens a drawing file and makes it the current one; the modules are told (message 3). Null on failure: the report says why.
+  KvApDocument* openDocument(const std::filesystem::path& file, KvIoReport& report, KvIoMode mode = KvIoMode::Strict);
 
   /// Loads a module by bare name or full path, tells it (message 1), then tells it of each open drawing (message 3). On failure
   /// false, and `error` says which file and why. A module that is loaded already is a success.

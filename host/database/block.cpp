@@ -37,6 +37,8 @@ void KvDbBlockBegin::dwgInFields(KvDbDwgFiler& filer) {
   origin_ = filer.readPoint3d();
 }
 
+bool KvDbBlockBegin::knowsMarker(std::wstring_view marker) const { return marker == kBeginMarker || KvDbEntity::knowsMarker(marker); }
+
 void KvDbBlockBegin::dxfOutFields(KvDxfWriter& writer) const {
   KvDbEntity::dxfOutFields(writer);
   const CString recordName = kvdbRecordName(ownerId());
@@ -65,6 +67,8 @@ bool KvDbBlockBegin::dxfInGroup(const KvDxfGroup& group, std::wstring_view marke
   }
   return KvDbEntity::dxfInGroup(group, marker, resolver);
 }
+
+bool KvDbBlockEnd::knowsMarker(std::wstring_view marker) const { return marker == L"AcDbBlockEnd" || KvDbEntity::knowsMarker(marker); }
 
 void KvDbBlockEnd::dxfOutFields(KvDxfWriter& writer) const {
   KvDbEntity::dxfOutFields(writer);

@@ -9,6 +9,7 @@ class KvDbBlockBegin : public KvDbEntity {
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;
   void dxfOutFields(KvDxfWriter& writer) const override;
+  bool knowsMarker(std::wstring_view marker) const override;
   bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;
   /// The name that the file gave, for finding the record.
   const CString& nameAsRead() const { return name_; }
@@ -25,6 +26,7 @@ class KvDbBlockEnd : public KvDbEntity {
   KVRX_DECLARE(KvDbBlockEnd)
  public:
   void dxfOutFields(KvDxfWriter& writer) const override;
+  bool knowsMarker(std::wstring_view marker) const override;
 };
 
 /// The mark behind the last of an entity's owned entities.

@@ -124,13 +124,22 @@ std::vector<KvDbObjectId> KvDbDatabase::allObjects() const {
 
 // --- What every drawing has ----------------------------------------------------------------------------------------------------
 
-void KvDbDatabase::ensureTables() {
-  for (const TableRow& row : kTables) {
-    if (!tableId(row.table).isNull()) continue;
-    KvDbSymbolTable* table = row.make();
-    setTableId(row.table, addObject(table, {}));
-    table->close();
-  }
+std::unique_ptr<KvDbSymbolTable> KvDbDatabase::makeTable(KvDbTable table) {
+  const auto* row = std::find_if(std::begin(kTables), std::end(kTables), [&](const TableRow& r) { return r.table == table; });
+  return std::unique_ptr<KvDbSymbolTable>(row->make());
+}
+
+void KvDbDatabase::ensureTable(KvDbTable kind) {
+  if (!tableId(kind).isNull()) return;
+  KvDbSymbolTable* table = makeTable(kind).release();
+  setTableId(kind, addObject(table, {}));
+  table->close();
+}
+
+KvDbObjectId KvDbDatabase::makeRecordAsRead(KvDbTable table, const wchar_t* name) {
+  ensureTable(table);
+  ensureRecord(table, name);
+  return recordId(table, name);
 }
 
 void KvDbDatabase::ensureRecord(KvDbTable table, const wchar_t* name) {
@@ -146,17 +155,17 @@ void KvDbDatabase::ensureRecord(KvDbTable table, const wchar_t* name) {
 }
 
 void KvDbDatabase::ensureSpaces() {
-  for (const wchar_t* name : {L"*Model_Space", L"*Paper_Space"}) {
-    ensureRecord(KvDbTable::Block, name);
-    KvDbBlockTableRecord* space = nullptr;
-    if (kvdbOpenObject(space, recordId(KvDbTable::Block, name), KvDb::kForWrite) != Kvad::eOk) continue;
-    space->ensureMarks();
-    space->close();
+  for (const wchar_t* name : {L"*Model_Space", L"*Paper_Space"}) ensureRecord(KvDbTable::Block, name);
+  for (KvDbObjectId id : symbolTable(*this, KvDbTable::Block)->records()) {
+    KvDbBlockTableRecord* block = nullptr;
+    if (kvdbOpenObject(block, id, KvDb::kForWrite) != Kvad::eOk) continue;
+    block->ensureMarks();
+    block->close();
   }
 }
 
 void KvDbDatabase::completeAfterReading() {
-  ensureTables();
+  for (const TableRow& row : kTables) ensureTable(row.table);
   for (const wchar_t* name : {L"ByBlock", L"ByLayer", L"Continuous"}) ensureRecord(KvDbTable::Linetype, name);
   ensureRecord(KvDbTable::Layer, L"0");
   ensureRecord(KvDbTable::TextStyle, L"Standard");

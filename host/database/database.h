@@ -78,6 +78,10 @@ class KvDbDatabase {
   KvDbObjectId namedObjectsDictionaryId() const { return namedObjects_; }
   void setNamedObjectsDictionaryId(KvDbObjectId id) { namedObjects_ = id; }
   Kvad::ErrorStatus getNamedObjectsDictionary(KvDbDictionary*& dictionary, KvDb::OpenMode mode) const;
+  /// A new, empty table of a kind.
+  static std::unique_ptr<KvDbSymbolTable> makeTable(KvDbTable table);
+  /// For readers: a record that something names and no table has. Tables that are missing come into being.
+  KvDbObjectId makeRecordAsRead(KvDbTable table, const wchar_t* name);
   /// The record of a name in a table; null when there is none.
   KvDbObjectId recordId(KvDbTable table, const wchar_t* name) const;
 
@@ -128,7 +132,7 @@ class KvDbDatabase {
   };
   KvDbStub& newStub(std::uint64_t handle);
   void place(KvDbStub& stub, KvDbObject* object);
-  void ensureTables();
+  void ensureTable(KvDbTable table);
   void ensureRecord(KvDbTable table, const wchar_t* name);
   void ensureSpaces();
 

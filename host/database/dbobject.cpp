@@ -19,14 +19,16 @@ struct KvDbObject::Extra {
 
 namespace {
 
-constexpr int kFirstXDataCode = 1000;
+constexpr int kApplicationCode = 1001;
 constexpr int kMarkerCode = 100;
 constexpr int kAppGroupCode = 102;
 constexpr int kHandleCode = 5;
 constexpr int kDimStyleHandleCode = 105;
 constexpr int kOwnerCode = 330;
 
-bool isXData(int code) { return code >= kFirstXDataCode; }
+/// Extended data begin with the name of their application; records of free groups may hold such codes without it.
+bool beginsXData(const KvDxfGroup& group) { return group.code == kApplicationCode; }
+bool isXDataCode(int code) { return code >= 1000; }
 
 void writeSections(KvDbDwgFiler& filer, const std::vector<KvDbUnknownSection>& sections, const KvDbObject& owner) {
   filer.writeUInt32(static_cast<std::uint32_t>(sections.size()));
@@ -150,6 +152,8 @@ void KvDbObject::dwgInFields(KvDbDwgFiler& filer) {
 
 void KvDbObject::dxfOutFields(KvDxfWriter&) const {}
 
+bool KvDbObject::knowsMarker(std::wstring_view) const { return false; }
+
 bool KvDbObject::dxfInGroup(const KvDxfGroup&, std::wstring_view, KvDxfResolver&) { return false; }
 
 void KvDbObject::dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) {
@@ -161,20 +165,28 @@ void KvDbObject::dxfInEnd(KvDxfResolver&) {}
 
 void KvDbObject::dxfOut(KvDxfWriter& writer) const {
   writer.beginObject();
-  const CString type = fileType();
-  writer.text(0, type.view());
-  if (!handle().isNull()) writer.handle(type == L"DIMSTYLE" ? kDimStyleHandleCode : kHandleCode, objectId());
-  if (writer.hasMarkers()) {
-    writeAppGroups(writer);
-    if (!owner_.isNull()) writer.handle(kOwnerCode, owner_);
-    writeUnknown(writer, L"");
-  }
+  writer.text(0, fileType().view());
+  dxfOutIdentity(writer);
   dxfOutFields(writer);
+  dxfOutRest(writer);
+}
+
+void KvDbObject::dxfOutIdentity(KvDxfWriter& writer) const {
+  const bool isDimStyle = fileType() == L"DIMSTYLE";
+  if (!handle().isNull()) writer.handle(isDimStyle ? kDimStyleHandleCode : kHandleCode, objectId());
+  if (!writer.hasMarkers()) return;
+  writeAppGroups(writer);
+  writer.handle(kOwnerCode, owner_);
+  writeUnknown(writer, L"");
+}
+
+void KvDbObject::dxfOutRest(KvDxfWriter& writer) const {
   if (!extra_) return;
   // Sections of which the class knows nothing, and what no field table wrote of the last one.
   for (const KvDbUnknownSection& section : extra_->unknown) {
-    if (writer.isFlushed(section.marker.view())) continue;
-    if (!section.marker.IsEmpty() && section.marker.view() != writer.lastMarker()) writer.marker(section.marker.view());
+    const std::wstring_view marker = section.marker.view();
+    if (writer.isFlushed(marker)) continue;
+    if (!marker.empty() && (marker != writer.lastMarker() || !knowsMarker(marker))) writer.marker(marker);
     for (const KvDbStoredGroup& group : section.groups) writer.group(group.view());
   }
   for (const KvDbStoredGroup& group : extra_->xData) writer.group(group.view());
@@ -222,7 +234,7 @@ void KvDbObject::dxfIn(std::span<const KvDxfGroup> groups, KvDxfResolver& resolv
   const auto firstMarker = std::find_if(groups.begin(), groups.end(), [](const KvDxfGroup& g) { return g.code == kMarkerCode; });
   const bool hasMarkers = firstMarker != groups.end();
   std::vector<KvDxfGroup> loose;
-  while (at < groups.size() && groups[at].code != kMarkerCode && !isXData(groups[at].code)) {
+  while (at < groups.size() && groups[at].code != kMarkerCode && !beginsXData(groups[at])) {
     const KvDxfGroup& group = groups[at];
     if (group.code == kAppGroupCode && group.text.starts_with(L'{')) {
       at = readAppGroup(groups, at, resolver);
@@ -233,15 +245,16 @@ void KvDbObject::dxfIn(std::span<const KvDxfGroup> groups, KvDxfResolver& resolv
     ++at;
   }
   if (!loose.empty()) dxfInSection(L"", loose, resolver);
-  while (at < groups.size() && !isXData(groups[at].code)) {
+  while (at < groups.size() && !beginsXData(groups[at])) {
     const std::wstring_view marker = groups[at].text;
     std::size_t end = at + 1;
-    while (end < groups.size() && groups[end].code != kMarkerCode && !isXData(groups[end].code)) ++end;
+    while (end < groups.size() && groups[end].code != kMarkerCode && !beginsXData(groups[end])) ++end;
+    // A section of which the class knows nothing is kept even when it is empty.
+    if (!knowsMarker(marker)) extra().unknown.push_back({CString(marker), {}});
     dxfInSection(marker, groups.subspan(at + 1, end - at - 1), resolver);
     at = end;
   }
-  for (; at < groups.size(); ++at)
-    if (isXData(groups[at].code)) extra().xData.emplace_back(groups[at]);
+  for (; at < groups.size(); ++at) extra().xData.emplace_back(groups[at]);
   dxfInEnd(resolver);
 }
 
@@ -277,7 +290,7 @@ Kvad::ErrorStatus KvDbObject::setXData(const resbuf* chain) {
   for (const resbuf* node = chain; node; node = node->rbnext) {
     if (node->restype == -3) continue;
     KvDbStoredGroup group;
-    if (!isXData(node->restype) || !kvdbStoredGroupOf(*node, group)) return Kvad::eInvalidInput;
+    if (!isXDataCode(node->restype) || !kvdbStoredGroupOf(*node, group)) return Kvad::eInvalidInput;
     if (fresh.empty() && !isApplicationName(group)) return Kvad::eInvalidInput;
     if (isApplicationName(group) && database() && !database()->isApplicationKnown(group.text)) return Kvad::eRegappNotFound;
     fresh.push_back(std::move(group));

@@ -69,6 +69,8 @@ class KvDbObject : public KvRxObject {
   virtual void dwgInFields(KvDbDwgFiler& filer);
   // State in files: the groups behind type, handle and owner, extended data left out.
   virtual void dxfOutFields(KvDxfWriter& writer) const;
+  /// Whether the class writes this subclass marker itself.
+  virtual bool knowsMarker(std::wstring_view marker) const;
   /// One group of the section behind `marker` (empty where the file has none); false when the class doesn't know it.
   virtual bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver);
   /// All groups of one section. By default each goes to dxfInGroup, and what isn't known there is kept.
@@ -104,6 +106,9 @@ class KvDbObject : public KvRxObject {
   /// Whether the object may be erased now; a record in use answers eCannotBeErased.
   virtual Kvad::ErrorStatus subErase(bool erasing);
   friend void kvdbDxfOut(const KvDbObject& object, std::span<const KvDbField> fields, KvDxfWriter& writer);
+  /// Handle, the applications' blocks and owner; then, behind the fields, sections that the class doesn't know and extended data.
+  void dxfOutIdentity(KvDxfWriter& writer) const;
+  void dxfOutRest(KvDxfWriter& writer) const;
   /// Keeps a group of a section that this class doesn't know.
   void keepUnknown(std::wstring_view marker, const KvDxfGroup& group);
   /// Writes what is kept of a section behind its known fields.
@@ -163,6 +168,7 @@ CString kvdbRecordName(KvDbObjectId id);
   void dwgInFields(KvDbDwgFiler& filer) override;                                                                    \
   void dxfOutFields(KvDxfWriter& writer) const override;                                                             \
   bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;              \
+  bool knowsMarker(std::wstring_view marker) const override;                                                         \
                                                                                                                      \
  private:                                                                                                            \
   static const KvDbField kFields[];
@@ -182,4 +188,7 @@ CString kvdbRecordName(KvDbObjectId id);
   }                                                                                                                  \
   bool type::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) {                \
     return kvdbDxfIn(*this, kFields, group, marker, resolver) || base::dxfInGroup(group, marker, resolver);          \
+  }                                                                                                                  \
+  bool type::knowsMarker(std::wstring_view marker) const {                                                           \
+    return kvdbHasMarker(kFields, marker) || base::knowsMarker(marker);                                              \
   }

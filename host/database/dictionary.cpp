@@ -45,7 +45,7 @@ Kvad::ErrorStatus KvDbDictionary::setAt(const wchar_t* name, KvDbObject* object,
     }
     old->id = id;
   } else {
-    entries_.push_back({CString(name), id});
+    entries_.push_back({CString(name), id, isHardOwner_});
   }
   return Kvad::eOk;
 }
@@ -83,7 +83,8 @@ void KvDbDictionary::dwgOutFields(KvDbDwgFiler& filer) const {
   filer.writeUInt32(static_cast<std::uint32_t>(entries_.size()));
   for (const Entry& entry : entries_) {
     filer.writeString(entry.name);
-    filer.writeId(entry.id, isHardOwner_ ? KvDbReference::HardOwnership : KvDbReference::SoftOwnership);
+    filer.writeBool(entry.isHard);
+    filer.writeId(entry.id, entry.isHard || isHardOwner_ ? KvDbReference::HardOwnership : KvDbReference::SoftOwnership);
   }
 }
 
@@ -94,9 +95,12 @@ void KvDbDictionary::dwgInFields(KvDbDwgFiler& filer) {
   entries_.assign(filer.readUInt32(), {});
   for (Entry& entry : entries_) {
     entry.name = filer.readString();
-    entry.id = filer.readId(isHardOwner_ ? KvDbReference::HardOwnership : KvDbReference::SoftOwnership);
+    entry.isHard = filer.readBool();
+    entry.id = filer.readId(entry.isHard || isHardOwner_ ? KvDbReference::HardOwnership : KvDbReference::SoftOwnership);
   }
 }
+
+bool KvDbDictionary::knowsMarker(std::wstring_view marker) const { return marker == L"AcDbDictionary"; }
 
 void KvDbDictionary::dxfOutFields(KvDxfWriter& writer) const {
   KvDbObject::dxfOutFields(writer);
@@ -106,7 +110,7 @@ void KvDbDictionary::dxfOutFields(KvDxfWriter& writer) const {
   for (const Entry& entry : entries_) {
     if (entry.id.isErased()) continue;
     writer.text(3, entry.name.view());
-    writer.handle(isHardOwner_ ? 360 : 350, entry.id);
+    writer.handle(entry.isHard ? 360 : 350, entry.id);
   }
   writeUnknown(writer, L"AcDbDictionary");
 }
@@ -118,8 +122,7 @@ bool KvDbDictionary::dxfInGroup(const KvDxfGroup& group, std::wstring_view marke
     case 281: mergeStyle_ = static_cast<std::int16_t>(group.integer); return true;
     case 3: pendingName_ = CString(group.text); return true;
     case 350: case 360: case 330: case 340:
-      if (group.code == 360) isHardOwner_ = true;
-      entries_.push_back({pendingName_, resolver.object(group.integer)});
+      entries_.push_back({pendingName_, resolver.object(group.integer), group.code == 360});
       pendingName_.Empty();
       return true;
     default: return false;
@@ -164,6 +167,8 @@ void KvDbXrecord::dwgInFields(KvDbDwgFiler& filer) {
   mergeStyle_ = filer.readInt16();
   groups_ = kvdbReadGroups(filer);
 }
+
+bool KvDbXrecord::knowsMarker(std::wstring_view marker) const { return marker == kXrecordMarker; }
 
 void KvDbXrecord::dxfOutFields(KvDxfWriter& writer) const {
   KvDbObject::dxfOutFields(writer);
@@ -243,6 +248,8 @@ void KvDbGroup::dwgInFields(KvDbDwgFiler& filer) {
   members_.removeAll();
   for (std::uint32_t i = 0; i < count; ++i) members_.append(filer.readId(KvDbReference::HardPointer));
 }
+
+bool KvDbGroup::knowsMarker(std::wstring_view marker) const { return marker == L"AcDbGroup"; }
 
 void KvDbGroup::dxfOutFields(KvDxfWriter& writer) const {
   KvDbObject::dxfOutFields(writer);

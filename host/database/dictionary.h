@@ -15,6 +15,7 @@ class KvDbDictionary : public KvDbObject {
   struct Entry {
     CString name;
     KvDbObjectId id;
+    bool isHard = false;  ///< the entry's object is nothing without the dictionary
   };
 
   /// eKeyNotFound.
@@ -38,6 +39,7 @@ class KvDbDictionary : public KvDbObject {
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;
   void dxfOutFields(KvDxfWriter& writer) const override;
+  bool knowsMarker(std::wstring_view marker) const override;
   bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;
 
  private:
@@ -74,6 +76,7 @@ class KvDbXrecord : public KvDbObject {
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;
   void dxfOutFields(KvDxfWriter& writer) const override;
+  bool knowsMarker(std::wstring_view marker) const override;
   bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;
 
  private:
@@ -100,6 +103,7 @@ class KvDbGroup : public KvDbObject {
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;
   void dxfOutFields(KvDxfWriter& writer) const override;
+  bool knowsMarker(std::wstring_view marker) const override;
   bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;
 
  private:

@@ -96,6 +96,9 @@ class KvDbSequenceEntity : public KvDbProxyEntity {
   KvDbObjectId endMark() const { return end_; }
   void appendSubEntity(KvDbObjectId id);
   void setEndMark(KvDbObjectId id);
+  /// For readers: entities that are in the drawing already.
+  void addAsRead(KvDbObjectId id) { subEntities_.append(id); }
+  void setEndMarkAsRead(KvDbObjectId id) { end_ = id; }
 
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;

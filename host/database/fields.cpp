@@ -128,6 +128,10 @@ void kvdbDxfOut(const KvDbObject& constObject, KvDbFields fields, KvDxfWriter& w
   endSection({});
 }
 
+bool kvdbHasMarker(KvDbFields fields, std::wstring_view marker) {
+  return std::any_of(fields.begin(), fields.end(), [&](const KvDbField& field) { return field.marker && marker == field.marker; });
+}
+
 bool kvdbDxfIn(KvDbObject& object, KvDbFields fields, const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) {
   bool isInSection = marker.empty();
   for (const KvDbField& field : fields) {

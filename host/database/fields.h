@@ -56,5 +56,7 @@ using KvDbFields = std::span<const KvDbField>;
 void kvdbDwgOut(const KvDbObject& object, KvDbFields fields, KvDbDwgFiler& filer);
 void kvdbDwgIn(KvDbObject& object, KvDbFields fields, KvDbDwgFiler& filer);
 void kvdbDxfOut(const KvDbObject& object, KvDbFields fields, KvDxfWriter& writer);
+/// Whether a row names the marker.
+bool kvdbHasMarker(KvDbFields fields, std::wstring_view marker);
 /// Takes one group into the field of its code; false when no row has the code behind that marker (behind any, when it is empty).
 bool kvdbDxfIn(KvDbObject& object, KvDbFields fields, const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver);

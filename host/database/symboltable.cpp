@@ -32,6 +32,8 @@ void KvDbSymbolTableRecord::dwgInFields(KvDbDwgFiler& filer) {
   if (auto* table = KvDbSymbolTable::cast(ownerId().stub()->object)) table->forgetIndex();
 }
 
+bool KvDbSymbolTableRecord::knowsMarker(std::wstring_view marker) const { return marker == L"AcDbSymbolTableRecord" || marker == fileMarker(); }
+
 void KvDbSymbolTableRecord::dxfOutFields(KvDxfWriter& writer) const {
   KvDbObject::dxfOutFields(writer);
   writer.marker(L"AcDbSymbolTableRecord");
@@ -74,6 +76,20 @@ Kvad::ErrorStatus KvDbSymbolTable::add(KvDbObjectId& id, KvDbSymbolTableRecord* 
   addAsRead(*record);
   return Kvad::eOk;
 }
+
+void KvDbSymbolTable::dxfOutHead(KvDxfWriter& writer) const {
+  dxfOutIdentity(writer);
+  writer.marker(L"AcDbSymbolTable");
+  writer.integer(70, records().length());
+  dxfOutRest(writer);
+}
+
+bool KvDbSymbolTable::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver&) {
+  if (marker.empty()) return group.code == 2 || group.code == 70;
+  return marker == L"AcDbSymbolTable" && group.code == 70;
+}
+
+bool KvDbSymbolTable::knowsMarker(std::wstring_view marker) const { return marker == L"AcDbSymbolTable"; }
 
 void KvDbSymbolTable::addAsRead(KvDbSymbolTableRecord& record) {
   inOrder_.push_back(record.objectId());

@@ -22,6 +22,7 @@ class KvDbSymbolTableRecord : public KvDbObject {
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;
   void dxfOutFields(KvDxfWriter& writer) const override;
+  bool knowsMarker(std::wstring_view marker) const override;
   bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;
 
   static constexpr int kFromXref = 16;
@@ -52,6 +53,10 @@ class KvDbSymbolTable : public KvDbObject {
   /// Class of the records.
   virtual const KvRxClass* recordClass() const = 0;
   CString fileType() const override { return L"TABLE"; }
+  /// The table's own groups in a file, behind its type and name: handle, owner, the number of records.
+  void dxfOutHead(KvDxfWriter& writer) const;
+  bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;
+  bool knowsMarker(std::wstring_view marker) const override;
 
   /// A record of a file that is being read, in the drawing already: its name isn't checked, and the same name may stand twice (the
   /// first is found).

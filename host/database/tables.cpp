@@ -29,7 +29,7 @@ const KvDbField KvDbLayerTableRecord::kFields[] = {
     kvdbField<&KvDbLayerTableRecord::color_>(Type::Int16, 62, kAlways, 7, -255, 255),
     kvdbField<&KvDbLayerTableRecord::linetype_>(Type::LinetypeName, 6),
     kvdbField<&KvDbLayerTableRecord::isPlottable_>(Type::Bool, 290, kUnlessDefault, 1),
-    kvdbField<&KvDbLayerTableRecord::lineWeight_>(Type::Int16, 370, kUnlessDefault, KvDb::kLnWtByLwDefault, -3, 211),
+    kvdbField<&KvDbLayerTableRecord::lineWeight_>(Type::Int16, 370, kAlways, KvDb::kLnWtByLwDefault, -3, 211),
     kvdbField<&KvDbLayerTableRecord::plotStyle_>(Type::HardPointer, 390, kUnlessDefault),
     kvdbField<&KvDbLayerTableRecord::material_>(Type::HardPointer, 347, kUnlessDefault),
 };

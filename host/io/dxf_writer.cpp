@@ -1,0 +1,259 @@
+#include "host/io/internal/dxf_writer.h"
+
+#include <charconv>
+#include <cmath>
+#include <iterator>
+
+#include "host/database/block.h"
+#include "host/database/dictionary.h"
+#include "host/database/tables.h"
+
+namespace kvio {
+namespace {
+
+constexpr std::string_view kBinaryMark("AutoCAD Binary DXF\r\n\x1a\0", 22);
+constexpr std::size_t kLongestChunk = 127;  // bytes of binary data in one group
+constexpr int kNarrowCode = 100;
+
+struct TableName {
+  KvDbTable table;
+  const wchar_t* name;
+};
+
+constexpr TableName kTableNames[] = {
+    {KvDbTable::Viewport, L"VPORT"}, {KvDbTable::Linetype, L"LTYPE"}, {KvDbTable::Layer, L"LAYER"},
+    {KvDbTable::TextStyle, L"STYLE"}, {KvDbTable::View, L"VIEW"},     {KvDbTable::UCS, L"UCS"},
+    {KvDbTable::RegApp, L"APPID"},   {KvDbTable::DimStyle, L"DIMSTYLE"}, {KvDbTable::Block, L"BLOCK_RECORD"},
+};
+
+template <class T>
+const T* peek(KvDbObjectId id) {
+  return id.stub() && id.stub()->object ? T::cast(const_cast<const KvDbObject*>(id.stub()->object)) : nullptr;
+}
+
+bool isSpaceOfEntities(const CString& name) {
+  return name.CompareNoCase(L"*Model_Space") == 0 || name.CompareNoCase(L"*Paper_Space") == 0;
+}
+
+}  // namespace
+
+// --- Bytes ---------------------------------------------------------------------------------------------------------------------
+
+DxfByteWriter::DxfByteWriter(KvIoForm form, TextEncoding encoding) : form_(form), encoding_(encoding) {
+  if (form_ == KvIoForm::Binary) bytes_ = kBinaryMark;
+}
+
+void DxfByteWriter::putCode(int code) {
+  if (form_ == KvIoForm::Binary) {
+    put(static_cast<std::int16_t>(code));
+    return;
+  }
+  // Three places, as is the habit of these files.
+  char digits[8];
+  const auto end = std::to_chars(digits, digits + sizeof digits, code).ptr;
+  if (code < kNarrowCode) bytes_.append(code < 10 ? "  " : " ");
+  bytes_.append(digits, end).append("\r\n");
+}
+
+void DxfByteWriter::putLine(std::string_view value) {
+  bytes_.append(value);
+  if (form_ == KvIoForm::Binary)
+    bytes_ += '\0';
+  else
+    bytes_ += "\r\n";
+}
+
+void DxfByteWriter::text(int code, std::wstring_view value) {
+  putCode(code);
+  putLine(encodeText(value, encoding_));
+}
+
+void DxfByteWriter::real(int code, double value) {
+  putCode(code);
+  if (!std::isfinite(value)) value = 0;
+  if (form_ == KvIoForm::Binary) {
+    put(value);
+    return;
+  }
+  char digits[40];
+  auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+  // Readers tell real numbers by their point.
+  if (std::string_view(digits, static_cast<std::size_t>(end - digits)).find_first_of(".e") == std::string_view::npos) {
+    *end++ = '.';
+    *end++ = '0';
+  }
+  putLine({digits, static_cast<std::size_t>(end - digits)});
+}
+
+void DxfByteWriter::integer(int code, std::int64_t value) {
+  putCode(code);
+  if (form_ == KvIoForm::Binary) {
+    switch (kvdxfKind(code)) {
+      case KvDxfKind::Int32: put(static_cast<std::int32_t>(value)); return;
+      case KvDxfKind::Int64: put(value); return;
+      case KvDxfKind::Bool: put(static_cast<std::uint8_t>(value)); return;
+      default: put(static_cast<std::int16_t>(value)); return;
+    }
+  }
+  char digits[24];
+  const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+  const std::string_view number(digits, static_cast<std::size_t>(end - digits));
+  constexpr std::size_t kPlaces = 6, kWidePlaces = 9;
+  const std::size_t places = kvdxfKind(code) == KvDxfKind::Int32 ? kWidePlaces : kPlaces;
+  if (number.size() < places) bytes_.append(places - number.size(), ' ');
+  putLine(number);
+}
+
+void DxfByteWriter::handleValue(int code, std::uint64_t handle) {
+  putCode(code);
+  char digits[24];
+  const auto end = std::to_chars(digits, digits + sizeof digits, handle, 16).ptr;
+  for (char* at = digits; at != end; ++at)
+    if (*at >= 'a') *at = static_cast<char>(*at - 0x20);
+  putLine({digits, static_cast<std::size_t>(end - digits)});
+}
+
+void DxfByteWriter::point(int code, const KvGePoint3d& value) {
+  real(code, value.x);
+  real(code + 10, value.y);
+  real(code + 20, value.z);
+}
+
+void DxfByteWriter::point2d(int code, const KvGePoint2d& value) {
+  real(code, value.x);
+  real(code + 10, value.y);
+}
+
+void DxfByteWriter::binary(int code, std::span<const std::uint8_t> bytes) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::size_t at = 0;
+  do {
+    const auto chunk = bytes.subspan(at, std::min(kLongestChunk, bytes.size() - at));
+    at += chunk.size();
+    putCode(code);
+    if (form_ == KvIoForm::Binary) {
+      put(static_cast<std::uint8_t>(chunk.size()));
+      bytes_.append(reinterpret_cast<const char*>(chunk.data()), chunk.size());
+      continue;
+    }
+    for (std::uint8_t byte : chunk) {
+      bytes_ += kDigits[byte >> 4];
+      bytes_ += kDigits[byte & 0xF];
+    }
+    bytes_ += "\r\n";
+  } while (at < bytes.size());
+}
+
+// --- Sections ------------------------------------------------------------------------------------------------------------------
+
+void DxfFileWriter::write() {
+  const KvDbFileExtras& extras = database_.extras();
+  for (const CString& comment : extras.comments) writer_.text(999, comment.view());
+  writeHeader();
+  beginSection(L"CLASSES");
+  for (const KvDbStoredGroup& group : extras.classes) writer_.group(group.view());
+  endSection();
+  writeTables();
+  writeBlocks();
+  writeEntities();
+  writeObjects();
+  for (const auto& section : extras.otherSections) {
+    beginSection(section.name);
+    for (const KvDbStoredGroup& group : section.groups) writer_.group(group.view());
+    endSection();
+  }
+  writer_.text(0, L"EOF");
+}
+
+void DxfFileWriter::beginSection(const wchar_t* name) {
+  writer_.text(0, L"SECTION");
+  writer_.text(2, name);
+}
+
+void DxfFileWriter::writeVariable(const wchar_t* name, const std::vector<KvDbStoredGroup>& groups) {
+  writer_.text(9, name);
+  for (const KvDbStoredGroup& group : groups) writer_.group(group.view());
+}
+
+void DxfFileWriter::writeHeader() {
+  const KvDbFileExtras& extras = database_.extras();
+  beginSection(L"HEADER");
+  writer_.text(9, L"$ACADVER");
+  writer_.text(1, platform::wideFromUtf8(kvdbVersionCode(version_)).view());
+  writer_.text(9, L"$DWGCODEPAGE");
+  writer_.text(3, extras.codePage.view());
+  for (const auto& variable : extras.header) {
+    // The three that follow from the file itself.
+    if (variable.name == L"$ACADVER" || variable.name == L"$DWGCODEPAGE" || variable.name == L"$HANDSEED") continue;
+    writeVariable(variable.name, variable.groups);
+  }
+  writer_.text(9, L"$HANDSEED");
+  writer_.handleValue(5, database_.handleSeed());
+  endSection();
+}
+
+void DxfFileWriter::writeTables() {
+  beginSection(L"TABLES");
+  for (const TableName& row : kTableNames) {
+    const auto* table = peek<KvDbSymbolTable>(database_.tableId(row.table));
+    if (!table) continue;
+    writer_.beginObject();
+    writer_.text(0, L"TABLE");
+    writer_.text(2, row.name);
+    table->dxfOutHead(writer_);
+    for (KvDbObjectId id : table->records()) peek<KvDbSymbolTableRecord>(id)->dxfOut(writer_);
+    writer_.text(0, L"ENDTAB");
+  }
+  endSection();
+}
+
+void DxfFileWriter::writeEntity(KvDbObjectId id) {
+  const auto* entity = peek<KvDbEntity>(id);
+  if (!entity) return;
+  entity->dxfOut(writer_);
+  const auto* sequence = KvDbSequenceEntity::cast(entity);
+  if (!sequence) return;
+  for (KvDbObjectId sub : sequence->subEntities()) peek<KvDbEntity>(sub)->dxfOut(writer_);
+  if (sequence->endMark().isValid()) peek<KvDbEntity>(sequence->endMark())->dxfOut(writer_);
+}
+
+void DxfFileWriter::writeRow(KvDbObjectId blockId) {
+  const auto* block = peek<KvDbBlockTableRecord>(blockId);
+  if (!block) return;
+  for (KvDbObjectId id : block->entities()) writeEntity(id);
+}
+
+void DxfFileWriter::writeBlocks() {
+  beginSection(L"BLOCKS");
+  const auto* table = peek<KvDbBlockTable>(database_.blockTableId());
+  for (KvDbObjectId id : table ? table->records() : KvDbObjectIdArray()) {
+    const auto* block = peek<KvDbBlockTableRecord>(id);
+    if (const auto* begin = peek<KvDbEntity>(block->beginId())) begin->dxfOut(writer_);
+    if (!isSpaceOfEntities(block->getName())) writeRow(id);
+    if (const auto* end = peek<KvDbEntity>(block->endId())) end->dxfOut(writer_);
+  }
+  endSection();
+}
+
+void DxfFileWriter::writeEntities() {
+  beginSection(L"ENTITIES");
+  writeRow(database_.modelSpaceId());
+  writeRow(database_.paperSpaceId());
+  endSection();
+}
+
+void DxfFileWriter::writeObjects() {
+  beginSection(L"OBJECTS");
+  // The root comes first; the others in the order in which they came.
+  if (const auto* root = peek<KvDbObject>(database_.namedObjectsDictionaryId())) root->dxfOut(writer_);
+  for (KvDbObjectId id : database_.allObjects()) {
+    const auto* object = peek<KvDbObject>(id);
+    if (id.isErased() || id == database_.namedObjectsDictionaryId()) continue;
+    if (object->isKindOf(KvDbEntity::desc()) || object->isKindOf(KvDbSymbolTable::desc()) || object->isKindOf(KvDbSymbolTableRecord::desc()))
+      continue;
+    object->dxfOut(writer_);
+  }
+  endSection();
+}
+
+}  // namespace kvio

@@ -1,0 +1,89 @@
+#pragma once
+// From groups to a drawing.
+#include <memory>
+#include <memory_resource>
+#include <optional>
+#include <unordered_map>
+
+#include "host/database/block.h"
+#include "host/io/internal/dxf_text.h"
+#include "host/io/internal/dxf_tokens.h"
+
+namespace kvio {
+
+class DxfReader : public KvDxfResolver {
+ public:
+  DxfReader(KvDbDatabase& database, std::string_view bytes, KvIoReport& report, KvIoMode mode);
+  Kvad::ErrorStatus read();
+
+  KvDbObjectId object(std::int64_t handle) override;
+  KvDbObjectId layer(std::wstring_view name) override { return record(KvDbTable::Layer, name); }
+  KvDbObjectId linetype(std::wstring_view name) override { return record(KvDbTable::Linetype, name); }
+  KvDbObjectId textStyle(std::wstring_view name) override { return record(KvDbTable::TextStyle, name); }
+  KvDbObjectId dimStyle(std::wstring_view name) override { return record(KvDbTable::DimStyle, name); }
+  KvDbObjectId block(std::wstring_view name) override { return record(KvDbTable::Block, name); }
+
+ private:
+  struct NameCache {
+    std::wstring name;
+    KvDbObjectId id;
+  };
+  /// The groups of one object, from behind its type.
+  struct Record {
+    std::wstring_view type;
+    std::vector<KvDxfGroup> groups;
+    KvIoMessage place;
+    const KvDxfGroup* find(int code) const;
+    std::wstring_view text(int code) const;
+    KvDbHandle handle() const;
+    std::int64_t owner() const;
+  };
+
+  void findEncoding(std::string_view bytes);
+  bool advance();                     // the next raw group into current_
+  bool is(int code, std::string_view text) const { return hasCurrent_ && current_.code == code && current_.bytes == text; }
+  KvDxfGroup takeGroup();             // the current group, points put together; advances
+  std::wstring_view keep(std::wstring text);
+  std::optional<Record> takeRecord();  // the record that begins at the current group 0
+  bool isSectionEnd() const { return !hasCurrent_ || is(0, "ENDSEC") || is(0, "EOF") || is(0, "SECTION"); }
+
+  bool fail(const KvIoMessage& place, const CString& text);
+  /// In strict mode a fault; otherwise a repair, and reading goes on.
+  bool mend(const KvIoMessage& place, const CString& text);
+
+  bool readSection();
+  bool readHeader();
+  bool readTables();
+  bool readTable();
+  bool readBlocks();
+  bool readBlock(const Record& begin);
+  bool readEntities();
+  bool readObjects();
+  bool readOther(const CString& name);
+  void keepGroupsUntilSectionEnd(std::vector<KvDbStoredGroup>& groups);
+  bool addEntity(Record& record, KvDbBlockTableRecord* block);
+  KvDbBlockTableRecord* blockOf(const Record& record);
+  KvDbBlockTableRecord* blockRecord(const Record& begin, const CString& name);
+  template <class T>
+  T* place(std::unique_ptr<T> object, const Record& record, KvDbObjectId owner);
+  KvDbObjectId record(KvDbTable table, std::wstring_view name);
+  KvDbObjectId makeRecord(KvDbTable table, const CString& name);
+  void finish();
+
+  KvDbDatabase& database_;
+  DxfTokens tokens_;
+  KvIoReport& report_;
+  KvIoMode mode_;
+  TextEncoding encoding_;
+  RawGroup current_;
+  bool hasCurrent_ = false;
+  bool failed_ = false;
+  std::pmr::monotonic_buffer_resource texts_;
+  NameCache cache_[kKvDbTableCount];
+  KvDbSequenceEntity* openSequence_ = nullptr;
+  KvDbBlockTableRecord* lastBlock_ = nullptr;
+  std::int64_t lastOwner_ = -1;
+  bool lastWasPaper_ = false;
+};
+
+}  // namespace kvio
