@@ -1,6 +1,7 @@
 // The program `korvane`: drafting from a command line, a script, or a shell.
 #include <CLI/CLI.hpp>
 
+#include "apps/korvane/drawing_commands.h"
 #include "apps/korvane/session.h"
 
 namespace {
@@ -31,10 +32,23 @@ int main(int argc, char** argv) {
   app.add_option("--module", options.modules, "Load a further module: a .kvx file, or the bare name of one")->type_name("MODULE");
   app.add_flag("--keep-going", options.keepGoing, "Go on after a command that failed");
 
+  korvane::InfoOptions infoOptions;
+  CLI::App* info = app.add_subcommand("info", "Tell what stands in a drawing file");
+  info->add_option("DRAWING", infoOptions.drawing, "A drawing file, text or binary")->required();
+  info->add_flag("--json", infoOptions.json, "For programs to read");
+
+  korvane::AuditOptions auditOptions;
+  CLI::App* audit = app.add_subcommand("audit", "List the faults of a drawing file, and mend them");
+  audit->add_option("DRAWING", auditOptions.drawing, "A drawing file, text or binary")->required();
+  CLI::Option* output = audit->add_option("-o,--output", auditOptions.output, "Where the mended drawing goes")->type_name("FILE");
+  audit->add_flag("--fix", auditOptions.fix, "Mend, and write the drawing")->needs(output);
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kWrongUse;
   }
+  if (info->parsed()) return korvane::runInfo(infoOptions);
+  if (audit->parsed()) return korvane::runAudit(auditOptions);
   return korvane::runSession(options);
 }

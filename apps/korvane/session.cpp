@@ -65,12 +65,13 @@ class Session {
     KvIoReport report;
     if (app_.openDocument(std::filesystem::absolute(options_.drawing), report)) return true;
     showError(platform::wideFromUtf8(options_.drawing) + L": " + report.error.describe());
+    showError(L"\"korvane audit --fix -o MENDED\" saves what can be saved");
     return false;
   }
 
   bool saveDrawing() {
     KvIoReport report;
-    if (kvdbSaveDrawing(*app_.documents().curDocument()->database(), options_.save, report) == Kvad::eOk) return true;
+    if (kvdbSaveDrawing(*app_.documents().curDocument()->database(), options_.save, report, kvdbSaveOptionsFor(options_.save)) == Kvad::eOk) return true;
     showError(report.error.text);
     return false;
   }

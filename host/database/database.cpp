@@ -67,7 +67,7 @@ KvDbDatabase::KvDbDatabase(bool buildDefault, bool) : serial_(nextSerial()) {
 KvDbDatabase::~KvDbDatabase() {
   auto* services = KvHostContext::current().services;
   if (services && services->workingDatabase() == this) services->setWorkingDatabase(nullptr);
-  for (KvDbStub& stub : stubs_) delete stub.object;
+  for (KvDbStub* stub : placed_) delete stub->object;
 }
 
 KvDbStub& KvDbDatabase::newStub(std::uint64_t handle) {
@@ -82,6 +82,7 @@ KvDbStub& KvDbDatabase::newStub(std::uint64_t handle) {
 void KvDbDatabase::place(KvDbStub& stub, KvDbObject* object) {
   stub.object = object;
   object->stub_ = &stub;
+  placed_.push_back(&stub);
 }
 
 KvDbObjectId KvDbDatabase::addObject(KvDbObject* object, KvDbObjectId owner) {
@@ -117,8 +118,8 @@ KvDbObjectId KvDbDatabase::referenceTo(KvDbHandle handle) {
 
 std::vector<KvDbObjectId> KvDbDatabase::allObjects() const {
   std::vector<KvDbObjectId> ids;
-  for (const KvDbStub& stub : stubs_)
-    if (stub.object) ids.emplace_back(const_cast<KvDbStub*>(&stub));
+  ids.reserve(placed_.size());
+  for (KvDbStub* stub : placed_) ids.emplace_back(stub);
   return ids;
 }
 

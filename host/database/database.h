@@ -137,6 +137,7 @@ class KvDbDatabase {
   void ensureSpaces();
 
   std::deque<KvDbStub> stubs_;
+  std::vector<KvDbStub*> placed_;  // stubs that bear an object, in the order in which they got it
   HandleMap byHandle_;
   std::uint64_t nextHandle_ = 1;
   KvDbObjectId tables_[kKvDbTableCount];

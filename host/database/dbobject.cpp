@@ -230,9 +230,8 @@ std::size_t KvDbObject::readAppGroup(std::span<const KvDxfGroup> groups, std::si
 
 void KvDbObject::dxfIn(std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) {
   std::size_t at = 0;
-  // Before the first marker stand handle, owner and the applications' blocks; old files have no markers at all.
-  const auto firstMarker = std::find_if(groups.begin(), groups.end(), [](const KvDxfGroup& g) { return g.code == kMarkerCode; });
-  const bool hasMarkers = firstMarker != groups.end();
+  // Before the first marker stand handle, owner and the applications' blocks; old files and some small objects have no marker.
+  bool ownerIsRead = false;
   std::vector<KvDxfGroup> loose;
   while (at < groups.size() && groups[at].code != kMarkerCode && !beginsXData(groups[at])) {
     const KvDxfGroup& group = groups[at];
@@ -240,7 +239,9 @@ void KvDbObject::dxfIn(std::span<const KvDxfGroup> groups, KvDxfResolver& resolv
       at = readAppGroup(groups, at, resolver);
       continue;
     }
-    const bool isOwn = group.code == kHandleCode || group.code == kDimStyleHandleCode || (group.code == kOwnerCode && hasMarkers);
+    const bool isOwner = group.code == kOwnerCode && !ownerIsRead;
+    ownerIsRead = ownerIsRead || isOwner;
+    const bool isOwn = group.code == kHandleCode || group.code == kDimStyleHandleCode || isOwner;
     if (!isOwn || (group.code == kHandleCode && group.kind != KvDxfKind::Handle)) loose.push_back(group);
     ++at;
   }
@@ -270,6 +271,8 @@ void KvDbObject::writeUnknown(KvDxfWriter& writer, std::wstring_view marker) con
     if (section.marker.view() == marker)
       for (const KvDbStoredGroup& group : section.groups) writer.group(group.view());
 }
+
+std::vector<KvDbUnknownSection>& KvDbObject::editUnknownSections() { return extra().unknown; }
 
 const std::vector<KvDbUnknownSection>& KvDbObject::unknownSections() const {
   static const std::vector<KvDbUnknownSection> none;
@@ -339,6 +342,15 @@ void KvDbProxyObject::dwgOutFields(KvDbDwgFiler& filer) const {
 void KvDbProxyObject::dwgInFields(KvDbDwgFiler& filer) {
   KvDbObject::dwgInFields(filer);
   type_ = filer.readString();
+}
+
+std::vector<KvDbStoredGroup*> KvDbProxyObject::groupsBehind(std::wstring_view marker, int code) {
+  std::vector<KvDbStoredGroup*> found;
+  for (KvDbUnknownSection& section : editUnknownSections())
+    if (section.marker.view() == marker)
+      for (KvDbStoredGroup& group : section.groups)
+        if (group.code == code) found.push_back(&group);
+  return found;
 }
 
 // --- Opening by id -------------------------------------------------------------------------------------------------------------

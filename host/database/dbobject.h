@@ -106,6 +106,7 @@ class KvDbObject : public KvRxObject {
   /// Whether the object may be erased now; a record in use answers eCannotBeErased.
   virtual Kvad::ErrorStatus subErase(bool erasing);
   friend void kvdbDxfOut(const KvDbObject& object, std::span<const KvDbField> fields, KvDxfWriter& writer);
+  std::vector<KvDbUnknownSection>& editUnknownSections();
   /// Handle, the applications' blocks and owner; then, behind the fields, sections that the class doesn't know and extended data.
   void dxfOutIdentity(KvDxfWriter& writer) const;
   void dxfOutRest(KvDxfWriter& writer) const;
@@ -136,6 +137,8 @@ class KvDbProxyObject : public KvDbObject {
   CString fileType() const override { return type_; }
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;
+  /// For repairs: the kept groups of a code behind a marker.
+  std::vector<KvDbStoredGroup*> groupsBehind(std::wstring_view marker, int code);
 
  private:
   CString type_;

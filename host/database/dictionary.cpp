@@ -74,6 +74,16 @@ std::vector<KvDbDictionary::Entry> KvDbDictionary::entries() const {
   return list;
 }
 
+std::vector<CString> KvDbDictionary::dropDangling() {
+  std::vector<CString> dropped;
+  std::erase_if(entries_, [&](const Entry& entry) {
+    const bool isDangling = !entry.id.stub() || !entry.id.stub()->object;
+    if (isDangling) dropped.push_back(entry.name);
+    return isDangling;
+  });
+  return dropped;
+}
+
 std::unique_ptr<KvDbDictionaryIterator> KvDbDictionary::newIterator() const { return std::make_unique<KvDbDictionaryIterator>(entries()); }
 
 void KvDbDictionary::dwgOutFields(KvDbDwgFiler& filer) const {

@@ -32,6 +32,8 @@ class KvDbDictionary : public KvDbObject {
   int numEntries() const;
   /// Entries of objects that aren't erased.
   std::vector<Entry> entries() const;
+  /// For repairs: drops the entries whose object isn't in the drawing, and answers their names.
+  std::vector<CString> dropDangling();
   /// Owned by the caller.
   std::unique_ptr<KvDbDictionaryIterator> newIterator() const;
   bool isTreatElementsAsHard() const { return isHardOwner_; }

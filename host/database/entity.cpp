@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/database/database.h"
+#include "host/database/oldsections.h"
 
 KVRX_DEFINE_ABSTRACT(KvDbEntity, KvDbObject)
 KVRX_DEFINE_ABSTRACT(KvDbProxyEntity, KvDbEntity)
@@ -121,6 +122,14 @@ void KvDbProxyEntity::dwgOutFields(KvDbDwgFiler& filer) const {
 void KvDbProxyEntity::dwgInFields(KvDbDwgFiler& filer) {
   KvDbEntity::dwgInFields(filer);
   type_ = filer.readString();
+}
+
+void KvDbProxyEntity::dxfInEnd(KvDxfResolver& resolver) {
+  KvDbEntity::dxfInEnd(resolver);
+  // Groups without any marker come from the oldest files; later ones want them divided.
+  if (unknownSections().size() != 1 || !unknownSections().front().marker.IsEmpty()) return;
+  auto& sections = editUnknownSections();
+  sections = kvdbDivideOldGroups(type_.view(), std::move(sections.front().groups));
 }
 
 KvDbObjectIdArray KvDbSequenceEntity::subEntities() const {

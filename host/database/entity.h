@@ -80,6 +80,7 @@ class KvDbProxyEntity : public KvDbEntity {
   CString fileType() const override { return type_; }
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;
+  void dxfInEnd(KvDxfResolver& resolver) override;
 
  private:
   CString type_;

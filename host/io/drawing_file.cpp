@@ -114,6 +114,13 @@ std::string kvdbFormatDrawing(const KvDbDatabase& database, const KvIoSaveOption
   return writer.takeBytes();
 }
 
+KvIoSaveOptions kvdbSaveOptionsFor(const std::filesystem::path& path) {
+  KvIoSaveOptions options;
+  const std::string extension = path.extension().string();
+  if (platform::equalNoCase(std::string_view(extension), ".dwg")) options.form = KvIoForm::Binary;
+  return options;
+}
+
 Kvad::ErrorStatus kvdbSaveDrawing(const KvDbDatabase& database, const std::filesystem::path& path, KvIoReport& report,
                                   const KvIoSaveOptions& options) {
   report = KvIoReport();

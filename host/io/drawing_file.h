@@ -44,6 +44,9 @@ struct KvIoSaveOptions {
   KvDbFileVersion version = KvDbFileVersion::Unknown;
 };
 
+/// The form that goes with a file's name: binary for `.dwg`, text for all else.
+KvIoSaveOptions kvdbSaveOptionsFor(const std::filesystem::path& path);
+
 /// Writes the drawing whole, or leaves the old file as it was. eFileAccessErr, eDiskFull, eFileSystemErr; the report says what.
 Kvad::ErrorStatus kvdbSaveDrawing(const KvDbDatabase& database, const std::filesystem::path& path, KvIoReport& report,
                                   const KvIoSaveOptions& options = {});

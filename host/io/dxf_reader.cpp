@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/database/dictionary.h"
+#include "host/io/internal/repair.h"
 #include "platform/text/codepage.h"
 
 namespace kvio {
@@ -477,6 +478,9 @@ KvDbObjectId DxfReader::record(KvDbTable table, std::wstring_view name) {
 
 KvDbObjectId DxfReader::makeRecord(KvDbTable table, const CString& name) { return database_.makeRecordAsRead(table, name); }
 
-void DxfReader::finish() { database_.completeAfterReading(); }
+void DxfReader::finish() {
+  database_.completeAfterReading();
+  if (mode_ == KvIoMode::Recover) repairReferences(database_, [this](const CString& text) { mend(KvIoMessage(), text); });
+}
 
 }  // namespace kvio

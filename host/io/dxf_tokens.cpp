@@ -179,7 +179,10 @@ bool DxfTokens::nextBinary(RawGroup& group) {
     code = byteCode;
     if (byteCode == kLongCode) isRead = take(code);
   }
-  if (!isRead) return fail(-1, L"a group code", "end of file") && false;
+  if (!isRead) {
+    at_ = bytes_.size();
+    return fail(-1, L"a group code", "end of file") && false;
+  }
   if (code < -5 || code > kHighestCode) {
     tolerant_ = false;  // nothing tells where the next group begins
     return fail(-1, L"a group code", std::to_string(code));
@@ -230,8 +233,8 @@ bool DxfTokens::nextBinary(RawGroup& group) {
     }
   }
   if (isWhole) return true;
-  tolerant_ = false;
-  return fail(code, L"a whole value", "end of file");
+  at_ = bytes_.size();  // what is cut off ends the file
+  return fail(code, L"a whole value", "end of file") && false;
 }
 
 }  // namespace kvio
