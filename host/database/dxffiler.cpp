@@ -1,6 +1,8 @@
 #include "host/database/dxffiler.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
 
 namespace {
 
@@ -30,6 +32,26 @@ KvDxfKind kvdxfKind(int code) {
   if (row == std::begin(kKinds)) return KvDxfKind::Text;
   --row;
   return code <= row->last ? row->kind : KvDxfKind::Text;
+}
+
+double kvdxfRadians(double degrees) { return degrees * (kvge::kPi / 180); }
+
+double kvdxfDegrees(double radians) {
+  constexpr int kNeighbours = 2;
+  const double nearest = radians * (180 / kvge::kPi);
+  double best = nearest;
+  std::size_t bestDigits = SIZE_MAX;
+  double candidate = nearest;
+  for (int i = 0; i < kNeighbours; ++i) candidate = std::nextafter(candidate, -INFINITY);
+  for (int i = 0; i <= 2 * kNeighbours; ++i, candidate = std::nextafter(candidate, INFINITY)) {
+    if (kvdxfRadians(candidate) != radians) continue;
+    char digits[40];
+    const auto length = static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, candidate).ptr - digits);
+    if (length >= bestDigits) continue;
+    bestDigits = length;
+    best = candidate;
+  }
+  return best;
 }
 
 void KvDxfWriter::marker(std::wstring_view name) {

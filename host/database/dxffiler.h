@@ -31,6 +31,10 @@ struct KvDxfGroup {
   int asInt() const { return static_cast<int>(integer); }
 };
 
+/// Degrees and back without loss: of the numbers of degrees that give these radians, the one with the fewest digits.
+double kvdxfDegrees(double radians);
+double kvdxfRadians(double degrees);
+
 class KvDxfWriter {
  public:
   virtual ~KvDxfWriter() = default;
@@ -57,7 +61,7 @@ class KvDxfWriter {
   void noteFlushed(std::wstring_view marker) { flushed_.emplace_back(marker); }
   bool isFlushed(std::wstring_view marker) const;
   void vector(int code, const KvGeVector3d& value) { point(code, {value.x, value.y, value.z}); }
-  void angle(int code, double radians) { real(code, radians * (180 / kvge::kPi)); }
+  void angle(int code, double radians) { real(code, kvdxfDegrees(radians)); }
   /// A group as it was read.
   void group(const KvDxfGroup& group);
 

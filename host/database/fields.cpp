@@ -7,8 +7,6 @@ namespace {
 
 using Type = KvDbField::Type;
 
-constexpr double kRadiansPerDegree = kvge::kPi / 180;
-
 template <class T>
 T& at(const KvDbField& field, KvDbObject& object) {
   return *static_cast<T*>(field.member(object));
@@ -32,7 +30,8 @@ KvDbReference referenceOf(Type type) {
 
 bool isDefault(const KvDbField& field, KvDbObject& object) {
   switch (field.type) {
-    case Type::Real: case Type::Angle: return at<double>(field, object) == field.standard;
+    case Type::Real: return at<double>(field, object) == field.standard;
+    case Type::Angle: return at<KvDbAngle>(field, object).degrees() == field.standard;
     case Type::Int16: return at<std::int16_t>(field, object) == static_cast<std::int16_t>(field.standard);
     case Type::Int32: return at<std::int32_t>(field, object) == static_cast<std::int32_t>(field.standard);
     case Type::UInt8: return at<std::uint8_t>(field, object) == static_cast<std::uint8_t>(field.standard);
@@ -62,7 +61,8 @@ void kvdbDwgOut(const KvDbObject& constObject, KvDbFields fields, KvDbDwgFiler& 
   for (const KvDbField& field : fields) {
     switch (field.type) {
       case Type::Marker: case Type::Section: break;
-      case Type::Real: case Type::Angle: filer.writeDouble(at<double>(field, object)); break;
+      case Type::Real: filer.writeDouble(at<double>(field, object)); break;
+      case Type::Angle: filer.writeDouble(at<KvDbAngle>(field, object).degrees()); break;
       case Type::Int16: filer.writeInt16(at<std::int16_t>(field, object)); break;
       case Type::Int32: filer.writeInt32(at<std::int32_t>(field, object)); break;
       case Type::UInt8: filer.writeUInt8(at<std::uint8_t>(field, object)); break;
@@ -79,7 +79,8 @@ void kvdbDwgIn(KvDbObject& object, KvDbFields fields, KvDbDwgFiler& filer) {
   for (const KvDbField& field : fields) {
     switch (field.type) {
       case Type::Marker: case Type::Section: break;
-      case Type::Real: case Type::Angle: at<double>(field, object) = filer.readDouble(); break;
+      case Type::Real: at<double>(field, object) = filer.readDouble(); break;
+      case Type::Angle: at<KvDbAngle>(field, object).setDegrees(filer.readDouble()); break;
       case Type::Int16: at<std::int16_t>(field, object) = filer.readInt16(); break;
       case Type::Int32: at<std::int32_t>(field, object) = filer.readInt32(); break;
       case Type::UInt8: at<std::uint8_t>(field, object) = filer.readUInt8(); break;
@@ -111,7 +112,7 @@ void kvdbDxfOut(const KvDbObject& constObject, KvDbFields fields, KvDxfWriter& w
       case Type::Section: break;
       case Type::Marker: writer.marker(field.marker); break;
       case Type::Real: writer.real(field.code, at<double>(field, object)); break;
-      case Type::Angle: writer.angle(field.code, at<double>(field, object)); break;
+      case Type::Angle: writer.real(field.code, at<KvDbAngle>(field, object).degrees()); break;
       case Type::Int16: writer.integer(field.code, at<std::int16_t>(field, object)); break;
       case Type::Int32: writer.integer(field.code, at<std::int32_t>(field, object)); break;
       case Type::UInt8: writer.integer(field.code, at<std::uint8_t>(field, object)); break;
@@ -141,7 +142,7 @@ bool kvdbDxfIn(KvDbObject& object, KvDbFields fields, const KvDxfGroup& group, s
     const double value = isInRange(field, number) ? number : field.standard;
     switch (field.type) {
       case Type::Real: at<double>(field, object) = value; break;
-      case Type::Angle: at<double>(field, object) = value * kRadiansPerDegree; break;
+      case Type::Angle: at<KvDbAngle>(field, object).setDegrees(value); break;
       case Type::Int16: at<std::int16_t>(field, object) = static_cast<std::int16_t>(value); break;
       case Type::Int32: at<std::int32_t>(field, object) = static_cast<std::int32_t>(value); break;
       case Type::UInt8: at<std::uint8_t>(field, object) = static_cast<std::uint8_t>(value); break;

@@ -7,10 +7,29 @@
 #include "host/database/dxffiler.h"
 #include "host/database/filer.h"
 
+/// An angle, kept in degrees as files have it, so that nothing is lost on the way there and back.
+class KvDbAngle {
+ public:
+  constexpr KvDbAngle() = default;
+  static KvDbAngle ofRadians(double radians) {
+    KvDbAngle angle;
+    angle.degrees_ = kvdxfDegrees(radians);
+    return angle;
+  }
+  double radians() const { return kvdxfRadians(degrees_); }
+  double degrees() const { return degrees_; }
+  void setDegrees(double degrees) { degrees_ = degrees; }
+
+ private:
+  double degrees_ = 0;
+};
+
 /// One field of a class, or a subclass marker between fields. A marker may come twice: its groups may then stand in either place.
 struct KvDbField {
   enum class Type : std::uint8_t {
-    Marker, Section, Real, Angle, Int16, Int32, UInt8, Bool, Point, Vector, Text,
+    Marker, Section, Real,
+    Angle,  ///< a KvDbAngle
+    Int16, Int32, UInt8, Bool, Point, Vector, Text,
     SoftPointer, HardPointer, SoftOwner, HardOwner,
     LayerName, LinetypeName, TextStyleName, DimStyleName, BlockName,  ///< a record that files name
   };

@@ -184,7 +184,7 @@ bool KvDbLinetypeTableRecord::dxfInGroup(const KvDxfGroup& group, std::wstring_v
     case 75: dash->shapeNumber = static_cast<std::int16_t>(group.integer); return true;
     case 340: dash->style = resolver.object(group.integer); return true;
     case 46: dash->scale = group.real(); return true;
-    case 50: dash->rotation = group.real() * (kvge::kPi / 180); return true;
+    case 50: dash->rotation = kvdxfRadians(group.real()); return true;
     case 44: dash->offset.x = group.real(); return true;
     case 45: dash->offset.y = group.real(); return true;
     case 9: dash->text = CString(group.text); return true;

@@ -103,7 +103,7 @@ class KvDbTextStyleTableRecord : public KvDbSymbolTableRecord {
   void setTextSize(double height);
   double xScale() const { return widthFactor_; }
   void setXScale(double factor);
-  double obliquingAngle() const { return oblique_; }  ///< radians
+  double obliquingAngle() const { return oblique_.radians(); }  ///< radians
   double priorSize() const { return lastHeight_; }
   const CString& fileName() const { return fontFile_; }
   void setFileName(const CString& file);
@@ -113,7 +113,8 @@ class KvDbTextStyleTableRecord : public KvDbSymbolTableRecord {
   const wchar_t* fileMarker() const override { return L"AcDbTextStyleTableRecord"; }
 
  private:
-  double height_ = 0, widthFactor_ = 1, oblique_ = 0, lastHeight_ = 2.5;
+  double height_ = 0, widthFactor_ = 1, lastHeight_ = 2.5;
+  KvDbAngle oblique_;
   std::int16_t generation_ = 0;
   CString fontFile_ = L"txt", bigFontFile_;
 };
