@@ -1,6 +1,9 @@
-#include "platform/xml/internal/decode.h"
+#include "platform/xml/source.h"
 
+#include <fcntl.h>
 #include <iconv.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -110,7 +113,7 @@ struct IconvCloser {
 };
 
 bool convert(std::string_view bytes, const char* from, std::string& out, XmlError& error) {
-  iconv_t opened = iconv_open("UTF-8", from);
+  iconv_t opened = iconv_open(kUtf8, from);
   if (opened == reinterpret_cast<iconv_t>(-1)) {
     error.what = std::string("the converter for ") + from + " is missing on this system";
     return false;
@@ -178,7 +181,7 @@ bool needsLook(std::uint64_t block) {
 
 }  // namespace
 
-std::size_t findBadUtf8(std::string_view text) {
+std::size_t findBadXmlText(std::string_view text) {
   std::size_t at = 0;
   while (at < text.size()) {
     if (at + 8 <= text.size()) {
@@ -203,35 +206,149 @@ std::size_t findBadUtf8(std::string_view text) {
   return std::string_view::npos;
 }
 
-bool decodeXml(std::string_view bytes, XmlText& text, XmlError& error) {
-  std::size_t skip = 0;
-  const char* from = utf16Form(bytes, skip);
-  if (!from) {
-    skip = bytes.starts_with("\xEF\xBB\xBF") ? 3 : 0;
-    const std::string_view declared = declaredEncoding(bytes.substr(skip));
-    from = skip || declared.empty() ? kUtf8 : converterFor(declared);
-    if (!from) {
-      error.what = "unknown encoding \"" + std::string(declared) + "\"";
+namespace {
+
+/// The converter for the bytes, and the length of their mark. Null when the declared encoding isn't known.
+const char* encodingOf(std::string_view bytes, std::size_t& skip, XmlError& error) {
+  if (const char* wide = utf16Form(bytes, skip)) return wide;
+  skip = bytes.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+  const std::string_view declared = declaredEncoding(bytes.substr(skip));
+  if (skip > 0 || declared.empty()) return kUtf8;
+  const char* from = converterFor(declared);
+  if (from) return from;
+  error.what = "unknown encoding \"" + std::string(declared) + "\"";
+  error.line = 1;
+  return nullptr;
+}
+
+std::size_t lineOf(std::string_view bytes, std::size_t offset) {
+  const std::string_view before = bytes.substr(0, offset);
+  return 1 + static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n'));
+}
+
+/// Puts the converted text in the place of `source`, whose bytes are not UTF-8.
+bool convertSource(std::string_view bytes, std::size_t skip, const char* from, XmlSource& source,
+                   XmlError& error) {
+  std::string text;
+  if (!convert(bytes.substr(skip), from, text, error)) {
+    error.offset += skip;
+    error.line = lineOf(bytes, error.offset);
+    return false;
+  }
+  source.buffer = XmlBuffer(text.size());
+  std::memcpy(source.buffer.data(), text.data(), text.size());
+  source.skip = 0;
+  source.converted = true;
+  return true;
+}
+
+class FileHandle {
+ public:
+  explicit FileHandle(const std::filesystem::path& path)
+      : handle_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
+  ~FileHandle() {
+    if (handle_ >= 0) ::close(handle_);
+  }
+  FileHandle(const FileHandle&) = delete;
+  FileHandle& operator=(const FileHandle&) = delete;
+  operator int() const { return handle_; }
+
+ private:
+  int handle_;
+};
+
+/// False with `error` set when the file can't be read or is larger than `limit`.
+bool readFile(const std::filesystem::path& path, std::size_t limit, XmlBuffer& buffer, XmlError& error) {
+  const FileHandle file(path);
+  struct stat status;
+  if (file < 0 || ::fstat(file, &status) != 0) {
+    error.what = std::strerror(errno);
+    return false;
+  }
+  if (!S_ISREG(status.st_mode)) {
+    error.what = "not a file";
+    return false;
+  }
+  if (static_cast<std::uintmax_t>(status.st_size) > limit) {
+    error.what = "the file is larger than " + std::to_string(limit) + " bytes";
+    return false;
+  }
+  buffer = XmlBuffer(static_cast<std::size_t>(status.st_size));
+  std::size_t done = 0;
+  while (done < buffer.size()) {
+    const ::ssize_t count = ::read(file, buffer.data() + done, buffer.size() - done);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) {
+      error.what = count < 0 ? std::strerror(errno) : "the file became shorter while it was read";
       return false;
     }
+    done += static_cast<std::size_t>(count);
   }
-  text.skip = skip;
-  if (from == kUtf8) return true;
-  text.skip = 0;
-  text.isConverted = true;
-  if (convert(bytes.substr(skip), from, text.converted, error)) return true;
-  error.offset += skip;
+  return true;
+}
+
+}  // namespace
+
+bool decodeXmlSource(std::string_view bytes, XmlSource& source, XmlError& error) {
+  std::size_t skip = 0;
+  const char* from = encodingOf(bytes, skip, error);
+  if (!from) return false;
+  if (from != kUtf8) return convertSource(bytes, skip, from, source, error);
+  source.buffer = XmlBuffer(bytes.size());
+  std::memcpy(source.buffer.data(), bytes.data(), bytes.size());
+  source.skip = skip;
+  return true;
+}
+
+bool readXmlSource(const std::filesystem::path& path, const XmlLimits& limits, XmlSource& source,
+                   XmlError& error) {
+  error = {};
+  XmlBuffer buffer;
+  std::size_t skip = 0;
+  bool good = readFile(path, limits.bytes, buffer, error);
+  const char* from = good ? encodingOf(buffer.view(), skip, error) : nullptr;
+  if (from == kUtf8) {
+    source.buffer = std::move(buffer);
+    source.skip = skip;
+  } else if (from) {
+    good = convertSource(buffer.view(), skip, from, source, error);
+  }
+  if (good && from) return true;
+  error.path = path;
   return false;
 }
 
 bool isXmlName(std::string_view name) {
-  const auto isStart = [](char c) {
-    return static_cast<std::uint8_t>(c) >= 0x80 || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-           c == '_' || c == ':';
+  if (name.empty() || !isXmlNameByte(name.front(), true)) return false;
+  return std::all_of(name.begin(), name.end(), [](char c) { return isXmlNameByte(c, false); });
+}
+
+std::size_t readXmlReference(std::string_view text, unsigned long& code) {
+  struct Entity {
+    std::string_view text;
+    char character;
   };
-  if (name.empty() || !isStart(name.front())) return false;
-  return std::all_of(name.begin(), name.end(),
-                     [&](char c) { return isStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.'; });
+  static constexpr Entity kEntities[] = {
+      {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
+  for (const Entity& entity : kEntities) {
+    if (!text.starts_with(entity.text)) continue;
+    code = static_cast<unsigned char>(entity.character);
+    return entity.text.size();
+  }
+  if (!text.starts_with("&#")) return 0;
+  const bool isHex = text.size() > 2 && text[2] == 'x';
+  const std::size_t firstDigit = isHex ? 3 : 2;
+  code = 0;
+  std::size_t i = firstDigit;
+  for (; i < text.size() && text[i] != ';'; ++i) {
+    const char c = text[i];
+    const bool isDigit = c >= '0' && c <= '9';
+    const bool isLetter = isHex && ((c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'));
+    if (!isDigit && !isLetter) return 0;
+    code = code * (isHex ? 16 : 10) + static_cast<unsigned long>(isDigit ? c - '0' : (c | 0x20) - 'a' + 10);
+    if (code > 0x10FFFF) return 0;
+  }
+  return i < text.size() && i > firstDigit && isXmlChar(code) ? i + 1 : 0;
 }
 
 }  // namespace platform
