@@ -10,7 +10,7 @@
 
 namespace platform {
 
-/// Bytes that come from `malloc`, so that a parser may take them over.
+/// Bytes that can grow in place and are not cleared first.
 class XmlBuffer {
  public:
   XmlBuffer() = default;
@@ -19,8 +19,11 @@ class XmlBuffer {
   char* data() { return bytes_.get(); }
   std::size_t size() const { return size_; }
   std::string_view view() const { return {bytes_.get(), size_}; }
-  /// Gives up the bytes; free() ends them.
-  char* release() { return bytes_.release(); }
+  /// Keeps the bytes that are there; those behind them have no defined value.
+  void grow(std::size_t size) {
+    bytes_.reset(static_cast<char*>(std::realloc(bytes_.release(), size)));
+    size_ = size;
+  }
 
  private:
   struct Free {
