@@ -87,4 +87,6 @@ CString GetImageFromADO(CString fileName, std::shared_ptr<_adoFields> field, int
   return path;
 }
 
-int PutImageInADO(CString, std::shared_ptr<_adoFields>) { return 0; }
+int PutImageInADO(CString, std::shared_ptr<_adoFields>) {
+  return 0;
+}

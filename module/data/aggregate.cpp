@@ -9,7 +9,9 @@ namespace {
 
 enum AggregateType : int { kMaximum = 0, kMinimum = 1, kCount = 2 };
 
-CString textOf(const _adoFields* item) { return item ? item->value.text() : CString(); }
+CString textOf(const _adoFields* item) {
+  return item ? item->value.text() : CString();
+}
 
 _adoFields singleItemRow(const CString& name, const CString& value) {
   _adoFields item;

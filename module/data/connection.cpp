@@ -41,8 +41,10 @@ IXMLDOMNode tableElement(const IXMLDOMNode& schema, const CString& name) {
 }
 
 TableFieldInfo fieldInfo(const IXMLDOMNode& element) {
-  return {element.getAttribute(L"name").value_or(CString()), element.getAttribute(L"minOccurs").value_or(CString()),
-          element.getAttribute(L"od:jetType").value_or(CString()), element.getAttribute(L"od:sqlSType").value_or(CString())};
+  return {element.getAttribute(L"name").value_or(CString()),
+          element.getAttribute(L"minOccurs").value_or(CString()),
+          element.getAttribute(L"od:jetType").value_or(CString()),
+          element.getAttribute(L"od:sqlSType").value_or(CString())};
 }
 
 /// A schema field with the column that its values come from.
@@ -62,7 +64,9 @@ void fillRow(_adoFields& row, const std::vector<OutputField>& fields, std::uint3
 
 }  // namespace
 
-_Connection::_Connection(const _Connection& other) { *this = other; }
+_Connection::_Connection(const _Connection& other) {
+  *this = other;
+}
 
 _Connection& _Connection::operator=(const _Connection& other) {
   if (this == &other) return *this;
@@ -88,7 +92,9 @@ long _Connection::Open(_bstr_t folder, _bstr_t, _bstr_t, long) {
   return tables_.empty() ? 1 : 0;
 }
 
-long _Connection::Close() { return 1; }
+long _Connection::Close() {
+  return 1;
+}
 
 void _Connection::GetAllXsdFile(CString folder, CStringArray& paths) {
   for (const platform::FoundFile& found : platform::findFiles(folder + L"\\*.xsd"))
@@ -164,7 +170,9 @@ CString _Connection::FieldType(CString field, CString table) {
   return {};
 }
 
-CString _Connection::DataPath(const CString& table) const { return path_ + L"\\" + table + L".xml"; }
+CString _Connection::DataPath(const CString& table) const {
+  return path_ + L"\\" + table + L".xml";
+}
 
 CString _Connection::MakeRowFilter(const tagSQL& sql, CString table) {
   CString filter = escapeBlanks(std::move(table));

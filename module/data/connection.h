@@ -1,9 +1,9 @@
 #pragma once
 // A folder of exported tables with the shape of a database connection, and the SQL subset that queries it.
 //
-// A table is a pair of files: `<table>.xsd`, which lists its fields, and `<table>.xml`, which holds its rows. Nothing here
-// shows a message: failure is the return value, a null pointer or an empty result. Main thread only; two queries can't run
-// at once on one connection. A copy shares the documents that are loaded already.
+// A table is a pair of files: `<table>.xsd`, which lists its fields, and `<table>.xml`, which holds its rows.
+// Nothing here shows a message: failure is the return value, a null pointer or an empty result. Main thread
+// only; two queries can't run at once on one connection. A copy shares the documents that are loaded already.
 #include <memory>
 #include <vector>
 
@@ -65,16 +65,20 @@ class MEK_API _Connection {
   _Connection& operator=(const _Connection& other);
   ~_Connection();
 
-  /// Reads all schema files of a folder, sorted by name; those of a wrong shape are passed over. 0 when at least one table
-  /// was read, else 1. Documents that were loaded before stay. User, password and options are ignored.
+  /// Reads all schema files of a folder, sorted by name; those of a wrong shape are passed over. 0 when at
+  /// least one table was read, else 1. Documents that were loaded before stay. User, password and options are
+  /// ignored.
   long Open(_bstr_t folder, _bstr_t user, _bstr_t password, long options);
   /// Does nothing; always 1.
   long Close();
-  /// Runs a statement; see docs/tables.md for the language. Null when it can't be parsed or names an unknown table. A
-  /// missing data file or a condition that isn't understood gives no rows. The last two arguments are ignored.
+  /// Runs a statement; see docs/tables.md for the language. Null when it can't be parsed or names an unknown
+  /// table. A missing data file or a condition that isn't understood gives no rows. The last two arguments
+  /// are ignored.
   std::shared_ptr<_Recordset> Execute(_bstr_t sql, tagVARIANT* recordsAffected, long options);
-  /// One row for each table, whose name is the table's; see _adoFields::GetTableProperty. The arguments are ignored.
-  std::shared_ptr<_Recordset> OpenSchema(SchemaEnum schema, const _variant_t& restrictions, const _variant_t& schemaId);
+  /// One row for each table, whose name is the table's; see _adoFields::GetTableProperty. The arguments are
+  /// ignored.
+  std::shared_ptr<_Recordset> OpenSchema(SchemaEnum schema, const _variant_t& restrictions,
+                                         const _variant_t& schemaId);
   /// The SQL type of a field; both names without regard to case. Empty when either is unknown.
   CString FieldType(CString field, CString table);
 
@@ -83,17 +87,20 @@ class MEK_API _Connection {
   void GetAllXsdFile(CString folder, CStringArray& paths);
   /// 1 when `path` holds a schema for a table of the file's name.
   int ReadTableInfo(CString path, _Tables& table);
-  /// Puts the rows that `rowFilter` ("name" or "name[condition]") selects into `table`, one item for each named field: its
-  /// value, null for an element without content, the empty text for a missing one. 0 on failure.
+  /// Puts the rows that `rowFilter` ("name" or "name[condition]") selects into `table`, one item for each
+  /// named field: its value, null for an element without content, the empty text for a missing one. 0 on
+  /// failure.
   int ReadTableData(CString path, _Tables& table, CString rowFilter);
-  /// The document of a data file; null when it couldn't be read. The same for as long as the connection lives.
+  /// The document of a data file; null when it couldn't be read. The same for as long as the connection
+  /// lives.
   std::shared_ptr<IXMLDOMDocument>& GetXmlDoc(CString path);
 
   std::shared_ptr<_Recordset> Execute(tagSQL* sql);
   /// Cuts a statement into its clauses; 1 when it has a select item and a table. Also sets the current table.
   int AnalyzeSql(CString text, tagSQL* sql);
   int AnalyzeSqlSelectField(CString text, tagSELECTFIELD& field);
-  /// Puts the first value of a sub-select in its place; the text as it is when there is none or it has no value.
+  /// Puts the first value of a sub-select in its place; the text as it is when there is none or it has no
+  /// value.
   CString AnalyzeSubSql(CString where);
   void GroupByRecordset(std::shared_ptr<_Recordset>& recordset, tagSQL* sql);
   void MaxOrMinRecordset(std::shared_ptr<_Recordset>& recordset, tagSQL* sql);
@@ -112,7 +119,8 @@ class MEK_API _Connection {
   static CString TrimZhongKH(CString text);
   /// The position of `word`, given in lower case, in any case and also inside words; -1 when there is none.
   static int FindKeyword(const CString& text, const wchar_t* word);
-  /// Takes the text between `start` and the nearest of `ends` (a comma list) out of `sql`, which then begins at that word.
+  /// Takes the text between `start` and the nearest of `ends` (a comma list) out of `sql`, which then begins
+  /// at that word.
   static CString ExtractClause(CString& sql, const wchar_t* start, const wchar_t* ends);
   void GetData(_adoFields& row, tagSQL* sql, std::shared_ptr<_Recordset>& recordset);
   XmlDocCacheEntry& CacheEntry(const CString& path);

@@ -22,7 +22,7 @@ struct SortKey {
 struct SortValue {
   bool isPresent = false;
   double number = 0;
-  CString own;              ///< the text of a value that is no text itself
+  CString own;  ///< the text of a value that is no text itself
   std::wstring_view text;
 };
 
@@ -46,7 +46,8 @@ int compareValues(const SortValue& a, const SortValue& b, bool isNumber) {
 
 }  // namespace
 
-_Recordset::_Recordset(_Connection* connection, CString table) : table_(std::move(table)), connection_(connection) {}
+_Recordset::_Recordset(_Connection* connection, CString table)
+    : table_(std::move(table)), connection_(connection) {}
 
 long _Recordset::MoveFirst() {
   current_ = 0;
@@ -66,9 +67,13 @@ long _Recordset::MoveLast() {
   return 0;
 }
 
-short _Recordset::GetadoEOF() const { return endOfFile_; }
+short _Recordset::GetadoEOF() const {
+  return endOfFile_;
+}
 
-long _Recordset::GetRecordCount() { return static_cast<long>(rows_.size()); }
+long _Recordset::GetRecordCount() {
+  return static_cast<long>(rows_.size());
+}
 
 _variant_t _Recordset::GetCollect(const _variant_t& index) {
   if (endOfFile_ != VARIANT_FALSE || current_ >= rows_.size()) return {};
@@ -109,7 +114,8 @@ void _Recordset::PutSort(_bstr_t sortText) {
   // A merge: with the tolerance, "equal" isn't transitive, which other sorts may answer with wild accesses.
   std::stable_sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
     for (std::size_t k = 0; k < keys.size(); ++k) {
-      const int result = compareValues(values[a * keys.size() + k], values[b * keys.size() + k], keys[k].isNumber);
+      const int result =
+          compareValues(values[a * keys.size() + k], values[b * keys.size() + k], keys[k].isNumber);
       if (result != 0) return result < 0;
     }
     return false;
@@ -120,7 +126,9 @@ void _Recordset::PutSort(_bstr_t sortText) {
   rows_ = std::move(sorted);
 }
 
-void _Recordset::PushBack(_adoFields row) { rows_.push_back(std::move(row)); }
+void _Recordset::PushBack(_adoFields row) {
+  rows_.push_back(std::move(row));
+}
 
 void _Recordset::Erase() {
   if (endOfFile_ != VARIANT_FALSE || current_ >= rows_.size()) return;

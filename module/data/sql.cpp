@@ -1,5 +1,5 @@
-// The SQL subset. There is no tokeniser, on purpose: clauses are cut at the first occurrence of a keyword, also inside
-// words, and queries have been written against exactly that.
+// The SQL subset. There is no tokeniser, on purpose: clauses are cut at the first occurrence of a keyword,
+// also inside words, and queries have been written against exactly that.
 #include <algorithm>
 
 #include "module/data/connection.h"
@@ -25,7 +25,9 @@ constexpr int kNoAggregate = -1;
 /// Sub-selects inside one another; deeper ones stay unexpanded.
 constexpr int kMaximumSubSelects = 32;
 
-int length(const wchar_t* word) { return static_cast<int>(std::wstring_view(word).size()); }
+int length(const wchar_t* word) {
+  return static_cast<int>(std::wstring_view(word).size());
+}
 
 CString trimBrackets(CString text, wchar_t open, wchar_t close) {
   text.Trim();
@@ -46,8 +48,12 @@ int closingParenthesis(const CString& text, int from) {
 
 }  // namespace
 
-CString _Connection::TrimXiaoKH(CString text) { return trimBrackets(std::move(text), L'(', L')'); }
-CString _Connection::TrimZhongKH(CString text) { return trimBrackets(std::move(text), L'[', L']'); }
+CString _Connection::TrimXiaoKH(CString text) {
+  return trimBrackets(std::move(text), L'(', L')');
+}
+CString _Connection::TrimZhongKH(CString text) {
+  return trimBrackets(std::move(text), L'[', L']');
+}
 
 int _Connection::FindKeyword(const CString& text, const wchar_t* word) {
   CString lower = text;
@@ -124,7 +130,8 @@ CString _Connection::AnalyzeSubSql(CString where) {
   if (select < 0 || open < 0 || open > select || subSelectDepth_ >= kMaximumSubSelects) return where;
   const int close = closingParenthesis(where, open + 1);
   if (close < 0) return where;
-  CString left = where.Left(open), inner = where.Mid(open + 1, close - open - 1), right = where.Mid(close + 1);
+  CString left = where.Left(open), inner = where.Mid(open + 1, close - open - 1),
+          right = where.Mid(close + 1);
   left.TrimRight();
   right.TrimLeft();
   ++subSelectDepth_;
@@ -155,7 +162,8 @@ std::shared_ptr<_Recordset> _Connection::Execute(tagSQL* sql) {
   if (item.field != L"*" || item.type != kNoAggregate) {
     const auto isNeeded = [&](const TableFieldInfo& field) {
       if (item.field != L"*") return field.name.CompareNoCase(item.field) == 0;
-      return field.name.CompareNoCase(sql->groupBy) == 0 || field.name.CompareNoCase(item.alias) == 0 || field.name == L"*";
+      return field.name.CompareNoCase(sql->groupBy) == 0 || field.name.CompareNoCase(item.alias) == 0 ||
+             field.name == L"*";
     };
     std::erase_if(table.fields, [&](const TableFieldInfo& field) { return !isNeeded(field); });
   }
@@ -170,7 +178,8 @@ std::shared_ptr<_Recordset> _Connection::Execute(tagSQL* sql) {
 }
 
 void _Connection::GetData(_adoFields& row, tagSQL* sql, std::shared_ptr<_Recordset>& recordset) {
-  if (sql->selectField.field == L"*") return recordset->PushBack(std::move(row));  // the rows are the statement's own
+  if (sql->selectField.field == L"*")
+    return recordset->PushBack(std::move(row));  // the rows are the statement's own
   const _adoFields* found = row.find(sql->selectField.field.view());
   if (!found) return;
   _adoFields item = *found;

@@ -11,7 +11,9 @@ namespace {
 
 constexpr double kCurrencyScale = 10000.0;
 
-CString wideAscii(const std::string& digits) { return CString(std::wstring(digits.begin(), digits.end())); }
+CString wideAscii(const std::string& digits) {
+  return CString(std::wstring(digits.begin(), digits.end()));
+}
 
 /// Out of range: the nearest limit; not a number: 0.
 std::int64_t roundedCurrency(double value) {
@@ -55,16 +57,21 @@ std::int64_t _variant_t::integer() const {
 
 CString _variant_t::text() const {
   switch (vt) {
-    case VT_BSTR: return text_.text();
+    case VT_BSTR:
+      return text_.text();
     case VT_I2:
     case VT_I4:
     case VT_INT:
-    case VT_BOOL: return wideAscii(std::to_string(number_.integer));
+    case VT_BOOL:
+      return wideAscii(std::to_string(number_.integer));
     case VT_R4:
     case VT_R8:
-    case VT_DATE: return wideAscii(platform::shortest(number_.real));
-    case VT_CY: return wideAscii(platform::shortest(static_cast<double>(number_.integer) / kCurrencyScale));
-    default: return {};
+    case VT_DATE:
+      return wideAscii(platform::shortest(number_.real));
+    case VT_CY:
+      return wideAscii(platform::shortest(static_cast<double>(number_.integer) / kCurrencyScale));
+    default:
+      return {};
   }
 }
 

@@ -37,12 +37,18 @@ class _bstr_t {
   }
 
   std::size_t length() const { return block_ ? block_->length : 0; }
-  std::wstring_view view() const { return block_ ? std::wstring_view(block_->text(), block_->length) : std::wstring_view(); }
+  std::wstring_view view() const {
+    return block_ ? std::wstring_view(block_->text(), block_->length) : std::wstring_view();
+  }
   /// Ends in a zero; never null.
   operator const wchar_t*() const { return block_ ? block_->text() : L""; }
   CString text() const { return CString(view()); }
-  friend bool operator==(const _bstr_t& a, const _bstr_t& b) { return a.block_ == b.block_ || a.view() == b.view(); }
-  friend bool operator==(const _bstr_t& a, const wchar_t* b) { return a.view() == std::wstring_view(b ? b : L""); }
+  friend bool operator==(const _bstr_t& a, const _bstr_t& b) {
+    return a.block_ == b.block_ || a.view() == b.view();
+  }
+  friend bool operator==(const _bstr_t& a, const wchar_t* b) {
+    return a.view() == std::wstring_view(b ? b : L"");
+  }
 
  private:
   friend class _variant_t;
@@ -125,8 +131,8 @@ class _variant_t : public tagVARIANT {
   bool isText() const { return vt == VT_BSTR; }
   /// The whole number of VT_I2, VT_I4, VT_INT and VT_BOOL; 0 for the other kinds.
   std::int64_t integer() const;
-  /// Text as it is, whole numbers in decimal digits, others in the shortest form that reads back the same (currency with
-  /// up to four decimals), VT_BOOL as -1 or 0; empty and null give the empty text.
+  /// Text as it is, whole numbers in decimal digits, others in the shortest form that reads back the same
+  /// (currency with up to four decimals), VT_BOOL as -1 or 0; empty and null give the empty text.
   CString text() const;
   /// The text of VT_BSTR without a copy; empty for the other kinds.
   const _bstr_t& bstr() const { return text_; }

@@ -191,7 +191,7 @@ std::shared_ptr<IXMLDOMDocument> parseXml(std::string_view bytes, XmlError* erro
     out.what = "the text is larger than " + std::to_string(limits.bytes) + " bytes";
     return nullptr;
   }
-  if (!decodeXmlSource(bytes, source, out)) return nullptr;
+  if (!decodeXmlSource(std::string(bytes), source, out)) return nullptr;
   return parseXml(std::move(source), &out, limits);
 }
 

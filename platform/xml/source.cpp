@@ -1,97 +1,85 @@
 #include "platform/xml/source.h"
 
-#include <fcntl.h>
-#include <iconv.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <array>
-#include <cerrno>
+#include <charconv>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 
+#include "platform/files/files.h"
+#include "platform/text/codepage.h"
 #include "platform/text/cstring.h"
+#include "platform/text/utf.h"
 
 namespace platform {
 namespace {
 
-/// Declared names, lower case, and the converter's names for them. GB2312 stands for its superset, as files
-/// made on Chinese systems declare the one and hold the other.
+constexpr std::uint32_t kUtf16Little = 1200;
+constexpr std::uint32_t kUtf16Big = 1201;
+
+/// Declared names and their code pages. GB2312 stands for its superset, as files made on Chinese systems
+/// declare the one and hold the other; the same goes for the other East Asian sets.
 struct Charset {
   std::string_view declared;
-  const char* converter;
+  std::uint32_t codePage;
 };
-constexpr const char* kUtf8 = "UTF-8";
 constexpr Charset kCharsets[] = {
-    {"utf-8", kUtf8},
-    {"utf8", kUtf8},
-    {"us-ascii", kUtf8},
-    {"ascii", kUtf8},
-    {"gb2312", "GBK"},
-    {"gbk", "GBK"},
-    {"gb_2312-80", "GBK"},
-    {"cp936", "GBK"},
-    {"windows-936", "GBK"},
-    {"x-gbk", "GBK"},
-    {"gb18030", "GB18030"},
-    {"big5", "CP950"},
-    {"big5-hkscs", "BIG5-HKSCS"},
-    {"cp950", "CP950"},
-    {"windows-950", "CP950"},
-    {"shift_jis", "CP932"},
-    {"shift-jis", "CP932"},
-    {"sjis", "CP932"},
-    {"x-sjis", "CP932"},
-    {"windows-31j", "CP932"},
-    {"cp932", "CP932"},
-    {"euc-jp", "EUC-JP"},
-    {"euc-kr", "CP949"},
-    {"ks_c_5601-1987", "CP949"},
-    {"cp949", "CP949"},
-    {"windows-949", "CP949"},
-    {"koi8-r", "KOI8-R"},
-    {"windows-874", "CP874"},
-    {"windows-1250", "CP1250"},
-    {"windows-1251", "CP1251"},
-    {"windows-1252", "CP1252"},
-    {"windows-1253", "CP1253"},
-    {"windows-1254", "CP1254"},
-    {"windows-1255", "CP1255"},
-    {"windows-1256", "CP1256"},
-    {"windows-1257", "CP1257"},
-    {"windows-1258", "CP1258"},
-    {"iso-8859-1", "ISO-8859-1"},
-    {"latin1", "ISO-8859-1"},
-    {"iso-8859-2", "ISO-8859-2"},
-    {"iso-8859-3", "ISO-8859-3"},
-    {"iso-8859-4", "ISO-8859-4"},
-    {"iso-8859-5", "ISO-8859-5"},
-    {"iso-8859-6", "ISO-8859-6"},
-    {"iso-8859-7", "ISO-8859-7"},
-    {"iso-8859-8", "ISO-8859-8"},
-    {"iso-8859-9", "ISO-8859-9"},
-    {"iso-8859-10", "ISO-8859-10"},
-    {"iso-8859-11", "ISO-8859-11"},
-    {"iso-8859-13", "ISO-8859-13"},
-    {"iso-8859-14", "ISO-8859-14"},
-    {"iso-8859-15", "ISO-8859-15"},
-    {"iso-8859-16", "ISO-8859-16"},
-    // An 8-bit declaration that reads as UTF-16 can't be meant: the file was converted and kept its first
-    // line.
-    {"utf-16", kUtf8},
-    {"utf-16le", kUtf8},
-    {"utf-16be", kUtf8},
-    {"unicode", kUtf8},
+    {"utf-8", kUtf8CodePage},
+    {"utf8", kUtf8CodePage},
+    {"us-ascii", kUtf8CodePage},
+    {"ascii", kUtf8CodePage},
+    {"gb2312", 936},
+    {"gbk", 936},
+    {"gb_2312-80", 936},
+    {"cp936", 936},
+    {"windows-936", 936},
+    {"x-gbk", 936},
+    {"gb18030", kGb18030CodePage},
+    {"big5", 950},
+    {"cp950", 950},
+    {"windows-950", 950},
+    {"shift_jis", 932},
+    {"shift-jis", 932},
+    {"sjis", 932},
+    {"x-sjis", 932},
+    {"windows-31j", 932},
+    {"cp932", 932},
+    {"euc-jp", 51932},
+    {"euc-kr", 949},
+    {"ks_c_5601-1987", 949},
+    {"cp949", 949},
+    {"windows-949", 949},
+    {"koi8-r", 20866},
+    {"koi8-u", 21866},
+    {"latin1", 28591},
+    // An 8-bit declaration that says UTF-16 can't be meant: the file was converted and kept its first line.
+    {"utf-16", kUtf8CodePage},
+    {"utf-16le", kUtf8CodePage},
+    {"utf-16be", kUtf8CodePage},
+    {"unicode", kUtf8CodePage},
 };
+
+/// Sets whose names end in the number of their code page, or in what is added to the first one's.
+struct Family {
+  std::string_view prefix;
+  std::uint32_t first;
+};
+constexpr Family kFamilies[] = {{"iso-8859-", 28590}, {"windows-", 0}, {"cp", 0}};
 
 constexpr std::size_t kDeclarationLength = 512;
 
-const char* converterFor(std::string_view declared) {
+/// 0 when the name isn't known.
+std::uint32_t codePageFor(std::string_view declared) {
   for (const Charset& row : kCharsets)
-    if (equalNoCase(row.declared, declared)) return row.converter;
-  return nullptr;
+    if (equalNoCase(row.declared, declared)) return row.codePage;
+  for (const Family& family : kFamilies) {
+    if (!equalNoCase(declared.substr(0, family.prefix.size()), family.prefix)) continue;
+    const std::string_view digits = declared.substr(family.prefix.size());
+    std::uint32_t number = 0;
+    const auto [end, status] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (status == std::errc() && end == digits.data() + digits.size() && isCodePage(family.first + number))
+      return family.first + number;
+  }
+  return 0;
 }
 
 /// The value of `encoding` in the declaration, empty when there is no declaration or no such word in it.
@@ -108,45 +96,53 @@ std::string_view declaredEncoding(std::string_view bytes) {
   return end == std::string_view::npos ? std::string_view() : bytes.substr(at + 1, end - at - 1);
 }
 
-struct IconvCloser {
-  void operator()(void* handle) const { iconv_close(handle); }
-};
-
-bool convert(std::string_view bytes, const char* from, std::string& out, XmlError& error) {
-  iconv_t opened = iconv_open(kUtf8, from);
-  if (opened == reinterpret_cast<iconv_t>(-1)) {
-    error.what = std::string("the converter for ") + from + " is missing on this system";
-    return false;
-  }
-  const std::unique_ptr<void, IconvCloser> handle(opened);
-  std::array<char, 65536> block;
-  char* in = const_cast<char*>(bytes.data());  // iconv's signature; it reads only
-  std::size_t left = bytes.size();
-  while (left > 0) {
-    char* to = block.data();
-    std::size_t room = block.size();
-    const std::size_t result = iconv(handle.get(), &in, &left, &to, &room);
-    out.append(block.data(), block.size() - room);
-    if (result == static_cast<std::size_t>(-1) && errno != E2BIG) {
-      error.offset = bytes.size() - left;
-      error.what = std::string("bytes that aren't valid ") + from;
-      return false;
-    }
-  }
-  return true;
+/// UTF-16 is told by its mark or by the zero byte beside the first `<`; 0 when it isn't.
+std::uint32_t utf16Form(std::string_view bytes, std::size_t& skip) {
+  skip = 0;
+  if (bytes.size() < 2) return 0;
+  const auto first = static_cast<std::uint8_t>(bytes[0]), second = static_cast<std::uint8_t>(bytes[1]);
+  if (first == '<' && second == 0) return kUtf16Little;
+  if (first == 0 && second == '<') return kUtf16Big;
+  skip = 2;
+  if (first == 0xFF && second == 0xFE) return kUtf16Little;
+  if (first == 0xFE && second == 0xFF) return kUtf16Big;
+  return 0;
 }
 
-/// UTF-16 is told by its mark or by the zero byte beside the first `<`.
-const char* utf16Form(std::string_view bytes, std::size_t& skip) {
-  skip = 0;
-  if (bytes.size() < 2) return nullptr;
-  const auto first = static_cast<std::uint8_t>(bytes[0]), second = static_cast<std::uint8_t>(bytes[1]);
-  if (first == '<' && second == 0) return "UTF-16LE";
-  if (first == 0 && second == '<') return "UTF-16BE";
-  skip = 2;
-  if (first == 0xFF && second == 0xFE) return "UTF-16LE";
-  if (first == 0xFE && second == 0xFF) return "UTF-16BE";
-  return nullptr;
+/// The code page of the bytes, and the length of their mark. 0 when the declared encoding isn't known.
+std::uint32_t encodingOf(std::string_view bytes, std::size_t& skip, XmlError& error) {
+  if (const std::uint32_t wide = utf16Form(bytes, skip)) return wide;
+  skip = bytes.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+  const std::string_view declared = declaredEncoding(bytes.substr(skip));
+  if (skip > 0 || declared.empty()) return kUtf8CodePage;
+  const std::uint32_t codePage = codePageFor(declared);
+  if (codePage != 0) return codePage;
+  error.what = "unknown encoding \"" + std::string(declared) + "\"";
+  error.line = 1;
+  return 0;
+}
+
+/// The text as UTF-8. A byte without meaning is an error; its place is that in the text.
+bool convert(std::string_view bytes, std::uint32_t codePage, std::string& out, XmlError& error) {
+  const bool isWide = codePage == kUtf16Little || codePage == kUtf16Big;
+  bool lossy = isWide && bytes.size() % 2 != 0;
+  const std::wstring text =
+      isWide ? fromUtf16Bytes(bytes, codePage == kUtf16Big) : fromCodePage(bytes, codePage, &lossy);
+  const auto isBad = [&](wchar_t c) {
+    return !isXmlChar(static_cast<unsigned long>(c)) || (lossy && c == kReplacement);
+  };
+  const auto bad = std::find_if(text.begin(), text.end(), isBad);
+  if (bad == text.end() && !lossy) {
+    out = toUtf8(text);
+    return true;
+  }
+  const std::wstring_view before(text.data(), static_cast<std::size_t>(bad - text.begin()));
+  error.decoded = true;
+  error.offset = toUtf8(before).size();
+  error.line = 1 + static_cast<std::size_t>(std::count(before.begin(), before.end(), L'\n'));
+  error.what = isWide ? "bytes that aren't valid UTF-16 text of an XML file"
+                      : "bytes that have no meaning in code page " + std::to_string(codePage);
+  return false;
 }
 
 constexpr std::uint64_t kHighBits = 0x8080808080808080u;
@@ -206,115 +202,25 @@ std::size_t findBadXmlText(std::string_view text) {
   return std::string_view::npos;
 }
 
-namespace {
-
-/// The converter for the bytes, and the length of their mark. Null when the declared encoding isn't known.
-const char* encodingOf(std::string_view bytes, std::size_t& skip, XmlError& error) {
-  if (const char* wide = utf16Form(bytes, skip)) return wide;
-  skip = bytes.starts_with("\xEF\xBB\xBF") ? 3 : 0;
-  const std::string_view declared = declaredEncoding(bytes.substr(skip));
-  if (skip > 0 || declared.empty()) return kUtf8;
-  const char* from = converterFor(declared);
-  if (from) return from;
-  error.what = "unknown encoding \"" + std::string(declared) + "\"";
-  error.line = 1;
-  return nullptr;
-}
-
-std::size_t lineOf(std::string_view bytes, std::size_t offset) {
-  const std::string_view before = bytes.substr(0, offset);
-  return 1 + static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n'));
-}
-
-/// Puts the converted text in the place of `source`, whose bytes are not UTF-8.
-bool convertSource(std::string_view bytes, std::size_t skip, const char* from, XmlSource& source,
-                   XmlError& error) {
-  std::string text;
-  if (!convert(bytes.substr(skip), from, text, error)) {
-    error.offset += skip;
-    error.line = lineOf(bytes, error.offset);
-    return false;
-  }
-  source.buffer = XmlBuffer(text.size());
-  std::memcpy(source.buffer.data(), text.data(), text.size());
-  source.skip = 0;
-  source.converted = true;
-  return true;
-}
-
-class FileHandle {
- public:
-  explicit FileHandle(const std::filesystem::path& path)
-      : handle_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
-  ~FileHandle() {
-    if (handle_ >= 0) ::close(handle_);
-  }
-  FileHandle(const FileHandle&) = delete;
-  FileHandle& operator=(const FileHandle&) = delete;
-  operator int() const { return handle_; }
-
- private:
-  int handle_;
-};
-
-/// False with `error` set when the file can't be read or is larger than `limit`.
-bool readFile(const std::filesystem::path& path, std::size_t limit, XmlBuffer& buffer, XmlError& error) {
-  const FileHandle file(path);
-  struct stat status;
-  if (file < 0 || ::fstat(file, &status) != 0) {
-    error.what = std::strerror(errno);
-    return false;
-  }
-  if (!S_ISREG(status.st_mode)) {
-    error.what = "not a file";
-    return false;
-  }
-  if (static_cast<std::uintmax_t>(status.st_size) > limit) {
-    error.what = "the file is larger than " + std::to_string(limit) + " bytes";
-    return false;
-  }
-  buffer = XmlBuffer(static_cast<std::size_t>(status.st_size));
-  std::size_t done = 0;
-  while (done < buffer.size()) {
-    const ::ssize_t count = ::read(file, buffer.data() + done, buffer.size() - done);
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) {
-      error.what = count < 0 ? std::strerror(errno) : "the file became shorter while it was read";
-      return false;
-    }
-    done += static_cast<std::size_t>(count);
-  }
-  return true;
-}
-
-}  // namespace
-
-bool decodeXmlSource(std::string_view bytes, XmlSource& source, XmlError& error) {
+bool decodeXmlSource(std::string bytes, XmlSource& source, XmlError& error) {
   std::size_t skip = 0;
-  const char* from = encodingOf(bytes, skip, error);
-  if (!from) return false;
-  if (from != kUtf8) return convertSource(bytes, skip, from, source, error);
-  source.buffer = XmlBuffer(bytes.size());
-  std::memcpy(source.buffer.data(), bytes.data(), bytes.size());
-  source.skip = skip;
+  const std::uint32_t codePage = encodingOf(bytes, skip, error);
+  if (codePage == 0) return false;
+  source.converted = codePage != kUtf8CodePage;
+  source.skip = source.converted ? 0 : skip;
+  if (source.converted) return convert(std::string_view(bytes).substr(skip), codePage, source.buffer, error);
+  source.buffer = std::move(bytes);
   return true;
 }
 
 bool readXmlSource(const std::filesystem::path& path, const XmlLimits& limits, XmlSource& source,
                    XmlError& error) {
   error = {};
-  XmlBuffer buffer;
-  std::size_t skip = 0;
-  bool good = readFile(path, limits.bytes, buffer, error);
-  const char* from = good ? encodingOf(buffer.view(), skip, error) : nullptr;
-  if (from == kUtf8) {
-    source.buffer = std::move(buffer);
-    source.skip = skip;
-  } else if (from) {
-    good = convertSource(buffer.view(), skip, from, source, error);
-  }
-  if (good && from) return true;
+  std::string bytes;
+  const FileStatus status = readFile(path, bytes, limits.bytes);
+  if (status && decodeXmlSource(std::move(bytes), source, error)) return true;
   error.path = path;
+  if (!status) error.what = status.message();
   return false;
 }
 

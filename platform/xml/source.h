@@ -1,8 +1,6 @@
 #pragma once
 // The text of an XML file as UTF-8, before anything looks at its tags. For readers that need no tree.
-#include <cstdlib>
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -10,41 +8,18 @@
 
 namespace platform {
 
-/// Bytes that can grow in place and are not cleared first.
-class XmlBuffer {
- public:
-  XmlBuffer() = default;
-  explicit XmlBuffer(std::size_t size)
-      : bytes_(static_cast<char*>(std::malloc(size ? size : 1))), size_(size) {}
-  char* data() { return bytes_.get(); }
-  std::size_t size() const { return size_; }
-  std::string_view view() const { return {bytes_.get(), size_}; }
-  /// Keeps the bytes that are there; those behind them have no defined value.
-  void grow(std::size_t size) {
-    bytes_.reset(static_cast<char*>(std::realloc(bytes_.release(), size)));
-    size_ = size;
-  }
-
- private:
-  struct Free {
-    void operator()(char* bytes) const { std::free(bytes); }
-  };
-  std::unique_ptr<char, Free> bytes_;
-  std::size_t size_ = 0;
-};
-
 struct XmlSource {
-  XmlBuffer buffer;
+  std::string buffer;
   std::size_t skip = 0;    ///< bytes of the mark before the text
   bool converted = false;  ///< the file was in another encoding than UTF-8
-  std::string_view text() const { return buffer.view().substr(skip); }
+  std::string_view text() const { return std::string_view(buffer).substr(skip); }
 };
 
 /// Reads and decodes. The bytes aren't checked to be UTF-8 when that is what they were declared to be
 /// (findBadXmlText does). False on failure; `error` then says what and where.
 bool readXmlSource(const std::filesystem::path& path, const XmlLimits& limits, XmlSource& source,
                    XmlError& error);
-bool decodeXmlSource(std::string_view bytes, XmlSource& source, XmlError& error);
+bool decodeXmlSource(std::string bytes, XmlSource& source, XmlError& error);
 
 /// Position of the first byte that starts no valid UTF-8 sequence or is a control character that XML forbids;
 /// npos when there is none.

@@ -87,9 +87,9 @@ TEST(XmlRead, BadInputGivesNoDocumentAndAPlace) {
       {"<a>\xED\xA0\x80</a>", 3, 1, "valid"},
       {"<a>\xC0\x80</a>", 3, 1, "valid"},
       {"<a>\xEF\xBF\xBF</a>", 3, 1, "valid"},
-      {"<?xml version='1.0' encoding='GB2312'?><a>\xC2</a>", 42, 1, "GBK"},
+      {"<?xml version='1.0' encoding='GB2312'?><a>\xC2</a>", 42, 1, "936"},
       {"<?xml version='1.0' encoding='klingon'?><a/>", 0, 1, "klingon"},
-      {"\xFF\xFE<\0a\0>\0\x00\xD8"s, 8, 1, "UTF-16LE"},
+      {"\xFF\xFE<\0a\0>\0\x00\xD8"s, 3, 1, "UTF-16"},
       {"<a x='1' y='2' x='3'/>", 0, 1, "twice"},
   };
   for (const Case& row : cases) {

@@ -11,9 +11,15 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
 
-bool isNameStart(char c) { return c != ':' && platform::isXmlNameByte(c, true); }
-bool isNamePart(char c) { return c != ':' && platform::isXmlNameByte(c, false); }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isNameStart(char c) {
+  return c != ':' && platform::isXmlNameByte(c, true);
+}
+bool isNamePart(char c) {
+  return c != ':' && platform::isXmlNameByte(c, false);
+}
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
 
 struct ComparisonWord {
   std::string_view text;
@@ -50,7 +56,8 @@ double unsignedNumber(std::string_view text) {
   // Both are exact, so the quotient is the nearest double to the decimal number.
   if (digits <= kExactDigits) return static_cast<double>(mantissa) / kPowersOfTen[decimals];
   double value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
+  const auto [end, error] =
+      std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
   if (error != std::errc::result_out_of_range) return value;
   const std::size_t firstNonZero = text.find_first_not_of('0');
   return text[firstNonZero] == '.' ? 0.0 : std::numeric_limits<double>::infinity();
@@ -67,12 +74,18 @@ double xpathNumber(std::string_view text) {
 
 bool compareNumbers(Comparison comparison, double a, double b) {
   switch (comparison) {
-    case Comparison::Equal: return a == b;
-    case Comparison::Unequal: return a != b;
-    case Comparison::Less: return a < b;
-    case Comparison::Greater: return a > b;
-    case Comparison::LessEqual: return a <= b;
-    case Comparison::GreaterEqual: return a >= b;
+    case Comparison::Equal:
+      return a == b;
+    case Comparison::Unequal:
+      return a != b;
+    case Comparison::Less:
+      return a < b;
+    case Comparison::Greater:
+      return a > b;
+    case Comparison::LessEqual:
+      return a <= b;
+    case Comparison::GreaterEqual:
+      return a >= b;
   }
   return false;
 }
@@ -84,11 +97,16 @@ bool compareTexts(Comparison comparison, std::string_view a, std::string_view b,
 
 Comparison mirrored(Comparison comparison) {
   switch (comparison) {
-    case Comparison::Less: return Comparison::Greater;
-    case Comparison::Greater: return Comparison::Less;
-    case Comparison::LessEqual: return Comparison::GreaterEqual;
-    case Comparison::GreaterEqual: return Comparison::LessEqual;
-    default: return comparison;
+    case Comparison::Less:
+      return Comparison::Greater;
+    case Comparison::Greater:
+      return Comparison::Less;
+    case Comparison::LessEqual:
+      return Comparison::GreaterEqual;
+    case Comparison::GreaterEqual:
+      return Comparison::LessEqual;
+    default:
+      return comparison;
   }
 }
 
@@ -137,7 +155,7 @@ class PredicateParser {
     Found found = (this->*part)();
     while (found != Found::Nothing && takeWord(word)) {
       if (found != Found::Truth || (this->*part)() != Found::Truth) return Found::Nothing;
-      steps_->push_back({.kind = kind});
+      steps_->emplace_back().kind = kind;
     }
     return found;
   }
@@ -153,7 +171,9 @@ class PredicateParser {
       if (!rest_.starts_with(word.text)) continue;
       rest_.remove_prefix(word.text.size());
       if (found != Found::Operand || steps_->size() > Predicate::kMaximumSteps) return Found::Nothing;
-      PredicateStep step{.kind = PredicateStep::Kind::Compare, .comparison = word.comparison, .left = std::move(operand_)};
+      PredicateStep step;
+      step.comparison = word.comparison;
+      step.left = std::move(operand_);
       if (primary() != Found::Operand) return Found::Nothing;
       step.right = std::move(operand_);
       steps_->push_back(std::move(step));
@@ -185,7 +205,7 @@ class PredicateParser {
       point = point || rest_[length] == '.';
     const double value = unsignedNumber(rest_.substr(0, length));
     if (value != value) return Found::Nothing;
-    operand_ = {.kind = Operand::Kind::Number, .text = {}, .number = negative ? -value : value};
+    operand_ = {Operand::Kind::Number, {}, negative ? -value : value};
     rest_.remove_prefix(length);
     return Found::Operand;
   }
@@ -193,7 +213,7 @@ class PredicateParser {
   Found literal(char quote) {
     const std::size_t end = rest_.find(quote, 1);
     if (end == std::string_view::npos) return Found::Nothing;
-    operand_ = {.kind = Operand::Kind::Text, .text = std::string(rest_.substr(1, end - 1))};
+    operand_ = {Operand::Kind::Text, std::string(rest_.substr(1, end - 1)), 0};
     rest_.remove_prefix(end + 1);
     return Found::Operand;
   }
@@ -201,7 +221,7 @@ class PredicateParser {
   Found child() {
     const std::string_view name = nextName();
     if (name.empty()) return Found::Nothing;
-    operand_ = {.kind = Operand::Kind::Child, .text = std::string(name)};
+    operand_ = {Operand::Kind::Child, std::string(name), 0};
     rest_.remove_prefix(name.size());
     skipBlanks();
     // A function, an axis or a prefix.

@@ -6,13 +6,15 @@
 //   term = "(" condition ")" | operand ( "=" | "!=" | "<" | ">" | "<=" | ">=" ) operand
 //   operand = name of a child element | 'text' | "text" | [ "-" ] number | "(" operand ")"
 //
-// Words and names stand as XPath 1.0 has them: case counts, `and` and `or` are names where an operand is due, a name goes
-// on as long as it can (so `d-1` is one name), numbers have digits and a point only. Everything else that XPath knows
-// (functions, axes, positions, arithmetic, a bare name, chained comparisons) is refused.
+// Words and names stand as XPath 1.0 has them: case counts, `and` and `or` are names where an operand is due,
+// a name goes on as long as it can (so `d-1` is one name), numbers have digits and a point only. Everything
+// else that XPath knows (functions, axes, positions, arithmetic, a bare name, chained comparisons) is
+// refused.
 //
-// Meaning, XPath's own: a name stands for all children of that name, and a comparison holds when it holds for one of them,
-// so a missing child makes every comparison false. `=` and `!=` compare as numbers when one side is a number literal, as
-// text otherwise; the four orderings compare as numbers. Text that is no number equals no number.
+// Meaning, XPath's own: a name stands for all children of that name, and a comparison holds when it holds for
+// one of them, so a missing child makes every comparison false. `=` and `!=` compare as numbers when one side
+// is a number literal, as text otherwise; the four orderings compare as numbers. Text that is no number
+// equals no number.
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -41,8 +43,8 @@ struct PredicateStep {
 
 class Predicate {
  public:
-  /// Nothing when the text is no condition of the form above, nests deeper than kMaximumDepth or has more steps than
-  /// kMaximumSteps.
+  /// Nothing when the text is no condition of the form above, nests deeper than kMaximumDepth or has more
+  /// steps than kMaximumSteps.
   static std::optional<Predicate> parse(std::string_view text);
   const std::vector<PredicateStep>& steps() const { return steps_; }
   /// Truths that are on the stack at once, at most.
@@ -64,7 +66,8 @@ struct RowFilter {
   static std::optional<RowFilter> parse(std::string_view text);
 };
 
-/// A text as XPath's number(): white space around it, a minus, digits with a point. Anything else is not a number.
+/// A text as XPath's number(): white space around it, a minus, digits with a point. Anything else is not a
+/// number.
 double xpathNumber(std::string_view text);
 
 bool compareNumbers(Comparison comparison, double a, double b);
@@ -75,6 +78,8 @@ bool compareTexts(Comparison comparison, std::string_view a, std::string_view b,
 /// The comparison that holds when the sides are exchanged.
 Comparison mirrored(Comparison comparison);
 
-constexpr bool isOrdering(Comparison comparison) { return comparison > Comparison::Unequal; }
+constexpr bool isOrdering(Comparison comparison) {
+  return comparison > Comparison::Unequal;
+}
 
 }  // namespace mek

@@ -15,17 +15,20 @@ using platform::XmlNodeView;
 constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 
 _bstr_t wideOf(std::string_view text) {
-  const bool isAscii = std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  const bool isAscii =
+      std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
   if (!isAscii) return _bstr_t(std::wstring_view(platform::fromUtf8(text)));
   return _bstr_t::filled(text.size(), [&](wchar_t* to) { std::copy(text.begin(), text.end(), to); });
 }
 
-/// What one side of a comparison holds for one row: the texts of all children of the name, or the one literal.
+/// What one side of a comparison holds for one row: the texts of all children of the name, or the one
+/// literal.
 std::vector<std::string> sideValues(XmlNodeView row, const Operand& operand) {
   if (operand.kind != Operand::Kind::Child) return {operand.text};
   std::vector<std::string> out;
   for (XmlNodeView child = row.firstChild(); child; child = child.nextSibling())
-    if (child.type() == XmlNodeType::Element && operand.text == child.name()) out.push_back(stringValue(child));
+    if (child.type() == XmlNodeType::Element && operand.text == child.name())
+      out.push_back(stringValue(child));
   return out;
 }
 
@@ -39,8 +42,9 @@ bool comparisonHolds(XmlNodeView row, const PredicateStep& step) {
   const std::vector<std::string> right = sideValues(row, step.right);
   for (const std::string& a : sideValues(row, step.left)) {
     for (const std::string& b : right) {
-      const bool holds = numeric ? compareNumbers(step.comparison, sideNumber(step.left, a), sideNumber(step.right, b))
-                                 : compareTexts(step.comparison, a, b, false);
+      const bool holds =
+          numeric ? compareNumbers(step.comparison, sideNumber(step.left, a), sideNumber(step.right, b))
+                  : compareTexts(step.comparison, a, b, false);
       if (holds) return true;
     }
   }
@@ -80,7 +84,8 @@ Column::Column(std::string_view columnName) : name(columnName), wideName(platfor
 const std::vector<double>& Column::numbers(const char* base) {
   if (!numbers_.empty()) return numbers_;
   numbers_.reserve(cells.size());
-  for (const Cell& cell : cells) numbers_.push_back(cell.isMissing() ? kNotANumber : xpathNumber(text(cell, base)));
+  for (const Cell& cell : cells)
+    numbers_.push_back(cell.isMissing() ? kNotANumber : xpathNumber(text(cell, base)));
   return numbers_;
 }
 
@@ -107,7 +112,9 @@ Column* RowSet::find(std::string_view columnName) {
   return nullptr;
 }
 
-bool RowSet::mayHold(std::size_t cells) const { return cells <= kFreeCells + childCount_ * kCellsPerChild; }
+bool RowSet::mayHold(std::size_t cells) const {
+  return cells <= kFreeCells + childCount_ * kCellsPerChild;
+}
 
 RowSet::Put RowSet::put(Column& column, Cell cell) {
   if (column.cells.size() >= rowCount) return Put::Twice;
@@ -146,7 +153,8 @@ RowSet::FieldReader::FieldReader(RowSet& rows, const _bstr_t& field, const char*
 _variant_t RowSet::FieldReader::value(std::uint32_t row) const {
   if (byTree_) {
     for (XmlNodeView child = rows_.nodes[row].firstChild(); child; child = child.nextSibling())
-      if (child.type() == XmlNodeType::Element && platform::equalNoCase(platform::fromUtf8(child.name()), field_))
+      if (child.type() == XmlNodeType::Element &&
+          platform::equalNoCase(platform::fromUtf8(child.name()), field_))
         return firstNodeValue(child);
     return _variant_t(_bstr_t());
   }
@@ -163,7 +171,8 @@ std::vector<std::uint32_t> RowSet::select(const Predicate* predicate, const char
   if (!sparse) selected = scanColumns(*this, *predicate, base);
   if (irregular.empty()) return selected;
   std::vector<std::uint32_t> simple, wanted;
-  std::set_difference(selected.begin(), selected.end(), irregular.begin(), irregular.end(), std::back_inserter(simple));
+  std::set_difference(selected.begin(), selected.end(), irregular.begin(), irregular.end(),
+                      std::back_inserter(simple));
   for (std::uint32_t row : irregular)
     if (holdsFor(nodes[row], *predicate)) wanted.push_back(row);
   selected.clear();

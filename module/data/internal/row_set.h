@@ -1,8 +1,8 @@
 #pragma once
 // The rows of one name in one document, held by columns.
 //
-// A column is all children of one name: for each row the place of its value in the store's text. Numbers and keys of a
-// column are made when a condition first needs them, wide texts when a row is first given out.
+// A column is all children of one name: for each row the place of its value in the store's text. Numbers and
+// keys of a column are made when a condition first needs them, wide texts when a row is first given out.
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -14,7 +14,8 @@
 
 namespace mek {
 
-/// Where a value stands in the text. Two lengths are none: a row without the child, and a child without a value.
+/// Where a value stands in the text. Two lengths are none: a row without the child, and a child without a
+/// value.
 struct Cell {
   static constexpr std::uint32_t kMissing = 0xFFFFFFFF;
   static constexpr std::uint32_t kNull = 0xFFFFFFFE;
@@ -37,7 +38,8 @@ class Column {
   }
   /// Of every row; not a number for rows without the child.
   const std::vector<double>& numbers(const char* base);
-  /// The first eight bytes of the text, zeros behind a shorter one; tells texts below eight bytes apart entirely.
+  /// The first eight bytes of the text, zeros behind a shorter one; tells texts below eight bytes apart
+  /// entirely.
   const std::vector<std::uint64_t>& keys(const char* base);
   /// The value of a row as a result carries it: text, null, or the empty text when the child is missing.
   _variant_t value(std::size_t row, const char* base);
@@ -57,8 +59,8 @@ class RowSet {
   std::string name;
   std::uint32_t rowCount = 0;
   std::vector<Column> columns;  ///< in order of first appearance
-  /// Of every row; empty when the rows were read from text, which is done for simple rows only: no name twice in a row
-  /// (in any case), no child but with one text or nothing in it.
+  /// Of every row; empty when the rows were read from text, which is done for simple rows only: no name twice
+  /// in a row (in any case), no child but with one text or nothing in it.
   std::vector<platform::XmlNodeView> nodes;
   std::vector<std::uint32_t> irregular;  ///< rows that aren't simple, ascending
   /// So many names that columns would mostly stand empty: there are none, all rows are irregular.
@@ -69,15 +71,15 @@ class RowSet {
   /// Starts the next row; the columns that it doesn't mention stay short until complete().
   void beginRow() { ++rowCount; }
   enum class Put { Done, Twice, TooSparse };
-  /// Puts a cell into the row begun last; does nothing when the row has one of that column already, or when columns would
-  /// mostly stand empty.
+  /// Puts a cell into the row begun last; does nothing when the row has one of that column already, or when
+  /// columns would mostly stand empty.
   Put put(Column& column, Cell cell);
   /// The column, made when it is new. Null when there would be too many.
   Column* obtain(std::string_view columnName);
   /// Brings all columns to the number of rows. False when they would mostly stand empty.
   bool complete();
-  /// The values that a result carries for a schema field: the first child whose name is the field's without regard to
-  /// case, the empty text when there is none.
+  /// The values that a result carries for a schema field: the first child whose name is the field's without
+  /// regard to case, the empty text when there is none.
   class FieldReader;
 
   /// The rows for which `predicate` holds (all rows without one), ascending.
@@ -102,7 +104,8 @@ class RowSet::FieldReader {
   bool byTree_ = false;  ///< several names that differ in case, or no columns
 };
 
-/// The rows of `rows` for which the condition holds, by loops over its columns; irregular rows are not looked at rightly.
+/// The rows of `rows` for which the condition holds, by loops over its columns; irregular rows are not looked
+/// at rightly.
 std::vector<std::uint32_t> scanColumns(RowSet& rows, const Predicate& predicate, const char* base);
 
 /// The condition for one row element, by its tree.

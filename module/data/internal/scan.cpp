@@ -1,4 +1,5 @@
-// Conditions over columns: block by block, one byte of truth for each row, so that a block's columns stay in the cache.
+// Conditions over columns: block by block, one byte of truth for each row, so that a block's columns stay in
+// the cache.
 #include <algorithm>
 #include <array>
 
@@ -32,14 +33,15 @@ double literalNumber(const Operand& operand) {
 
 Test constantTest(const PredicateStep& step, bool numeric) {
   Test test;
-  test.constant = numeric ? compareNumbers(step.comparison, literalNumber(step.left), literalNumber(step.right))
-                          : compareTexts(step.comparison, step.left.text, step.right.text, false);
+  test.constant = numeric
+                      ? compareNumbers(step.comparison, literalNumber(step.left), literalNumber(step.right))
+                      : compareTexts(step.comparison, step.left.text, step.right.text, false);
   return test;
 }
 
 /// A comparison whose left side is a column.
-Test columnTest(RowSet& rows, Column& column, const PredicateStep& step, const Operand& other, Comparison comparison,
-                bool numeric, const char* base) {
+Test columnTest(RowSet& rows, Column& column, const PredicateStep& step, const Operand& other,
+                Comparison comparison, bool numeric, const char* base) {
   Test test;
   test.comparison = comparison;
   test.left = &column;
@@ -80,12 +82,18 @@ void runNumber(const Test& test, std::size_t first, std::size_t count, std::uint
   const double* numbers = test.leftNumbers + first;
   const double k = test.number;
   switch (test.comparison) {
-    case Comparison::Equal: return fillNumber(numbers, k, count, out, [](double a, double b) { return a == b; });
-    case Comparison::Less: return fillNumber(numbers, k, count, out, [](double a, double b) { return a < b; });
-    case Comparison::Greater: return fillNumber(numbers, k, count, out, [](double a, double b) { return a > b; });
-    case Comparison::LessEqual: return fillNumber(numbers, k, count, out, [](double a, double b) { return a <= b; });
-    case Comparison::GreaterEqual: return fillNumber(numbers, k, count, out, [](double a, double b) { return a >= b; });
-    case Comparison::Unequal: break;
+    case Comparison::Equal:
+      return fillNumber(numbers, k, count, out, [](double a, double b) { return a == b; });
+    case Comparison::Less:
+      return fillNumber(numbers, k, count, out, [](double a, double b) { return a < b; });
+    case Comparison::Greater:
+      return fillNumber(numbers, k, count, out, [](double a, double b) { return a > b; });
+    case Comparison::LessEqual:
+      return fillNumber(numbers, k, count, out, [](double a, double b) { return a <= b; });
+    case Comparison::GreaterEqual:
+      return fillNumber(numbers, k, count, out, [](double a, double b) { return a >= b; });
+    case Comparison::Unequal:
+      break;
   }
   // A text that is no number differs from every number, a missing child does not.
   const Cell* cells = test.left->cells.data() + first;
@@ -121,11 +129,21 @@ void runTexts(const Test& test, std::size_t first, std::size_t count, std::uint8
 
 void run(const Test& test, std::size_t first, std::size_t count, std::uint8_t* out, const char* base) {
   switch (test.kind) {
-    case Test::Kind::Constant: std::fill_n(out, count, static_cast<std::uint8_t>(test.constant)); break;
-    case Test::Kind::Number: runNumber(test, first, count, out); break;
-    case Test::Kind::Numbers: runNumbers(test, first, count, out); break;
-    case Test::Kind::Text: runText(test, first, count, out, base); break;
-    case Test::Kind::Texts: runTexts(test, first, count, out, base); break;
+    case Test::Kind::Constant:
+      std::fill_n(out, count, static_cast<std::uint8_t>(test.constant));
+      break;
+    case Test::Kind::Number:
+      runNumber(test, first, count, out);
+      break;
+    case Test::Kind::Numbers:
+      runNumbers(test, first, count, out);
+      break;
+    case Test::Kind::Text:
+      runText(test, first, count, out, base);
+      break;
+    case Test::Kind::Texts:
+      runTexts(test, first, count, out, base);
+      break;
   }
 }
 

@@ -1,7 +1,5 @@
 #include "module/data/internal/table_store.h"
 
-#include <cstring>
-
 #include "module/data/internal/table_text.h"
 
 namespace mek {
@@ -32,7 +30,7 @@ std::shared_ptr<TableStore> TableStore::parse(std::string_view bytes, XmlError* 
   XmlError& out = error ? *error : own;
   XmlSource source;
   out = {};
-  if (!platform::decodeXmlSource(bytes, source, out)) return nullptr;
+  if (!platform::decodeXmlSource(std::string(bytes), source, out)) return nullptr;
   return make(std::move(source), &out, throughTree);
 }
 
@@ -42,11 +40,7 @@ std::shared_ptr<TableStore> TableStore::make(XmlSource source, XmlError* error, 
   std::string decoded;
   if (!throughTree && readTableText(text, platform::XmlLimits().items, store->sets_, decoded)) {
     store->textLength_ = text.size();
-    if (!decoded.empty()) {
-      const std::size_t all = source.buffer.size();
-      source.buffer.grow(all + decoded.size());
-      std::memcpy(source.buffer.data() + all, decoded.data(), decoded.size());
-    }
+    source.buffer += decoded;
     store->source_ = std::move(source);
     store->base_ = store->source_.text().data();
     store->hasDataRoot_ = store->fromText_ = true;
@@ -63,8 +57,7 @@ std::shared_ptr<TableStore> TableStore::make(XmlSource source, XmlError* error, 
 const std::shared_ptr<IXMLDOMDocument>& TableStore::document() {
   if (!document_) {
     XmlSource copy;
-    copy.buffer = platform::XmlBuffer(textLength_);
-    std::memcpy(copy.buffer.data(), base_, textLength_);
+    copy.buffer.assign(base_, textLength_);
     document_ = platform::parseXml(std::move(copy));
     if (!document_) document_ = std::make_shared<IXMLDOMDocument>();
   }

@@ -10,29 +10,40 @@
 namespace mek {
 namespace {
 
-bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+bool isBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
 
-constexpr std::uint64_t everyByte(std::uint8_t byte) { return 0x0101010101010101u * byte; }
+constexpr std::uint64_t everyByte(std::uint8_t byte) {
+  return 0x0101010101010101u * byte;
+}
 
-/// The high bit of each byte of `block` that ends or marks a value: `<`, `&`, below 0x20, beyond ASCII. Exact for the
-/// lowest bit that is set.
+/// The high bit of each byte of `block` that ends or marks a value: `<`, `&`, below 0x20, beyond ASCII. Exact
+/// for the lowest bit that is set.
 std::uint64_t specialBytes(std::uint64_t block) {
   const auto zeroes = [](std::uint64_t x) { return (x - everyByte(0x01)) & ~x; };
   const std::uint64_t control = (block - everyByte(0x20)) & ~block;
-  return (zeroes(block ^ everyByte('<')) | zeroes(block ^ everyByte('&')) | control | block) & everyByte(0x80);
+  return (zeroes(block ^ everyByte('<')) | zeroes(block ^ everyByte('&')) | control | block) &
+         everyByte(0x80);
 }
 
 class TableTextReader {
  public:
-  TableTextReader(std::string_view text, std::size_t maximumItems, std::deque<RowSet>& sets, std::string& decoded)
-      : begin_(text.data()), at_(text.data()), end_(text.data() + text.size()), itemsLeft_(maximumItems), sets_(sets),
+  TableTextReader(std::string_view text, std::size_t maximumItems, std::deque<RowSet>& sets,
+                  std::string& decoded)
+      : begin_(text.data()),
+        at_(text.data()),
+        end_(text.data() + text.size()),
+        itemsLeft_(maximumItems),
+        sets_(sets),
         decoded_(decoded) {}
 
   bool read() {
     bool empty = false;
     if (!prolog() || !rootTag(empty)) return false;
     // The rows are checked as they are read; this is all that stands before them.
-    if (platform::findBadXmlText({begin_, static_cast<std::size_t>(at_ - begin_)}) != std::string_view::npos) return false;
+    if (platform::findBadXmlText({begin_, static_cast<std::size_t>(at_ - begin_)}) != std::string_view::npos)
+      return false;
     while (!empty) {
       skipBlanks();
       if (take("</")) {
@@ -93,7 +104,9 @@ class TableTextReader {
     if (!take("=") || at_ == end_ || (*at_ != '"' && *at_ != '\'')) return false;
     const std::string_view rest(at_ + 1, left() - 1);
     const std::size_t close = rest.find(*at_);
-    if (close == std::string_view::npos || rest.substr(0, close).find_first_of("<&") != std::string_view::npos) return false;
+    if (close == std::string_view::npos ||
+        rest.substr(0, close).find_first_of("<&") != std::string_view::npos)
+      return false;
     at_ += close + 2;
     return true;
   }
@@ -194,9 +207,12 @@ class TableTextReader {
     while (findSpecial()) {
       const char c = *at_;
       if (c == '<') break;
-      if (static_cast<unsigned char>(c) >= 0x80) isAscii = false;
-      else if (c == '&' || c == '\r') isPlain = false;
-      else if (c != '\n' && c != '\t') return false;
+      if (static_cast<unsigned char>(c) >= 0x80)
+        isAscii = false;
+      else if (c == '&' || c == '\r')
+        isPlain = false;
+      else if (c != '\n' && c != '\t')
+        return false;
       ++at_;
     }
     if (at_ == end_) return false;
@@ -266,7 +282,8 @@ class TableTextReader {
 
 }  // namespace
 
-bool readTableText(std::string_view text, std::size_t maximumItems, std::deque<RowSet>& sets, std::string& decoded) {
+bool readTableText(std::string_view text, std::size_t maximumItems, std::deque<RowSet>& sets,
+                   std::string& decoded) {
   return TableTextReader(text, maximumItems, sets, decoded).read();
 }
 
