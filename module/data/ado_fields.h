@@ -11,6 +11,10 @@
 /// of them.
 class MEK_API _adoFields {
  public:
+  _adoFields() = default;
+  _adoFields(_bstr_t fieldName, _variant_t fieldValue)
+      : value(std::move(fieldValue)), name(std::move(fieldName)) {}
+
   std::vector<_adoFields> children;
   _variant_t value;
   _bstr_t name;
@@ -24,6 +28,11 @@ class MEK_API _adoFields {
   /// isn't empty. An empty value for any other key (no regard to case). Never null.
   std::shared_ptr<_adoFields> GetTableProperty(CString key);
 
+  /// Appends a child and counts it.
+  void append(_adoFields child) {
+    children.push_back(std::move(child));
+    ++count;
+  }
   /// The child that GetItem copies, itself. Null when there is none.
   const _adoFields* find(std::wstring_view childName) const;
   /// The first `count` children, or as many as there are.

@@ -2,24 +2,15 @@
 #include <unordered_map>
 
 #include "module/data/connection.h"
-#include "module/data/internal/field_type.h"
-#include "platform/text/number.h"
+#include "module/data/internal/values.h"
 
 namespace {
 
 enum AggregateType : int { kMaximum = 0, kMinimum = 1, kCount = 2 };
 
-CString textOf(const _adoFields* item) {
-  return item ? item->value.text() : CString();
-}
-
-_adoFields singleItemRow(const CString& name, const CString& value) {
-  _adoFields item;
-  item.name = name;
-  item.value = value;
+_adoFields singleItemRow(const CString& name, const _bstr_t& value) {
   _adoFields row;
-  row.children.push_back(std::move(item));
-  row.count = 1;
+  row.append(_adoFields(name, value));
   return row;
 }
 
@@ -30,27 +21,23 @@ void _Connection::GroupByRecordset(std::shared_ptr<_Recordset>& recordset, tagSQ
   const bool hasAggregate = sql->selectField.type >= 0;
   std::vector<_adoFields> rows = recordset->takeRows();
   std::vector<_adoFields> groups;
-  std::unordered_map<CString, std::size_t> indexByKey;
+  std::unordered_map<std::wstring_view, std::size_t> indexByKey;  // views of the groups' own values
   const _bstr_t groupName(sql->groupBy);
   for (_adoFields& row : rows) {
-    const CString key = textOf(row.find(sql->groupBy.view()));
-    if (key.IsEmpty()) continue;
-    const auto [known, isNew] = indexByKey.emplace(key, groups.size());
+    const _bstr_t key = mek::textOf(row.find(sql->groupBy.view()));
+    if (key.length() == 0) continue;
+    const auto [known, isNew] = indexByKey.emplace(key.view(), groups.size());
     if (isNew) {
       // Without an aggregate a group is its first row; with one, a row whose children are the group's rows.
       _adoFields& group = groups.emplace_back();
-      if (hasAggregate) {
-        group.children.push_back(std::move(row));
-        group.count = 1;
-      } else {
+      if (hasAggregate)
+        group.append(std::move(row));
+      else
         group = std::move(row);
-      }
       group.name = groupName;
       group.value = key;
     } else if (hasAggregate) {
-      _adoFields& group = groups[known->second];
-      group.children.push_back(std::move(row));
-      ++group.count;
+      groups[known->second].append(std::move(row));
     }
   }
   recordset->EraseAll();
@@ -71,22 +58,17 @@ void _Connection::MaxOrMinRecordset(std::shared_ptr<_Recordset>& recordset, tagS
 
 _adoFields _Connection::MaxOrMinMakeRow(std::vector<_adoFields>& rows, tagSQL* sql, CString target) {
   const int type = sql->selectField.type;
-  if (type == kCount) {
-    CString count;
-    count.Format(L"%d", static_cast<int>(rows.size()));
-    return singleItemRow(target, count);
-  }
+  if (type == kCount) return singleItemRow(target, _variant_t(static_cast<int>(rows.size())).text());
   const bool isNumber = mek::aggregatesAsNumber(FieldType(sql->selectField.field, currentTable_));
-  CString best;
+  _bstr_t best;
   double bestNumber = 0;
   bool isFirst = true;
   for (const _adoFields& row : rows) {
-    const CString text = textOf(row.find(target.view()));
-    if (text.IsEmpty()) continue;
-    const double number = isNumber ? platform::parseDouble(text.view()) : 0;
-    const bool isGreater = isNumber ? number > bestNumber : text.Compare(best) > 0;
-    const bool isSmaller = isNumber ? number < bestNumber : text.Compare(best) < 0;
-    if (!isFirst && !(type == kMaximum ? isGreater : isSmaller)) continue;
+    const _bstr_t text = mek::textOf(row.find(target.view()));
+    if (text.length() == 0) continue;
+    const double number = isNumber ? mek::decimalNumber(text.view()) : 0;
+    const auto order = isNumber ? number <=> bestNumber : std::partial_ordering(text.view() <=> best.view());
+    if (!isFirst && (type == kMaximum ? order <= 0 : order >= 0)) continue;
     best = text;
     bestNumber = number;
     isFirst = false;

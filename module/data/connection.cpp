@@ -54,12 +54,9 @@ struct OutputField {
 };
 
 void fillRow(_adoFields& row, const std::vector<OutputField>& fields, std::uint32_t number) {
-  row.children.resize(fields.size());
+  row.children.reserve(fields.size());
+  for (const OutputField& field : fields) row.children.emplace_back(field.name, field.reader.value(number));
   row.count = static_cast<int>(fields.size());
-  for (std::size_t i = 0; i < fields.size(); ++i) {
-    row.children[i].name = fields[i].name;
-    row.children[i].value = fields[i].reader.value(number);
-  }
 }
 
 }  // namespace

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 #include <numeric>
 #include <unordered_set>
 
 #include "module/data/connection.h"
-#include "module/data/internal/field_type.h"
-#include "platform/text/number.h"
+#include "module/data/internal/values.h"
 
 namespace {
 
@@ -18,22 +18,20 @@ struct SortKey {
   bool isNumber = false;
 };
 
-/// What one row holds for one key.
+/// What one row holds for one key. The text is the row's own, or one kept beside.
 struct SortValue {
   bool isPresent = false;
   double number = 0;
-  CString own;  ///< the text of a value that is no text itself
   std::wstring_view text;
 };
 
-SortValue sortValue(const _adoFields& row, const SortKey& key) {
+SortValue sortValue(const _adoFields& row, const SortKey& key, std::deque<_bstr_t>& kept) {
   SortValue out;
   const _adoFields* item = row.find(key.name.view());
   if (!item) return out;
   out.isPresent = true;
-  if (!item->value.isText()) out.own = item->value.text();
-  out.text = item->value.isText() ? item->value.bstr().view() : out.own.view();
-  if (key.isNumber) out.number = platform::parseDouble(out.text);
+  out.text = item->value.isText() ? item->value.bstr().view() : kept.emplace_back(mek::textOf(item)).view();
+  if (key.isNumber) out.number = mek::decimalNumber(out.text);
   return out;
 }
 
@@ -104,11 +102,10 @@ void _Recordset::PutSort(_bstr_t sortText) {
   }
 
   std::vector<SortValue> values;
+  std::deque<_bstr_t> kept;
   values.reserve(rows_.size() * keys.size());
   for (const _adoFields& row : rows_)
-    for (const SortKey& key : keys) values.push_back(sortValue(row, key));
-  for (SortValue& value : values)
-    if (!value.own.IsEmpty()) value.text = value.own.view();
+    for (const SortKey& key : keys) values.push_back(sortValue(row, key, kept));
   std::vector<std::uint32_t> order(rows_.size());
   std::iota(order.begin(), order.end(), 0u);
   // A merge: with the tolerance, "equal" isn't transitive, which other sorts may answer with wild accesses.

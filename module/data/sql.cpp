@@ -182,10 +182,12 @@ void _Connection::GetData(_adoFields& row, tagSQL* sql, std::shared_ptr<_Records
     return recordset->PushBack(std::move(row));  // the rows are the statement's own
   const _adoFields* found = row.find(sql->selectField.field.view());
   if (!found) return;
-  _adoFields item = *found;
-  if (!sql->selectField.alias.IsEmpty()) item.name = sql->selectField.alias;
-  _adoFields out;
-  out.children.push_back(std::move(item));
-  out.count = 1;
-  recordset->PushBack(std::move(out));
+  // Usually the one item that was read.
+  if (row.children.size() > 1) {
+    _adoFields single;
+    single.append(*found);
+    row = std::move(single);
+  }
+  if (!sql->selectField.alias.IsEmpty()) row.children.front().name = sql->selectField.alias;
+  recordset->PushBack(std::move(row));
 }

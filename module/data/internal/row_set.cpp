@@ -58,6 +58,7 @@ _variant_t firstNodeValue(XmlNodeView child) {
   return _variant_t(wideOf(first.value()));
 }
 
+constexpr std::size_t kRecentTexts = 256;
 constexpr std::size_t kMaximumColumns = 1024;
 /// Cells that columns may hold for each child that there is, beyond the first kFreeCells.
 constexpr std::size_t kCellsPerChild = 32;
@@ -96,14 +97,13 @@ const std::vector<std::uint64_t>& Column::keys(const char* base) {
   return keys_;
 }
 
-_variant_t Column::value(std::size_t row, const char* base) {
-  const Cell& cell = cells[row];
-  if (cell.isNull()) return _variant_t::null();
-  if (cell.isMissing() || cell.length == 0) return _variant_t(_bstr_t());
-  if (wide_.empty()) wide_.resize(cells.size());
-  _bstr_t& wide = wide_[row];
-  if (wide.length() == 0) wide = wideOf(text(cell, base));
-  return _variant_t(wide);
+_bstr_t Column::wide(const Cell& cell, const char* base) {
+  if (recent_.empty()) recent_.resize(kRecentTexts);
+  const std::string_view value = text(cell, base);
+  auto& [known, wideText] = recent_[std::hash<std::string_view>()(value) % kRecentTexts];
+  if (known == value && wideText.length() > 0) return wideText;
+  known = value;
+  return wideText = wideOf(value);
 }
 
 Column* RowSet::find(std::string_view columnName) {
@@ -141,24 +141,35 @@ bool RowSet::complete() {
   return true;
 }
 
+_variant_t RowSet::value(std::size_t column, std::uint32_t row, const char* base) {
+  if (wide_.empty()) wide_.resize(columns.size() * rowCount);
+  _bstr_t& wide = wide_[row * columns.size() + column];
+  if (wide.length() > 0) return _variant_t(wide);
+  const Cell& cell = columns[column].cells[row];
+  if (cell.isNull()) return _variant_t::null();
+  if (cell.isMissing() || cell.length == 0) return _variant_t(_bstr_t());
+  wide = columns[column].wide(cell, base);
+  return _variant_t(wide);
+}
+
 RowSet::FieldReader::FieldReader(RowSet& rows, const _bstr_t& field, const char* base)
-    : rows_(rows), field_(field.view()), base_(base), byTree_(rows.sparse) {
-  for (Column& column : rows.columns) {
-    if (!platform::equalNoCase(column.wideName, field_)) continue;
-    byTree_ = byTree_ || column_ != nullptr;
-    column_ = &column;
+    : rows_(rows), field_(field.view()), base_(base) {
+  for (std::size_t i = 0; i < rows.columns.size(); ++i) {
+    if (!platform::equalNoCase(rows.columns[i].wideName, field_)) continue;
+    column_ = i;
+    ++columns_;
   }
 }
 
 _variant_t RowSet::FieldReader::value(std::uint32_t row) const {
-  if (byTree_) {
-    for (XmlNodeView child = rows_.nodes[row].firstChild(); child; child = child.nextSibling())
-      if (child.type() == XmlNodeType::Element &&
-          platform::equalNoCase(platform::fromUtf8(child.name()), field_))
-        return firstNodeValue(child);
-    return _variant_t(_bstr_t());
-  }
-  return column_ ? column_->value(row, base_) : _variant_t(_bstr_t());
+  if (columns_ == 1) return rows_.value(column_, row, base_);
+  if (columns_ == 0 && !rows_.sparse) return _variant_t(_bstr_t());
+  // Several names that differ in case, or no columns: the row's first fitting child decides.
+  for (XmlNodeView child = rows_.nodes[row].firstChild(); child; child = child.nextSibling())
+    if (child.type() == XmlNodeType::Element &&
+        platform::equalNoCase(platform::fromUtf8(child.name()), field_))
+      return firstNodeValue(child);
+  return _variant_t(_bstr_t());
 }
 
 std::vector<std::uint32_t> RowSet::select(const Predicate* predicate, const char* base) {

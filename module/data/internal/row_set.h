@@ -41,13 +41,14 @@ class Column {
   /// The first eight bytes of the text, zeros behind a shorter one; tells texts below eight bytes apart
   /// entirely.
   const std::vector<std::uint64_t>& keys(const char* base);
-  /// The value of a row as a result carries it: text, null, or the empty text when the child is missing.
-  _variant_t value(std::size_t row, const char* base);
+  /// The value as a result carries it. Values that repeat share one text.
+  _bstr_t wide(const Cell& cell, const char* base);
 
  private:
   std::vector<double> numbers_;
   std::vector<std::uint64_t> keys_;
-  std::vector<_bstr_t> wide_;
+  /// Texts given out lately, by their hash; standard parts repeat the same few values.
+  std::vector<std::pair<std::string_view, _bstr_t>> recent_;
 };
 
 /// The first eight bytes of `text`, as Column::keys packs them.
@@ -82,6 +83,9 @@ class RowSet {
   /// regard to case, the empty text when there is none.
   class FieldReader;
 
+  /// The value of a cell as a result carries it: text, null, or the empty text when the child is missing.
+  _variant_t value(std::size_t column, std::uint32_t row, const char* base);
+
   /// The rows for which `predicate` holds (all rows without one), ascending.
   std::vector<std::uint32_t> select(const Predicate* predicate, const char* base);
 
@@ -89,6 +93,8 @@ class RowSet {
   bool mayHold(std::size_t cells) const;
   std::size_t childCount_ = 0;
   std::size_t cellCount_ = 0;
+  std::vector<_bstr_t>
+      wide_;  ///< row by row, so that a row's texts are neighbours; filled as rows are given out
 };
 
 class RowSet::FieldReader {
@@ -100,8 +106,8 @@ class RowSet::FieldReader {
   RowSet& rows_;
   std::wstring_view field_;
   const char* base_;
-  Column* column_ = nullptr;
-  bool byTree_ = false;  ///< several names that differ in case, or no columns
+  std::size_t column_ = 0;
+  std::size_t columns_ = 0;  ///< how many fit the field
 };
 
 /// The rows of `rows` for which the condition holds, by loops over its columns; irregular rows are not looked
