@@ -7,6 +7,8 @@
 namespace {
 
 constexpr const wchar_t* kSelect = L"select";
+constexpr const wchar_t* kWhere = L"where";
+constexpr const wchar_t* kGroupBy = L"group by";
 constexpr const wchar_t* kAs = L" as";
 
 struct Clause {
@@ -80,8 +82,11 @@ int _Connection::AnalyzeSql(CString text, tagSQL* sql) {
   if (!sql) return 0;
   const CString selectList = ExtractClause(text, kSelect, L"from");
   const CString table = ExtractClause(text, L"from", L"where,group by,order by");
-  CString where = ExtractClause(text, L"where", L"group by,order by");
-  const CString groupBy = ExtractClause(text, L"group by", L"order by");
+  // A condition behind the group is passed over; the steps below would take it and lose the group.
+  const int group = FindKeyword(text, kGroupBy);
+  const bool isBehindGroup = group >= 0 && group < FindKeyword(text, kWhere);
+  CString where = isBehindGroup ? CString() : ExtractClause(text, kWhere, L"group by,order by");
+  const CString groupBy = ExtractClause(text, kGroupBy, isBehindGroup ? L"order by,where" : L"order by");
   const CString orderBy = ExtractClause(text, L"order by", L"group by");
   if (selectList.IsEmpty() || table.IsEmpty()) return 0;
   if (!AnalyzeSqlSelectField(selectList, sql->selectField)) return 0;

@@ -82,8 +82,9 @@ IXMLDOMNode walkXmlPath(IXMLDOMNode from, const std::vector<CString>& steps) {
 }
 
 IXMLDOMNode makeXmlPath(const IXMLDOMDocument& document, std::vector<CString> steps) {
+  if (steps.empty()) return {};
   IXMLDOMNode at = document.documentElement();
-  if (!steps.empty() && document.selectSingleNode(steps.front()) == at) steps.erase(steps.begin());
+  if (document.selectSingleNode(steps.front()) == at) steps.erase(steps.begin());
   std::vector<NewElement> missing;
   for (const CString& step : steps) {
     const IXMLDOMNode next = missing.empty() ? at.selectSingleNode(step) : IXMLDOMNode();
