@@ -6,6 +6,7 @@
 #include "module/data/internal/table_store.h"
 #include "platform/files/files.h"
 #include "platform/files/paths.h"
+#include "siblings/resources/mekres.h"
 
 namespace {
 
@@ -99,7 +100,7 @@ void _Connection::GetAllXsdFile(CString folder, CStringArray& paths) {
 }
 
 int _Connection::ReadTableInfo(CString path, _Tables& table) {
-  const auto document = platform::loadXml(platform::toNative(path));
+  const auto document = IM_LoadXmlFromFile(path);
   if (!document) return 0;
   const CString stem = stemOf(path);
   table.name = stem;

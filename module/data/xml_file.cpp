@@ -3,6 +3,7 @@
 #include "module/data/internal/xml_path.h"
 #include "platform/files/files.h"
 #include "platform/files/paths.h"
+#include "siblings/resources/mekres.h"
 
 namespace {
 
@@ -10,12 +11,8 @@ constexpr const char* kPlainFile = "<?xml version=\"1.0\" encoding=\"GB2312\"?><
 constexpr const wchar_t* kDeclaration = L"<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\" ?>";
 constexpr const wchar_t* kRootTemplate = L"<%s />";
 
-std::shared_ptr<IXMLDOMDocument> loadDocument(const CString& path) {
-  return platform::loadXml(platform::toNative(path));
-}
-
 std::shared_ptr<IXMLDOMDocument> writeAndLoad(const CString& path, std::string_view content) {
-  return platform::writeFile(path, content) ? loadDocument(path) : nullptr;
+  return platform::writeFile(path, content) ? IM_LoadXmlFromFile(path) : nullptr;
 }
 
 /// A null node for a null document.
@@ -35,11 +32,11 @@ int IM_SaveXmlToFile(std::shared_ptr<IXMLDOMDocument> document, CString path) {
 
 CString IM_GetXmlValue(CString file, CString node, CString attribute, CString condition) {
   if (!condition.IsEmpty()) node += L"[@" + condition + L"]";
-  return selectOne(loadDocument(file), node).getAttribute(attribute).value_or(CString());
+  return selectOne(IM_LoadXmlFromFile(file), node).getAttribute(attribute).value_or(CString());
 }
 
 int IM_GetXmlArray(CString file, CString node, CString attribute, CStringArray& values) {
-  const auto document = loadDocument(file);
+  const auto document = IM_LoadXmlFromFile(file);
   const IXMLDOMNodeList nodes = document ? document->selectNodes(node) : IXMLDOMNodeList();
   if (!nodes) return 0;
   for (int i = 0; i < nodes.length(); ++i)
@@ -48,7 +45,7 @@ int IM_GetXmlArray(CString file, CString node, CString attribute, CStringArray& 
 }
 
 int IM_GetXmlSegs(CString file, CString node, CStringArray& names) {
-  return IM_GetXmlSegs(loadDocument(file), node, names);
+  return IM_GetXmlSegs(IM_LoadXmlFromFile(file), node, names);
 }
 
 int IM_GetXmlSegs(std::shared_ptr<IXMLDOMDocument> document, CString node, CStringArray& names) {
@@ -77,7 +74,7 @@ int IM_SetXmlValue(std::shared_ptr<IXMLDOMDocument> document, CString node, CStr
 }
 
 int IM_SetXmlValue(CString file, CString node, CString attribute, CString value) {
-  const auto document = loadDocument(file);
+  const auto document = IM_LoadXmlFromFile(file);
   if (!document || !IM_SetXmlValue(document, node, attribute, value)) return 0;
   return IM_SaveXmlToFile(document, file);
 }
@@ -87,7 +84,7 @@ CReadAndWriteXMLFile::CReadAndWriteXMLFile(CString rootName) : rootName_(std::mo
 int CReadAndWriteXMLFile::OpenXMLFile(CString path) {
   if (!platform::exists(path)) return CreateXMLFile(path);
   path_ = path;
-  document_ = loadDocument(path);
+  document_ = IM_LoadXmlFromFile(path);
   return document_ ? 1 : 0;
 }
 
