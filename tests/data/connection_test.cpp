@@ -143,7 +143,7 @@ TEST(Data, WrongFilesGiveNoRows) {
       "<dataroot \xC2><T><a>1</a></T></dataroot>",
       "<!DOCTYPE x [<!ENTITY a 'b'><!ENTITY c '&a;&a;'>]><dataroot><T><a>&c;</a></T></dataroot>",
       "<!DOCTYPE x [<!ENTITY a SYSTEM 'file:///etc/hostname'>]><dataroot><T><a>&a;</a></T></dataroot>",
-      std::string("<dataroot><T><a>1\0</a></T></dataroot>", 39),
+      std::string("<dataroot><T><a>1") + '\0' + "</a></T></dataroot>",
   };
   for (const std::string& content : cases) {
     TableFolder folder;
