@@ -201,7 +201,8 @@ TEST_F(Sorting, ToleranceMakesNoWildAccess) {
     texts[static_cast<std::size_t>(i)].Format(L"%.11f", (i * 7919 % 2000) * 6e-11);
   for (const CString& text : texts) values.push_back(text);
   int blanks = 0;
-  for (wchar_t c : sorted(L"R", values, L"R").view()) blanks += c == L' ';
+  const CString result = sorted(L"R", values, L"R");
+  for (wchar_t c : result.view()) blanks += c == L' ';
   EXPECT_EQ(blanks, 1999);
 }
 

@@ -76,7 +76,7 @@ std::string stringValue(XmlNodeView node) {
 
 std::uint64_t keyOf(std::string_view text) {
   std::uint64_t key = 0;
-  std::memcpy(&key, text.data(), std::min(text.size(), sizeof key));
+  if (!text.empty()) std::memcpy(&key, text.data(), std::min(text.size(), sizeof key));
   return key;
 }
 
