@@ -166,7 +166,7 @@ std::shared_ptr<IXMLDOMDocument> parseXml(std::string_view bytes, XmlError* erro
                                           const XmlLimits& limits = {});
 
 /// The same from a text that was decoded already.
-std::shared_ptr<IXMLDOMDocument> parseXml(XmlSource source, XmlError* error = nullptr,
-                                          const XmlLimits& limits = {});
+std::shared_ptr<IXMLDOMDocument> parseXmlSource(XmlSource source, XmlError* error = nullptr,
+                                                const XmlLimits& limits = {});
 
 }  // namespace platform

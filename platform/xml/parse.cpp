@@ -28,8 +28,23 @@ std::size_t endOfVerbatim(std::string_view text, std::size_t at) {
   return std::string_view::npos;
 }
 
-/// The first `&` that starts no resolvable reference, outside comments, CDATA and instructions; npos when
-/// there is none. A text without such a `&` anywhere, the usual case, costs one search.
+/// Behind the tag that starts at `at`; a `>` in quotes doesn't end it.
+std::size_t endOfTag(std::string_view text, std::size_t at) {
+  char quote = 0;
+  for (; at < text.size(); ++at) {
+    const char c = text[at];
+    if (c == quote)
+      quote = 0;
+    else if (quote == 0 && (c == '"' || c == '\''))
+      quote = c;
+    else if (quote == 0 && c == '>')
+      return at + 1;
+  }
+  return text.size();
+}
+
+/// The first `&` that starts no resolvable reference, outside comments, CDATA and instructions; npos when there is
+/// none. A text without such a `&` anywhere, the usual case, costs one search.
 std::size_t findUnknownReference(std::string_view text) {
   std::size_t verbatimEnd = 0, scanned = 0;
   unsigned long code = 0;
@@ -43,7 +58,7 @@ std::size_t findUnknownReference(std::string_view text) {
       const std::size_t open = text.find('<', scanned);
       if (open >= at) break;
       const std::size_t end = endOfVerbatim(text, open);
-      scanned = end == std::string_view::npos ? open + 1 : end;
+      scanned = end == std::string_view::npos ? endOfTag(text, open) : end;
       if (end != std::string_view::npos) verbatimEnd = end;
     }
     if (at >= verbatimEnd) return at;
@@ -175,7 +190,7 @@ std::string XmlError::message() const {
   return out + ": " + what;
 }
 
-std::shared_ptr<IXMLDOMDocument> parseXml(XmlSource source, XmlError* error, const XmlLimits& limits) {
+std::shared_ptr<IXMLDOMDocument> parseXmlSource(XmlSource source, XmlError* error, const XmlLimits& limits) {
   XmlError own;
   XmlError& out = error ? *error : own;
   out = {};
@@ -192,7 +207,7 @@ std::shared_ptr<IXMLDOMDocument> parseXml(std::string_view bytes, XmlError* erro
     return nullptr;
   }
   if (!decodeXmlSource(std::string(bytes), source, out)) return nullptr;
-  return parseXml(std::move(source), &out, limits);
+  return parseXmlSource(std::move(source), &out, limits);
 }
 
 std::shared_ptr<IXMLDOMDocument> loadXml(const std::filesystem::path& path, XmlError* error,
@@ -201,7 +216,7 @@ std::shared_ptr<IXMLDOMDocument> loadXml(const std::filesystem::path& path, XmlE
   XmlError& out = error ? *error : own;
   XmlSource source;
   if (!readXmlSource(path, limits, source, out)) return nullptr;
-  auto document = parseXml(std::move(source), &out, limits);
+  auto document = parseXmlSource(std::move(source), &out, limits);
   if (!document) out.path = path;
   return document;
 }

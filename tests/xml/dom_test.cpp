@@ -81,6 +81,8 @@ TEST(XmlRead, BadInputGivesNoDocumentAndAPlace) {
       {"<a>&#xD800;</a>", 3, 1, "reference"},
       {"<a>&#99999999999999999999;</a>", 3, 1, "reference"},
       {"<a>& b</a>", 3, 1, "reference"},
+      {"<a k='<![CDATA['>&no;</a>", 17, 1, "reference"},
+      {"<a k='<![CDATA[&#3;'/>", 15, 1, "reference"},
       {"<a>x\0y</a>"s, 4, 1, "valid"},
       {"<a>x\x01y</a>", 4, 1, "valid"},
       {"<a>\n\xC2\xDD</a>", 4, 2, "valid"},

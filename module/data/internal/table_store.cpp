@@ -48,7 +48,7 @@ std::shared_ptr<TableStore> TableStore::make(XmlSource source, XmlError* error, 
     return store;
   }
   store->sets_.clear();
-  store->document_ = platform::parseXml(std::move(source), error);
+  store->document_ = platform::parseXmlSource(std::move(source), error);
   if (!store->document_) return nullptr;
   store->readTree();
   return store;
@@ -58,7 +58,7 @@ const std::shared_ptr<IXMLDOMDocument>& TableStore::document() {
   if (!document_) {
     XmlSource copy;
     copy.buffer.assign(base_, textLength_);
-    document_ = platform::parseXml(std::move(copy));
+    document_ = platform::parseXmlSource(std::move(copy));
     if (!document_) document_ = std::make_shared<IXMLDOMDocument>();
   }
   return document_;

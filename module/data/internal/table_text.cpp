@@ -72,26 +72,23 @@ class TableTextReader {
   }
 
   bool prolog() {
-    if (take("<?xml")) {
-      const std::string_view rest(at_, left());
-      const std::size_t end = rest.find("?>");
-      if (end == std::string_view::npos || rest.empty() || !isBlank(rest.front())) return false;
-      // Anything out of the ordinary in it is for the parser to judge.
-      if (rest.substr(0, end).find_first_of("<>?&") != std::string_view::npos) return false;
-      at_ += end + 2;
-    }
+    bool empty = false;
+    if (take("<?xml") && !attributes("?>", "?>", empty)) return false;
     skipBlanks();
     return true;
   }
 
-  bool rootTag(bool& empty) {
-    if (!take("<dataroot")) return false;
+  bool rootTag(bool& empty) { return take("<dataroot") && attributes(">", "/>", empty); }
+
+  /// Attributes up to one of two ends; `isSecond` tells which.
+  bool attributes(std::string_view end, std::string_view secondEnd, bool& isSecond) {
     std::vector<std::string_view> names;
     while (true) {
       const char* before = at_;
       skipBlanks();
-      if (take("/>")) return empty = true;
-      if (take(">")) return true;
+      if (take(end)) return true;
+      isSecond = take(secondEnd);
+      if (isSecond) return true;
       if (at_ == before || !attribute(names)) return false;
     }
   }
