@@ -66,7 +66,7 @@ std::shared_ptr<_adoFields> _adoFields::GetItem(CString itemName) const {
   return item;
 }
 
-std::shared_ptr<_adoFields> _adoFields::GetTableProperty(CString key) {
+std::shared_ptr<_adoFields> _adoFields::GetTableProperty(CString key) const {
   auto property = std::make_shared<_adoFields>();
   if (key.CompareNoCase(L"TABLE_NAME") == 0) property->value = name;
   if (key.CompareNoCase(L"TABLE_TYPE") == 0 && name.length() > 0) property->value = L"TABLE";

@@ -26,7 +26,7 @@ class MEK_API _adoFields {
   std::shared_ptr<_adoFields> GetItem(CString name) const;
   /// What a schema row tells: `TABLE_NAME` gives this object's name; `TABLE_TYPE` gives "TABLE" when the name
   /// isn't empty. An empty value for any other key (no regard to case). Never null.
-  std::shared_ptr<_adoFields> GetTableProperty(CString key);
+  std::shared_ptr<_adoFields> GetTableProperty(CString key) const;
 
   /// Appends a child and counts it.
   void append(_adoFields child) {

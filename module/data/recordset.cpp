@@ -73,9 +73,14 @@ long _Recordset::GetRecordCount() {
   return static_cast<long>(rows_.size());
 }
 
+const _adoFields* _Recordset::CurrentRow() const {
+  return endOfFile_ != VARIANT_FALSE || current_ >= rows_.size() ? nullptr : &rows_[current_];
+}
+
 _variant_t _Recordset::GetCollect(const _variant_t& index) {
-  if (endOfFile_ != VARIANT_FALSE || current_ >= rows_.size()) return {};
-  const _adoFields& row = rows_[current_];
+  const _adoFields* current = CurrentRow();
+  if (!current) return {};
+  const _adoFields& row = *current;
   if (index.vt == VT_I2 || index.vt == VT_I4 || index.vt == VT_INT) {
     const std::int64_t position = index.integer();
     const bool isInside = position >= 0 && position < static_cast<std::int64_t>(row.readable());

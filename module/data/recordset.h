@@ -25,6 +25,9 @@ class MEK_API _Recordset {
   /// The value at a position (VT_I2, VT_I4, VT_INT) or of a name (VT_BSTR, no regard to case) in the current
   /// row; empty when there is none, at the end, and for every other kind of index.
   _variant_t GetCollect(const _variant_t& index);
+  /// The current row, for the questions that go to a row (GetItem, GetTableProperty); null at the end. It
+  /// stays valid until the rows change.
+  const _adoFields* CurrentRow() const;
   /// Sorts by a comma list of fields, always ascending: " desc" at the very end is accepted and has no
   /// effect. Fields of type int, long and real compare as numbers that differ by 1e-10 at least, others by
   /// character code; rows without the field come first. Rows that compare equal keep their order. The cursor

@@ -144,10 +144,9 @@ CString _Connection::AnalyzeSubSql(CString where) {
   --subSelectDepth_;
   if (!answer) return where;
   answer->MoveFirst();
-  if (answer->GetadoEOF() != VARIANT_FALSE) return where;
-  const _adoFields& row = answer->rows_.front();
-  if (row.readable() == 0) return where;
-  return left + L" " + row.children.front().value.text() + L" " + right;
+  const _adoFields* row = answer->CurrentRow();
+  if (!row || row->readable() == 0) return where;
+  return left + L" " + row->children.front().value.text() + L" " + right;
 }
 
 std::shared_ptr<_Recordset> _Connection::Execute(_bstr_t text, tagVARIANT*, long) {

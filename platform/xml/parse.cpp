@@ -1,5 +1,6 @@
 // Reading documents: bytes, encoding, references, tree, and the faults that the parser itself lets pass.
 #include <algorithm>
+#include <cstring>
 
 #include "platform/xml/dom.h"
 #include "platform/xml/internal/tree.h"
@@ -43,8 +44,8 @@ std::size_t endOfTag(std::string_view text, std::size_t at) {
   return text.size();
 }
 
-/// The first `&` that starts no resolvable reference, outside comments, CDATA and instructions; npos when there is
-/// none. A text without such a `&` anywhere, the usual case, costs one search.
+/// The first `&` that starts no resolvable reference, outside comments, CDATA and instructions; npos when
+/// there is none. A text without such a `&` anywhere, the usual case, costs one search.
 std::size_t findUnknownReference(std::string_view text) {
   std::size_t verbatimEnd = 0, scanned = 0;
   unsigned long code = 0;
@@ -67,6 +68,20 @@ std::size_t findUnknownReference(std::string_view text) {
   return std::string_view::npos;
 }
 
+/// The first `<` inside the quotes of a tag; npos when there is none. A text with a document type isn't
+/// looked at.
+std::size_t findLessInTag(std::string_view text) {
+  if (text.find("<!DOCTYPE") != std::string_view::npos) return std::string_view::npos;
+  for (std::size_t at = text.find('<'); at != std::string_view::npos; at = text.find('<', at)) {
+    const std::size_t verbatim = endOfVerbatim(text, at);
+    const std::size_t end = verbatim == std::string_view::npos ? endOfTag(text, at) : verbatim;
+    const std::size_t less = text.substr(0, end).find('<', at + 1);
+    if (verbatim == std::string_view::npos && less != std::string_view::npos) return less;
+    at = end;
+  }
+  return std::string_view::npos;
+}
+
 std::size_t countItems(std::string_view text) {
   std::size_t count = 0;
   for (char c : text) count += static_cast<std::size_t>((c == '<') | (c == '='));
@@ -83,37 +98,64 @@ bool hasTwin(pugi::xml_attribute attribute) {
 /// Attributes of one element beyond which twins are not looked for one against one.
 constexpr std::size_t kMostAttributes = 1000;
 
-/// What is wrong with the start tag of `node`, null when nothing is.
-const char* attributeFault(pugi::xml_node node) {
-  std::size_t count = 0;
-  for (pugi::xml_attribute attribute = node.first_attribute(); attribute;
-       attribute = attribute.next_attribute()) {
-    if (++count > kMostAttributes) return "too many attributes on one element";
-    if (hasTwin(attribute)) return "an attribute stands twice on one element";
-  }
-  return nullptr;
-}
+/// What the parser lets pass in a tree: depth, attributes that stand twice, characters that XML can't hold.
+class TreeCheck {
+ public:
+  TreeCheck(std::size_t maximumDepth, bool hasNumbers)
+      : maximumDepth_(maximumDepth), hasNumbers_(hasNumbers) {}
 
-/// What the parser lets pass: depth, and attributes that stand twice. `at` gets the node.
-const char* treeFault(pugi::xml_node root, std::size_t maximumDepth, pugi::xml_node& at) {
-  std::size_t depth = 0;
-  at = root;
-  while (at) {
-    if (at.first_attribute())
-      if (const char* fault = attributeFault(at)) return fault;
-    if (pugi::xml_node child = at.first_child()) {
-      if (++depth > maximumDepth) return "elements stand too deep inside one another";
-      at = child;
-      continue;
+  /// The first fault, null when there is none; `at` gets its node.
+  const char* run(pugi::xml_node root, pugi::xml_node& at) {
+    std::size_t depth = 0;
+    at = root;
+    while (at) {
+      if (const char* fault = nodeFault(at)) return fault;
+      if (pugi::xml_node child = at.first_child()) {
+        if (++depth > maximumDepth_) return "elements stand too deep inside one another";
+        at = child;
+        continue;
+      }
+      while (at != root && !at.next_sibling()) {
+        at = at.parent();
+        --depth;
+      }
+      if (at == root) return nullptr;
+      at = at.next_sibling();
     }
-    while (at != root && !at.next_sibling()) {
-      at = at.parent();
-      --depth;
-    }
-    if (at == root) return nullptr;
-    at = at.next_sibling();
+    return nullptr;
   }
-  return nullptr;
+
+  /// A `<` was in an attribute's value, which may have been written as it must be or not.
+  bool holdsLess() const { return holdsLess_; }
+
+ private:
+  const char* nodeFault(pugi::xml_node node) {
+    if (hasNumbers_ && isBad(node.value())) return kBadCharacter;
+    std::size_t count = 0;
+    for (pugi::xml_attribute attribute = node.first_attribute(); attribute;
+         attribute = attribute.next_attribute()) {
+      if (++count > kMostAttributes) return "too many attributes on one element";
+      if (hasTwin(attribute)) return "an attribute stands twice on one element";
+      if (hasNumbers_ && isBad(attribute.value())) return kBadCharacter;
+      holdsLess_ = holdsLess_ || std::strchr(attribute.value(), '<');
+    }
+    return nullptr;
+  }
+
+  /// The text was checked as it stood; what its numbered characters became was not.
+  static bool isBad(const char* value) { return findBadXmlText(value) != std::string_view::npos; }
+
+  static constexpr const char* kBadCharacter = "a character by number that XML can't hold";
+  std::size_t maximumDepth_;
+  bool hasNumbers_;
+  bool holdsLess_ = false;
+};
+
+/// True when the text begins with a declaration that another tag breaks into, or that never ends.
+bool isDeclarationBroken(std::string_view text) {
+  if (!text.starts_with("<?xml")) return false;
+  const std::size_t end = text.find("?>");
+  return end == std::string_view::npos || text.substr(1, end).find_first_of("<>") < end;
 }
 
 /// A document has exactly one element, and no text beside it.
@@ -142,6 +184,7 @@ class Reader {
     const std::string_view text = source_.text();
     if (text.size() / kShortestItem > limits_.items && countItems(text) > limits_.items)
       return fail(0, "more than " + std::to_string(limits_.items) + " nodes and attributes");
+    if (isDeclarationBroken(text)) return fail(0, "the XML declaration isn't closed");
     std::size_t bad = findBadXmlText(text);
     if (bad != std::string_view::npos) return fail(bad, "a byte that isn't valid UTF-8 text of an XML file");
     bad = findUnknownReference(text);
@@ -160,7 +203,10 @@ class Reader {
     if (!result) return fail(static_cast<std::size_t>(result.offset), result.description());
     pugi::xml_node at;
     const char* fault = topLevelFault(tree->document, at);
-    if (!fault) fault = treeFault(tree->document, limits_.depth, at);
+    TreeCheck check(limits_.depth, text.find("&#") != std::string_view::npos);
+    if (!fault) fault = check.run(tree->document, at);
+    const std::size_t less = check.holdsLess() ? findLessInTag(text) : std::string_view::npos;
+    if (less != std::string_view::npos) return fail(less, "a < inside an attribute's value");
     if (!fault) return std::make_shared<IXMLDOMDocument>(std::move(tree));
     return fail(at ? static_cast<std::size_t>(std::max<std::ptrdiff_t>(0, at.offset_debug())) : 0, fault);
   }

@@ -81,6 +81,8 @@ TEST(XmlRead, BadInputGivesNoDocumentAndAPlace) {
       {"<a>&#xD800;</a>", 3, 1, "reference"},
       {"<a>&#99999999999999999999;</a>", 3, 1, "reference"},
       {"<a>& b</a>", 3, 1, "reference"},
+      {"<?xml version='1.0'/><a/><?p ?>", 0, 1, "declaration"},
+      {"<?xml version='1.0'", 0, 1, "declaration"},
       {"<a k='<![CDATA['>&no;</a>", 17, 1, "reference"},
       {"<a k='<![CDATA[&#3;'/>", 15, 1, "reference"},
       {"<a>x\0y</a>"s, 4, 1, "valid"},
@@ -93,6 +95,8 @@ TEST(XmlRead, BadInputGivesNoDocumentAndAPlace) {
       {"<?xml version='1.0' encoding='klingon'?><a/>", 0, 1, "klingon"},
       {"\xFF\xFE<\0a\0>\0\x00\xD8"s, 3, 1, "UTF-16"},
       {"<a x='1' y='2' x='3'/>", 0, 1, "twice"},
+      {"<a x='&lt;' y='<'/>", 15, 1, "attribute"},
+      {"<!-- ' --><a>'</a><b k='x'/>", 0, 1, "second"},
   };
   for (const Case& row : cases) {
     XmlError error;
@@ -113,6 +117,10 @@ TEST(XmlRead, ReferencesInsideCommentsAndCDataAreText) {
   XmlError error;
   EXPECT_FALSE(parseXml("<a><!-- &no; -->&no;</a>", &error));
   EXPECT_EQ(error.offset, 16u);
+}
+
+TEST(XmlRead, ApostrophesInTextAreNoQuotes) {
+  EXPECT_TRUE(parseXml("<a k='&lt;'>it's<!-- ' --><b k=\">\"/>' <c/></a>"));
 }
 
 TEST(XmlRead, LimitsHold) {
