@@ -1,7 +1,5 @@
 #pragma once
 // Tables for tests: a folder of their own, written from a few lines and removed at the end.
-#include <unistd.h>
-
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -9,6 +7,7 @@
 
 #include "module/data/connection.h"
 #include "platform/files/paths.h"
+#include "tests/support/temporary_tree.h"
 
 /// Opens what _Connection keeps for classes derived from it.
 class OpenConnection : public _Connection {
@@ -28,24 +27,11 @@ class OpenConnection : public _Connection {
 
 class TableFolder {
  public:
-  TableFolder() {
-    static int counter = 0;
-    path_ = std::filesystem::temp_directory_path() /
-            ("korvane-data-" + std::to_string(::getpid()) + "-" + std::to_string(++counter));
-    std::filesystem::create_directories(path_);
-  }
-  ~TableFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  TableFolder(const TableFolder&) = delete;
-  TableFolder& operator=(const TableFolder&) = delete;
-
-  const std::filesystem::path& path() const { return path_; }
-  CString text() const { return platform::fromNative(path_); }
+  const std::filesystem::path& path() const { return folder_.path(); }
+  CString text() const { return platform::fromNative(path()); }
 
   void write(const std::string& name, const std::string& content) const {
-    std::ofstream(path_ / name, std::ios::binary) << content;
+    std::ofstream(path() / name, std::ios::binary) << content;
   }
   /// A schema as the database exports it; each field is "name" or "name:sqlType". `element` is the escaped
   /// name.
@@ -72,7 +58,7 @@ class TableFolder {
   }
 
  private:
-  std::filesystem::path path_;
+  test::TemporaryFolder folder_;
 };
 
 /// All rows, one line each: values with `|` between, NULL for null, '' for one

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -7,19 +6,13 @@
 
 #include "platform/text/cstring.h"
 #include "platform/xml/dom.h"
+#include "tests/support/temporary_tree.h"
 
 namespace {
 
 using platform::parseXml;
 using platform::XmlError;
 using platform::XmlLimits;
-
-std::filesystem::path scratch(const char* name) {
-  const std::filesystem::path folder =
-      std::filesystem::temp_directory_path() / ("korvane-xml-" + std::to_string(::getpid()));
-  std::filesystem::create_directories(folder);
-  return folder / name;
-}
 
 std::string contents(const std::filesystem::path& path) {
   std::ostringstream out;
@@ -147,10 +140,11 @@ TEST(XmlRead, LimitsHold) {
 }
 
 TEST(XmlRead, MissingFileAndFolder) {
+  const test::TemporaryFolder folder;
   XmlError error;
-  EXPECT_FALSE(platform::loadXml(scratch("none.xml"), &error));
+  EXPECT_FALSE(platform::loadXml(folder.path() / "none.xml", &error));
   EXPECT_NE(error.message().find("none.xml"), std::string::npos);
-  EXPECT_FALSE(platform::loadXml(scratch(""), &error));
+  EXPECT_FALSE(platform::loadXml(folder.path(), &error));
   EXPECT_TRUE(error);
 }
 
@@ -235,7 +229,8 @@ TEST(XmlSave, WritesIndentedUtf8WithCommentsKept) {
       "<?xml version=\"1.0\" encoding=\"GB2312\" standalone=\"no\"?>"
       "<!-- \xCA\xD7 --><!DOCTYPE r><r><a k=\"1\"/><!-- in --><b>t<c/>u</b><![CDATA[<x>]]></r><!-- last -->");
   ASSERT_TRUE(document);
-  const auto path = scratch("saved.xml");
+  const test::TemporaryFolder folder;
+  const auto path = folder.path() / "saved.xml";
   ASSERT_TRUE(document->save(path));
   EXPECT_EQ(contents(path),
             "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\"?>\n"
@@ -252,9 +247,8 @@ TEST(XmlSave, WritesIndentedUtf8WithCommentsKept) {
   for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(path.parent_path())) ++files;
   EXPECT_EQ(files, 1);
   XmlError error;
-  EXPECT_FALSE(document->save(scratch("none") / "x.xml", &error));
+  EXPECT_FALSE(document->save(folder.path() / "none" / "x.xml", &error));
   EXPECT_NE(error.message().find("x.xml"), std::string::npos);
-  std::filesystem::remove_all(path.parent_path());
 }
 
 TEST(XmlTree, HandlesKeepTheDocumentAlive) {

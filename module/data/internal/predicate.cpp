@@ -4,6 +4,7 @@
 #include <charconv>
 #include <limits>
 
+#include "module/data/internal/decimal.h"
 #include "platform/xml/source.h"
 
 namespace mek {
@@ -31,36 +32,18 @@ constexpr ComparisonWord kComparisons[] = {
     {"=", Comparison::Equal},      {"<", Comparison::Less},          {">", Comparison::Greater},
 };
 
-/// Powers of ten that a double holds exactly.
-constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                                   1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-/// Digits that always fit below 2^53, where a double is exact.
-constexpr std::size_t kExactDigits = 15;
-
 /// The value of digits with at most one point; not a number when anything else stands there or no digit does.
 double unsignedNumber(std::string_view text) {
-  std::uint64_t mantissa = 0;
-  std::size_t digits = 0, decimals = 0;
-  bool point = false;
-  for (char c : text) {
-    if (c == '.' && !point) {
-      point = true;
-      continue;
-    }
-    if (!isDigit(c)) return std::numeric_limits<double>::quiet_NaN();
-    if (digits < kExactDigits) mantissa = mantissa * 10 + static_cast<std::uint64_t>(c - '0');
-    ++digits;
-    decimals += point;
-  }
-  if (digits == 0) return std::numeric_limits<double>::quiet_NaN();
-  // Both are exact, so the quotient is the nearest double to the decimal number.
-  if (digits <= kExactDigits) return static_cast<double>(mantissa) / kPowersOfTen[decimals];
   double value = 0;
+  if (exactDecimal(text, value)) return value;
+  const bool isNumber = text.find_first_not_of("0123456789.") == std::string_view::npos &&
+                        std::count(text.begin(), text.end(), '.') < 2 &&
+                        text.find_first_not_of('.') != std::string_view::npos;
+  if (!isNumber) return std::numeric_limits<double>::quiet_NaN();
   const auto [end, error] =
       std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
   if (error != std::errc::result_out_of_range) return value;
-  const std::size_t firstNonZero = text.find_first_not_of('0');
-  return text[firstNonZero] == '.' ? 0.0 : std::numeric_limits<double>::infinity();
+  return text[text.find_first_not_of('0')] == '.' ? 0.0 : std::numeric_limits<double>::infinity();
 }
 
 }  // namespace

@@ -102,7 +102,7 @@ class TableTextReader {
     const std::string_view rest(at_ + 1, left() - 1);
     const std::size_t close = rest.find(*at_);
     if (close == std::string_view::npos ||
-        rest.substr(0, close).find_first_of("<&?") != std::string_view::npos)
+        rest.substr(0, close).find_first_of("<>&?") != std::string_view::npos)
       return false;
     at_ += close + 2;
     return true;
