@@ -1,5 +1,6 @@
 #include "platform/text/variant.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -64,7 +65,11 @@ CString _variant_t::text() const {
     case VT_INT:
     case VT_BOOL:
       return wideAscii(std::to_string(number_.integer));
-    case VT_R4:
+    case VT_R4: {
+      char digits[32];
+      const auto end = std::to_chars(digits, digits + sizeof digits, static_cast<float>(number_.real)).ptr;
+      return wideAscii(std::string(digits, end));
+    }
     case VT_R8:
     case VT_DATE:
       return wideAscii(platform::shortest(number_.real));

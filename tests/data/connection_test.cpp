@@ -151,6 +151,19 @@ TEST(Data, WrongFilesGiveNoRows) {
   }
 }
 
+TEST(Data, AFileBeyondTheLimitIsNotRead) {
+  TableFolder folder;
+  folder.schema("T", "T", {"a"});
+  folder.write("T.xml", "<dataroot><T><a>1</a></T></dataroot>");
+  std::filesystem::resize_file(folder.path() / "T.xml", platform::XmlLimits().bytes + 1);
+  OpenConnection connection;
+  connection.Open(folder.text(), L"", L"", 0);
+  EXPECT_EQ(printed(connection.run(L"select * from T")), "empty\n");
+  platform::XmlError error;
+  EXPECT_FALSE(platform::loadXml(folder.path() / "T.xml", &error));
+  EXPECT_FALSE(error.what.empty());
+}
+
 TEST(Data, EncodingsAreDecoded) {
   TableFolder folder;
   folder.schema("T", "T", {"a"});
