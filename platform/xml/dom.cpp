@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include "platform/text/utf.h"
-#include "platform/xml/internal/decode.h"
 #include "platform/xml/internal/tree.h"
+#include "platform/xml/source.h"
 
 using platform::XmlNodeType;
 

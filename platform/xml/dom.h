@@ -13,6 +13,7 @@
 
 #include "platform/text/cstring.h"
 #include "platform/xml/error.h"
+#include "platform/xml/source.h"
 
 namespace pugi {
 struct xml_node_struct;
@@ -163,5 +164,9 @@ std::shared_ptr<IXMLDOMDocument> loadXml(const std::filesystem::path& path, XmlE
 /// The same from bytes in memory.
 std::shared_ptr<IXMLDOMDocument> parseXml(std::string_view bytes, XmlError* error = nullptr,
                                           const XmlLimits& limits = {});
+
+/// The same from a text that was decoded already.
+std::shared_ptr<IXMLDOMDocument> parseXmlSource(XmlSource source, XmlError* error = nullptr,
+                                                const XmlLimits& limits = {});
 
 }  // namespace platform

@@ -1,10 +1,10 @@
 // Reading documents: bytes, encoding, references, tree, and the faults that the parser itself lets pass.
 #include <algorithm>
-#include <fstream>
+#include <cstring>
 
 #include "platform/xml/dom.h"
-#include "platform/xml/internal/decode.h"
 #include "platform/xml/internal/tree.h"
+#include "platform/xml/source.h"
 
 namespace platform {
 namespace {
@@ -29,32 +29,28 @@ std::size_t endOfVerbatim(std::string_view text, std::size_t at) {
   return std::string_view::npos;
 }
 
-/// Length of a reference that is resolved (`&lt;`, `&#10;`, ...), 0 when what stands at `at` is another.
-std::size_t knownReference(std::string_view text, std::size_t at) {
-  const std::string_view rest = text.substr(at, 16);
-  for (std::string_view known : {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"})
-    if (rest.starts_with(known)) return known.size();
-  if (!rest.starts_with("&#")) return 0;
-  const bool isHex = rest.size() > 2 && rest[2] == 'x';
-  unsigned long code = 0;
-  std::size_t i = isHex ? 3 : 2;
-  const std::size_t firstDigit = i;
-  for (; i < rest.size() && rest[i] != ';'; ++i) {
-    const char c = rest[i];
-    const bool isDigit = c >= '0' && c <= '9';
-    const bool isLetter = isHex && ((c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'));
-    if (!isDigit && !isLetter) return 0;
-    code = code * (isHex ? 16 : 10) + static_cast<unsigned long>(isDigit ? c - '0' : (c | 0x20) - 'a' + 10);
+/// Behind the tag that starts at `at`; a `>` in quotes doesn't end it.
+std::size_t endOfTag(std::string_view text, std::size_t at) {
+  char quote = 0;
+  for (; at < text.size(); ++at) {
+    const char c = text[at];
+    if (c == quote)
+      quote = 0;
+    else if (quote == 0 && (c == '"' || c == '\''))
+      quote = c;
+    else if (quote == 0 && c == '>')
+      return at + 1;
   }
-  return i < rest.size() && i > firstDigit && isXmlChar(code) ? i + 1 : 0;
+  return text.size();
 }
 
 /// The first `&` that starts no resolvable reference, outside comments, CDATA and instructions; npos when
 /// there is none. A text without such a `&` anywhere, the usual case, costs one search.
 std::size_t findUnknownReference(std::string_view text) {
   std::size_t verbatimEnd = 0, scanned = 0;
+  unsigned long code = 0;
   for (std::size_t at = text.find('&'); at != std::string_view::npos; at = text.find('&', at)) {
-    const std::size_t length = at < verbatimEnd ? 1 : knownReference(text, at);
+    const std::size_t length = at < verbatimEnd ? 1 : readXmlReference(text.substr(at), code);
     if (length > 0) {
       at += length;
       continue;
@@ -63,11 +59,25 @@ std::size_t findUnknownReference(std::string_view text) {
       const std::size_t open = text.find('<', scanned);
       if (open >= at) break;
       const std::size_t end = endOfVerbatim(text, open);
-      scanned = end == std::string_view::npos ? open + 1 : end;
+      scanned = end == std::string_view::npos ? endOfTag(text, open) : end;
       if (end != std::string_view::npos) verbatimEnd = end;
     }
     if (at >= verbatimEnd) return at;
     ++at;
+  }
+  return std::string_view::npos;
+}
+
+/// The first `<` inside the quotes of a tag; npos when there is none. A text with a document type isn't
+/// looked at.
+std::size_t findLessInTag(std::string_view text) {
+  if (text.find("<!DOCTYPE") != std::string_view::npos) return std::string_view::npos;
+  for (std::size_t at = text.find('<'); at != std::string_view::npos; at = text.find('<', at)) {
+    const std::size_t verbatim = endOfVerbatim(text, at);
+    const std::size_t end = verbatim == std::string_view::npos ? endOfTag(text, at) : verbatim;
+    const std::size_t less = text.substr(0, end).find('<', at + 1);
+    if (verbatim == std::string_view::npos && less != std::string_view::npos) return less;
+    at = end;
   }
   return std::string_view::npos;
 }
@@ -88,37 +98,64 @@ bool hasTwin(pugi::xml_attribute attribute) {
 /// Attributes of one element beyond which twins are not looked for one against one.
 constexpr std::size_t kMostAttributes = 1000;
 
-/// What is wrong with the start tag of `node`, null when nothing is.
-const char* attributeFault(pugi::xml_node node) {
-  std::size_t count = 0;
-  for (pugi::xml_attribute attribute = node.first_attribute(); attribute;
-       attribute = attribute.next_attribute()) {
-    if (++count > kMostAttributes) return "too many attributes on one element";
-    if (hasTwin(attribute)) return "an attribute stands twice on one element";
-  }
-  return nullptr;
-}
+/// What the parser lets pass in a tree: depth, attributes that stand twice, characters that XML can't hold.
+class TreeCheck {
+ public:
+  TreeCheck(std::size_t maximumDepth, bool hasNumbers)
+      : maximumDepth_(maximumDepth), hasNumbers_(hasNumbers) {}
 
-/// What the parser lets pass: depth, and attributes that stand twice. `at` gets the node.
-const char* treeFault(pugi::xml_node root, std::size_t maximumDepth, pugi::xml_node& at) {
-  std::size_t depth = 0;
-  at = root;
-  while (at) {
-    if (at.first_attribute())
-      if (const char* fault = attributeFault(at)) return fault;
-    if (pugi::xml_node child = at.first_child()) {
-      if (++depth > maximumDepth) return "elements stand too deep inside one another";
-      at = child;
-      continue;
+  /// The first fault, null when there is none; `at` gets its node.
+  const char* run(pugi::xml_node root, pugi::xml_node& at) {
+    std::size_t depth = 0;
+    at = root;
+    while (at) {
+      if (const char* fault = nodeFault(at)) return fault;
+      if (pugi::xml_node child = at.first_child()) {
+        if (++depth > maximumDepth_) return "elements stand too deep inside one another";
+        at = child;
+        continue;
+      }
+      while (at != root && !at.next_sibling()) {
+        at = at.parent();
+        --depth;
+      }
+      if (at == root) return nullptr;
+      at = at.next_sibling();
     }
-    while (at != root && !at.next_sibling()) {
-      at = at.parent();
-      --depth;
-    }
-    if (at == root) return nullptr;
-    at = at.next_sibling();
+    return nullptr;
   }
-  return nullptr;
+
+  /// A `<` was in an attribute's value, which may have been written as it must be or not.
+  bool holdsLess() const { return holdsLess_; }
+
+ private:
+  const char* nodeFault(pugi::xml_node node) {
+    if (hasNumbers_ && isBad(node.value())) return kBadCharacter;
+    std::size_t count = 0;
+    for (pugi::xml_attribute attribute = node.first_attribute(); attribute;
+         attribute = attribute.next_attribute()) {
+      if (++count > kMostAttributes) return "too many attributes on one element";
+      if (hasTwin(attribute)) return "an attribute stands twice on one element";
+      if (hasNumbers_ && isBad(attribute.value())) return kBadCharacter;
+      holdsLess_ = holdsLess_ || std::strchr(attribute.value(), '<');
+    }
+    return nullptr;
+  }
+
+  /// The text was checked as it stood; what its numbered characters became was not.
+  static bool isBad(const char* value) { return findBadXmlText(value) != std::string_view::npos; }
+
+  static constexpr const char* kBadCharacter = "a character by number that XML can't hold";
+  std::size_t maximumDepth_;
+  bool hasNumbers_;
+  bool holdsLess_ = false;
+};
+
+/// True when the text begins with a declaration that another tag breaks into, or that never ends.
+bool isDeclarationBroken(std::string_view text) {
+  if (!text.starts_with("<?xml")) return false;
+  const std::size_t end = text.find("?>");
+  return end == std::string_view::npos || text.substr(1, end).find_first_of("<>") < end;
 }
 
 /// A document has exactly one element, and no text beside it.
@@ -134,25 +171,23 @@ const char* topLevelFault(const pugi::xml_document& document, pugi::xml_node& at
   return element ? nullptr : "no element";
 }
 
+/// Fewer bytes than these for each allowed item can't exceed the limit: `<a/>` and ` a=""` are the shortest.
+constexpr std::size_t kShortestItem = 4;
+
+/// From a decoded text to a checked tree.
 class Reader {
  public:
-  Reader(std::string_view bytes, const XmlLimits& limits, XmlError& error)
-      : bytes_(bytes), limits_(limits), error_(error) {}
+  Reader(XmlSource source, const XmlLimits& limits, XmlError& error)
+      : source_(std::move(source)), limits_(limits), error_(error) {}
 
   std::shared_ptr<IXMLDOMDocument> read() {
-    if (bytes_.size() > limits_.bytes)
-      return fail(0, "the file is larger than " + std::to_string(limits_.bytes) + " bytes");
-    XmlText decoded;
-    if (!decodeXml(bytes_, decoded, error_)) return locate(bytes_);
-    text_ = decoded.isConverted ? std::string_view(decoded.converted) : bytes_;
-    error_.decoded = decoded.isConverted;
-    skip_ = decoded.skip;
-    text_.remove_prefix(skip_);
-    if (countItems(text_) > limits_.items)
+    const std::string_view text = source_.text();
+    if (text.size() / kShortestItem > limits_.items && countItems(text) > limits_.items)
       return fail(0, "more than " + std::to_string(limits_.items) + " nodes and attributes");
-    std::size_t bad = findBadUtf8(text_);
+    if (isDeclarationBroken(text)) return fail(0, "the XML declaration isn't closed");
+    std::size_t bad = findBadXmlText(text);
     if (bad != std::string_view::npos) return fail(bad, "a byte that isn't valid UTF-8 text of an XML file");
-    bad = findUnknownReference(text_);
+    bad = findUnknownReference(text);
     if (bad != std::string_view::npos)
       return fail(bad, "a reference other than the five predefined ones and characters by number");
     return parse();
@@ -161,54 +196,34 @@ class Reader {
  private:
   std::shared_ptr<IXMLDOMDocument> parse() {
     auto tree = std::make_shared<XmlTree>();
+    const std::string_view text = source_.text();
+    // Not in place: a failure's line is counted in the text as it was.
     const pugi::xml_parse_result result =
-        tree->document.load_buffer(text_.data(), text_.size(), kParseFlags, pugi::encoding_utf8);
+        tree->document.load_buffer(text.data(), text.size(), kParseFlags, pugi::encoding_utf8);
     if (!result) return fail(static_cast<std::size_t>(result.offset), result.description());
     pugi::xml_node at;
     const char* fault = topLevelFault(tree->document, at);
-    if (!fault) fault = treeFault(tree->document, limits_.depth, at);
-    if (fault)
-      return fail(at ? static_cast<std::size_t>(std::max<std::ptrdiff_t>(0, at.offset_debug())) : 0, fault);
-    return std::make_shared<IXMLDOMDocument>(std::move(tree));
+    TreeCheck check(limits_.depth, text.find("&#") != std::string_view::npos);
+    if (!fault) fault = check.run(tree->document, at);
+    const std::size_t less = check.holdsLess() ? findLessInTag(text) : std::string_view::npos;
+    if (less != std::string_view::npos) return fail(less, "a < inside an attribute's value");
+    if (!fault) return std::make_shared<IXMLDOMDocument>(std::move(tree));
+    return fail(at ? static_cast<std::size_t>(std::max<std::ptrdiff_t>(0, at.offset_debug())) : 0, fault);
   }
 
   std::shared_ptr<IXMLDOMDocument> fail(std::size_t offset, std::string what) {
-    error_.offset = offset;
-    error_.what = std::move(what);
-    return locate(text_);
-  }
-
-  std::shared_ptr<IXMLDOMDocument> locate(std::string_view text) {
-    const std::string_view before = text.substr(0, error_.offset);
+    const std::string_view before = source_.text().substr(0, offset);
+    error_.decoded = source_.converted;
     error_.line = 1 + static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n'));
-    error_.offset += skip_;
+    error_.offset = offset + source_.skip;
+    error_.what = std::move(what);
     return nullptr;
   }
 
-  std::string_view bytes_, text_;
-  std::size_t skip_ = 0;
+  XmlSource source_;
   const XmlLimits& limits_;
   XmlError& error_;
 };
-
-bool readFile(const std::filesystem::path& path, std::size_t limit, std::string& bytes, XmlError& error) {
-  std::error_code status;
-  if (!std::filesystem::is_regular_file(path, status)) {
-    error.what = status ? status.message() : "not a file";
-    return false;
-  }
-  const std::uintmax_t size = std::filesystem::file_size(path, status);
-  if (status || size > limit) {
-    error.what = status ? status.message() : "the file is larger than " + std::to_string(limit) + " bytes";
-    return false;
-  }
-  std::ifstream stream(path, std::ios::binary);
-  bytes.resize(static_cast<std::size_t>(size));
-  stream.read(bytes.data(), static_cast<std::streamsize>(size));
-  if (!stream.bad() && stream.gcount() == static_cast<std::streamsize>(size)) return true;
-  error.what = "the file can't be read";
-  return false;
-}
 
 }  // namespace
 
@@ -221,21 +236,33 @@ std::string XmlError::message() const {
   return out + ": " + what;
 }
 
+std::shared_ptr<IXMLDOMDocument> parseXmlSource(XmlSource source, XmlError* error, const XmlLimits& limits) {
+  XmlError own;
+  XmlError& out = error ? *error : own;
+  out = {};
+  return Reader(std::move(source), limits, out).read();
+}
+
 std::shared_ptr<IXMLDOMDocument> parseXml(std::string_view bytes, XmlError* error, const XmlLimits& limits) {
   XmlError own;
   XmlError& out = error ? *error : own;
   out = {};
-  return Reader(bytes, limits, out).read();
+  XmlSource source;
+  if (bytes.size() > limits.bytes) {
+    out.what = "the text is larger than " + std::to_string(limits.bytes) + " bytes";
+    return nullptr;
+  }
+  if (!decodeXmlSource(std::string(bytes), source, out)) return nullptr;
+  return parseXmlSource(std::move(source), &out, limits);
 }
 
 std::shared_ptr<IXMLDOMDocument> loadXml(const std::filesystem::path& path, XmlError* error,
                                          const XmlLimits& limits) {
   XmlError own;
   XmlError& out = error ? *error : own;
-  out = {};
-  std::string bytes;
-  std::shared_ptr<IXMLDOMDocument> document;
-  if (readFile(path, limits.bytes, bytes, out)) document = Reader(bytes, limits, out).read();
+  XmlSource source;
+  if (!readXmlSource(path, limits, source, out)) return nullptr;
+  auto document = parseXmlSource(std::move(source), &out, limits);
   if (!document) out.path = path;
   return document;
 }

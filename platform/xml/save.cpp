@@ -1,11 +1,5 @@
 // Writing documents: indented UTF-8, replaced whole.
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstring>
-
+#include "platform/files/files.h"
 #include "platform/xml/dom.h"
 #include "platform/xml/internal/tree.h"
 
@@ -32,49 +26,6 @@ std::string declaration(pugi::xml_node node) {
   return out + "?>\n";
 }
 
-/// A file beside the target that takes its place when all is written, and vanishes otherwise.
-class Replacement {
- public:
-  explicit Replacement(const std::filesystem::path& target)
-      : target_(target), temporary_(target.string() + ".XXXXXX") {
-    handle_ = ::mkostemp(temporary_.data(), O_CLOEXEC);
-  }
-  ~Replacement() {
-    if (handle_ < 0) return;
-    ::close(handle_);
-    ::unlink(temporary_.c_str());
-  }
-  Replacement(const Replacement&) = delete;
-  Replacement& operator=(const Replacement&) = delete;
-
-  /// False with `errno` set when a step failed; the target is then as it was.
-  bool commit(std::string_view bytes) {
-    if (handle_ < 0 || !write(bytes)) return false;
-    struct stat old;
-    const ::mode_t mode = ::stat(target_.c_str(), &old) == 0 ? old.st_mode & 07777 : 0644;
-    if (::fchmod(handle_, mode) != 0 || ::fsync(handle_) != 0) return false;
-    if (::rename(temporary_.c_str(), target_.c_str()) != 0) return false;
-    ::close(handle_);
-    handle_ = -1;
-    return true;
-  }
-
- private:
-  bool write(std::string_view bytes) {
-    while (!bytes.empty()) {
-      const ::ssize_t count = ::write(handle_, bytes.data(), bytes.size());
-      if (count < 0 && errno == EINTR) continue;
-      if (count < 0) return false;
-      bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
-  }
-
-  const std::filesystem::path& target_;
-  std::string temporary_;
-  int handle_ = -1;
-};
-
 }  // namespace
 
 IXMLDOMDocument::IXMLDOMDocument() : IXMLDOMDocument(std::make_shared<platform::XmlTree>()) {}
@@ -96,11 +47,11 @@ std::string IXMLDOMDocument::toUtf8() const {
 }
 
 bool IXMLDOMDocument::save(const std::filesystem::path& path, platform::XmlError* error) const {
-  if (Replacement(path).commit(toUtf8())) return true;
-  if (error) {
+  const platform::FileStatus status = platform::writeFile(path, toUtf8());
+  if (!status && error) {
     *error = {};
     error->path = path;
-    error->what = std::string("can't be written: ") + std::strerror(errno);
+    error->what = status.message();
   }
-  return false;
+  return static_cast<bool>(status);
 }
