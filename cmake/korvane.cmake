@@ -31,7 +31,7 @@ endif()
 # headers it includes; scripts/check_includes.py reads the same list.
 function(korvane_folder target)
   cmake_parse_arguments(arg "" "" "DEPENDS;LIBS" ${ARGN})
-  file(GLOB sources CONFIGURE_DEPENDS *.cpp internal/*.cpp)
+  file(GLOB sources CONFIGURE_DEPENDS *.cpp internal/*.cpp cli/*.cpp)
   if(NOT sources)
     add_library(${target} INTERFACE)
     target_link_libraries(${target} INTERFACE korvane_settings ${arg_LIBS})

@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 
 #include "apps/korvane/drawing_commands.h"
+#include "apps/korvane/module_commands.h"
 #include "apps/korvane/session.h"
 
 namespace {
@@ -11,9 +12,11 @@ constexpr int kWrongUse = 2;
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc > 1 && korvane::isModuleCommand(argv[1])) return korvane::runModuleCommand(argc - 1, argv + 1);
   CLI::App app("Korvane Mechanical: drafts from a command line, a script, or a shell.", "korvane");
   app.set_version_flag("--version", "korvane 0.1.0");
-  app.footer("Without --script and --command it reads commands from the terminal, or from standard input.\n"
+  app.footer("More sub-commands, each with --help: query (ask a folder of standard tables).\n"
+             "Without --script and --command it reads commands from the terminal, or from standard input.\n"
              "Exit code: 0 success, 1 the work failed, 2 wrong use.");
 
   korvane::SessionOptions options;

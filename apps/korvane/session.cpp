@@ -14,7 +14,7 @@
 namespace korvane {
 namespace {
 
-constexpr const wchar_t* kProductModules[] = {L"MekCore.kvx"};
+constexpr const wchar_t* kProductModules[] = {L"MekCore.kvx", L"KmTools.kvx"};
 
 void showError(const CString& text) { std::cerr << "korvane: " << platform::utf8From(text) << "\n"; }
 
