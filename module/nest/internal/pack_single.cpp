@@ -1,0 +1,132 @@
+#include "module/nest/internal/pack_single.h"
+
+#include <array>
+
+#include "module/nest/internal/pack_bounds.h"
+#include "module/nest/internal/pack_general.h"
+#include "module/nest/internal/pack_robot.h"
+
+namespace mek::pack {
+namespace {
+
+constexpr int kHeuristicNodes = 1000;
+
+void moveTo(Box3D& box, int x, int y, int z) {
+  box.x = toShort(x);
+  box.y = toShort(y);
+  box.z = toShort(z);
+}
+
+/// `across` at the far end of one axis, the other two in the rest of the bin.
+bool besidePair(const AllInfo3D& a, Box3D& first, Box3D& second, Box3D& across) {
+  if (pairTest(a.W - across.w, a.H, a.D, first, second)) {
+    moveTo(across, a.W - across.w, 0, 0);
+    return true;
+  }
+  if (pairTest(a.W, a.H - across.h, a.D, first, second)) {
+    moveTo(across, 0, a.H - across.h, 0);
+    return true;
+  }
+  if (pairTest(a.W, a.H, a.D - across.d, first, second)) {
+    moveTo(across, 0, 0, a.D - across.d);
+    return true;
+  }
+  return false;
+}
+
+/// p beside q on x, q under r on y, p before r on z. The order p, q, r is one of a robot.
+bool mixed(const AllInfo3D& a, Box3D& p, Box3D& q, Box3D& r) {
+  if (p.w + q.w > a.W || q.h + r.h > a.H || p.d + r.d > a.D) return false;
+  moveTo(p, 0, 0, 0);
+  moveTo(q, p.w, 0, 0);
+  moveTo(r, 0, q.h, p.d);
+  return true;
+}
+
+bool volumeFits(const AllInfo3D& a, std::span<const Box3D> boxes) {
+  std::int64_t volume = 0;
+  for (const Box3D& box : boxes) volume += box.vol;
+  return volume <= a.BVOL;
+}
+
+bool exactTest(AllInfo3D& a, std::span<Box3D> boxes, int nodeLimit) {
+  if (!volumeFits(a, boxes) || boundByBoth(a, boxes) > 1) return false;
+  ++a.exactCalls;
+  a.maxTried = std::max(a.maxTried, count(boxes.size()));
+  return a.packtype == kRobotPacking ? robotTest(a, boxes, nodeLimit) : generalTest(a, boxes, nodeLimit);
+}
+
+bool fitCopies(AllInfo3D& a, std::span<Box3D> boxes, int nodeLimit) {
+  if (boxes.size() < 4) {
+    countIteration(a);
+    if (a.stopped) return false;
+  }
+  switch (boxes.size()) {
+    case 0: report("no boxes in onebin_decision"); return false;
+    case 1: return true;
+    case 2: return pairTest(a.W, a.H, a.D, boxes[0], boxes[1]);
+    case 3: return tripleTest(a, boxes[0], boxes[1], boxes[2]);
+    default: return exactTest(a, boxes, nodeLimit);
+  }
+}
+
+void addCopy(std::span<Box3D> copies, int& size, Box3D& box) {
+  Box3D& copy = copies[at(size++)];
+  copy = box;
+  moveTo(copy, 0, 0, 0);
+  copy.k = 0;
+  copy.ref = &box;
+}
+
+bool fitAndGiveBack(AllInfo3D& a, std::span<Box3D> copies, int nodeLimit) {
+  if (!fitCopies(a, copies, nodeLimit)) return false;
+  for (const Box3D& copy : copies) moveTo(*copy.ref, copy.x, copy.y, copy.z);
+  return true;
+}
+
+}  // namespace
+
+bool pairTest(int W, int H, int D, Box3D& first, Box3D& second) {
+  const bool inside = first.w <= W && second.w <= W && first.h <= H && second.h <= H && first.d <= D && second.d <= D;
+  if (!inside) return false;
+  moveTo(first, 0, 0, 0);
+  if (first.w + second.w <= W)
+    moveTo(second, first.w, 0, 0);
+  else if (first.h + second.h <= H)
+    moveTo(second, 0, first.h, 0);
+  else if (first.d + second.d <= D)
+    moveTo(second, 0, 0, first.d);
+  else
+    return false;
+  return true;
+}
+
+bool tripleTest(const AllInfo3D& a, Box3D& first, Box3D& second, Box3D& third) {
+  if (a.packtype != kGeneralPacking && a.packtype != kRobotPacking) return false;
+  const std::array<Box3D*, 3> box = {&first, &second, &third};
+  for (std::size_t turn = 0; turn < 3; ++turn)
+    if (besidePair(a, *box[turn], *box[(turn + 1) % 3], *box[(turn + 2) % 3])) return true;
+  static constexpr std::array<std::array<std::size_t, 3>, 6> kOrders = {
+      {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}}};
+  for (const auto& order : kOrders)
+    if (mixed(a, *box[order[0]], *box[order[1]], *box[order[2]])) return true;
+  return false;
+}
+
+bool onebin_decision(AllInfo3D& a, Box3D& box, int bin) {
+  const std::span<Box3D> copies = scratchBoxes();
+  int size = 0;
+  for (Box3D& other : a.boxes)
+    if (other.bno == bin && &other != &box) addCopy(copies, size, other);
+  addCopy(copies, size, box);
+  return fitAndGiveBack(a, copies.first(at(size)), 0);
+}
+
+bool onebin_heuristic(AllInfo3D& a, std::span<Box3D* const> boxes) {
+  const std::span<Box3D> copies = scratchBoxes();
+  int size = 0;
+  for (Box3D* box : boxes) addCopy(copies, size, *box);
+  return fitAndGiveBack(a, copies.first(at(size)), kHeuristicNodes);
+}
+
+}  // namespace mek::pack
