@@ -112,7 +112,7 @@ bool Search::closeBin(int bin, ClosedHere& here) {
   if (own == 0) report("bin with no boxes");
   if (own == 0 || 2 * volume < a_.BVOL) return false;
   for (Box3D& box : a_.boxes) {
-    if (box.bno != 0 || !onebin_decision(a_, box, bin)) continue;
+    if (box.bno != 0 || !couldJoin(a_, box, bin)) continue;
     gather(box);
     if (volume > a_.BVOL) return false;
   }

@@ -78,10 +78,28 @@ void addCopy(std::span<Box3D> copies, int& size, Box3D& box) {
   copy.ref = &box;
 }
 
-bool fitAndGiveBack(AllInfo3D& a, std::span<Box3D> copies, int nodeLimit) {
-  if (!fitCopies(a, copies, nodeLimit)) return false;
+void giveBack(std::span<const Box3D> copies) {
   for (const Box3D& copy : copies) moveTo(*copy.ref, copy.x, copy.y, copy.z);
-  return true;
+}
+
+struct Candidates {
+  std::span<Box3D> copies;
+  std::uint64_t key;  ///< 0 when the set isn't worth or not able to be remembered
+};
+
+/// Copies of the boxes of `bin`, and of `box` behind them.
+Candidates gather(AllInfo3D& a, Box3D& box, int bin) {
+  const std::span<Box3D> copies = scratchBoxes();
+  int size = 0;
+  std::uint64_t key = 0;
+  const auto take = [&](Box3D& next) {
+    addCopy(copies, size, next);
+    key |= std::uint64_t{1} << ((next.no - 1) % kMemoBoxes);
+  };
+  for (Box3D& other : a.boxes)
+    if (other.bno == bin && &other != &box) take(other);
+  take(box);
+  return {copies.first(at(size)), a.n <= kMemoBoxes && size > 2 ? key : 0};
 }
 
 }  // namespace
@@ -114,19 +132,31 @@ bool tripleTest(const AllInfo3D& a, Box3D& first, Box3D& second, Box3D& third) {
 }
 
 bool onebin_decision(AllInfo3D& a, Box3D& box, int bin) {
-  const std::span<Box3D> copies = scratchBoxes();
-  int size = 0;
-  for (Box3D& other : a.boxes)
-    if (other.bno == bin && &other != &box) addCopy(copies, size, other);
-  addCopy(copies, size, box);
-  return fitAndGiveBack(a, copies.first(at(size)), 0);
+  const Candidates set = gather(a, box, bin);
+  FitMemo& memo = fitMemo();
+  if (memo.knows(set.key) && !memo.answer(set.key)) return false;
+  const bool fits = fitCopies(a, set.copies, 0);
+  if (!a.stopped && set.key != 0) memo.keep(set.key, fits);
+  if (fits) giveBack(set.copies);
+  return fits;
+}
+
+bool couldJoin(AllInfo3D& a, Box3D& box, int bin) {
+  const Candidates set = gather(a, box, bin);
+  FitMemo& memo = fitMemo();
+  if (memo.knows(set.key)) return memo.answer(set.key);
+  const bool fits = fitCopies(a, set.copies, 0);
+  if (!a.stopped && set.key != 0) memo.keep(set.key, fits);
+  return fits;
 }
 
 bool onebin_heuristic(AllInfo3D& a, std::span<Box3D* const> boxes) {
   const std::span<Box3D> copies = scratchBoxes();
   int size = 0;
   for (Box3D* box : boxes) addCopy(copies, size, *box);
-  return fitAndGiveBack(a, copies.first(at(size)), kHeuristicNodes);
+  if (!fitCopies(a, copies.first(at(size)), kHeuristicNodes)) return false;
+  giveBack(copies.first(at(size)));
+  return true;
 }
 
 }  // namespace mek::pack

@@ -8,6 +8,9 @@ namespace mek::pack {
 /// also when a limit of the run strikes. Reports "no boxes in onebin_decision".
 bool onebin_decision(AllInfo3D& a, Box3D& box, int bin);
 
+/// The same answer without touching any corner, and without a new test where this set was tested before.
+bool couldJoin(AllInfo3D& a, Box3D& box, int bin);
+
 /// The same for the boxes listed, within 1000 nodes: false may mean that the search was cut short.
 bool onebin_heuristic(AllInfo3D& a, std::span<Box3D* const> boxes);
 

@@ -1,5 +1,8 @@
 #include "module/nest/internal/pack_state.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "module/nest/debug_sink.h"
 
 namespace mek::pack {
@@ -13,6 +16,7 @@ struct PackState {
   Box3D scratch[kTableSide];
   Box3D* closing[kTableSide];
   Layer3D layers[kTableSide];
+  FitMemo memo;
   RelationTables relations;
   RobotTables robot;
 };
@@ -21,6 +25,7 @@ PackState state;
 
 }  // namespace
 
+FitMemo& fitMemo() { return state.memo; }
 RelationTables& relationTables() { return state.relations; }
 RobotTables& robotTables() { return state.robot; }
 std::span<Box3D> scratchBoxes() { return state.scratch; }
@@ -37,6 +42,7 @@ AllInfo3D& resetPackState(int n) {
   for (std::span<Box3D> range : {a.boxes, a.incumbent, a.best})
     for (Box3D& box : range) box = Box3D{};
   a.z = toShort(n + 1);
+  std::fill(std::begin(state.memo.sets), std::end(state.memo.sets), 0);
   a.start = std::chrono::steady_clock::now();
   return a;
 }

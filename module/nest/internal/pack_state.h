@@ -135,6 +135,24 @@ struct RobotTables {
   Step3D steps[kStepCapacity];
 };
 
+/// Answers of single-bin tests already made, for runs of up to 64 boxes: a set of boxes is a mask by number. A set
+/// that falls on another's slot replaces it.
+inline constexpr int kMemoBits = 16;
+inline constexpr int kMemoBoxes = 64;
+struct FitMemo {
+  std::uint64_t sets[1 << kMemoBits];
+  bool fits[1 << kMemoBits];
+
+  static std::size_t slot(std::uint64_t set) { return set * 0x9e3779b97f4a7c15u >> (64 - kMemoBits); }
+  bool knows(std::uint64_t set) const { return set != 0 && sets[slot(set)] == set; }
+  bool answer(std::uint64_t set) const { return fits[slot(set)]; }
+  void keep(std::uint64_t set, bool answer) {
+    sets[slot(set)] = set;
+    fits[slot(set)] = answer;
+  }
+};
+
+FitMemo& fitMemo();
 RelationTables& relationTables();
 RobotTables& robotTables();
 /// Working copies for a single-bin test.
