@@ -183,10 +183,11 @@ void Nester::put(const NestGap& gap, Part& part, Fit fit) {
 }
 
 void Nester::writeGaps(const std::vector<NestGap>& gaps) {
-  CStringA text;
-  text.Format("%S %d\n", IM_GetStringFromRc(kGapMessage, kMessageLength), gaps.size());
-  for (const NestGap& gap : gaps) text.AppendFormat("%g,%g %gx%g\n", gap.x, gap.y, gap.width, gap.height);
-  mek::writeDebug(text.view());
+  const CString message = IM_GetStringFromRc(kGapMessage, kMessageLength);
+  CString text;
+  text.Format(message.IsEmpty() ? L"%d" : message.GetString(), static_cast<int>(gaps.size()));
+  for (const NestGap& gap : gaps) text.AppendFormat(L"\n%g,%g %gx%g", gap.x, gap.y, gap.width, gap.height);
+  mek::writeDebug(platform::utf8From(text) + "\n");
 }
 
 }  // namespace
