@@ -84,7 +84,7 @@ std::vector<NestGap> NestOutline::gaps() const {
     const OutlinePoint& corner = points_[i];
     NestGap gap{corner.x, corner.y, 0, 0, heightAbove(corner), i};
     gap.freeWidth = widthBeside(corner, gap.height);
-    gap.width = i <= kLastOpenCorner ? points_.front().x - corner.x : gap.freeWidth + spacing_.edge / 2;
+    gap.width = first_ == 0 && i <= kLastOpenCorner ? points_.front().x - corner.x : gap.freeWidth + spacing_.edge / 2;
     const bool reachesEnd = near(corner.x + gap.freeWidth, points_[first_].x);
     if (near(gap.height, spacing_.part) && !reachesEnd) continue;
     gaps.push_back(gap);

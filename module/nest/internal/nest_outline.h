@@ -9,7 +9,7 @@ namespace mek::nest {
 
 inline constexpr double kTolerance = 1e-6;    ///< levels, gaps and cross products; a contract
 inline constexpr double kRightAngle = 0.1;    ///< largest dot product of two edges at a right angle; a contract
-inline constexpr std::size_t kLastOpenCorner = 4;  ///< corners up to here are measured to the outline's first point
+inline constexpr std::size_t kLastOpenCorner = 4;  ///< corners of the first sheet up to here are measured to its end
 
 struct OutlinePoint {
   double x, y;
