@@ -7,6 +7,7 @@
 #include "module/nest/debug_sink.h"
 #include "module/nest/pack_boxes.h"
 #include "module/nest/pack_problem.h"
+#include "platform/files/files.h"
 #include "platform/text/format.h"
 
 namespace mek {
@@ -16,6 +17,7 @@ constexpr int kFileArguments = 6;
 constexpr int kRandomArguments = 8;
 constexpr int kRandomRuns = 10;
 constexpr int kFailed = -1;
+constexpr std::uint64_t kMostBytes = 64 << 20;
 
 template <class... Args>
 void print(std::ostream& out, const char* format, const Args&... args) {
@@ -106,7 +108,7 @@ void solveRun(const PackInstance& instance, const Parameters& p, int run, Totals
 int runFile(const char* name, Parameters p, std::ostream& out) {
   std::string text, error;
   PackInstance instance;
-  if (!readWholeFile(name, text)) {
+  if (!platform::readFile(name, text, kMostBytes)) {
     out << "wrong filename";
     return kFailed;
   }

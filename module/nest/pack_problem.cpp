@@ -1,14 +1,11 @@
 #include "module/nest/pack_problem.h"
 
 #include <charconv>
-#include <fstream>
 
 #include "module/nest/pack_boxes.h"
 
 namespace mek {
 namespace {
-
-constexpr std::streamsize kMaxFile = 64 << 20;
 
 /// Whole numbers one after the other, with the line each stands on.
 class NumberReader {
@@ -85,18 +82,6 @@ bool readPackProblem(std::string_view text, PackInstance& instance, std::string&
   }
   instance = std::move(read);
   return true;
-}
-
-bool readWholeFile(const char* name, std::string& text) {
-  std::ifstream file(name, std::ios::binary);
-  if (!file) return false;
-  text.clear();
-  char block[1 << 16];
-  while (file.read(block, sizeof block) || file.gcount() > 0) {
-    text.append(block, static_cast<std::size_t>(file.gcount()));
-    if (static_cast<std::streamsize>(text.size()) > kMaxFile) return false;
-  }
-  return !file.bad() && file.eof();
 }
 
 }  // namespace mek

@@ -73,7 +73,4 @@ MEK_API bool randomPackInstance(int n, int bindim, int type, std::uint32_t seed,
 /// of (ub - lb) / lb. Gives 0, or -1 after "wrong filename" or a message about what is wrong with the input.
 MEK_API int packProblemDriver(int count, const char* const* arguments, std::istream& in, std::ostream& out);
 
-/// Reads a whole file of at most 64 MiB. False when it can't be read.
-MEK_API bool readWholeFile(const char* name, std::string& text);
-
 }  // namespace mek
