@@ -47,4 +47,36 @@ inline RectangleSet rectangleSet(int setClass, int n, int number) {
   return set;
 }
 
+/// Nine classes of boxes by S. Martello, D. Pisinger, D. Vigo: The three-dimensional bin packing problem, Operations Research 48,
+/// 2000. Class 9 (three full bins) is the module's own cut.
+inline mek::PackInstance boxSet(int boxClass, int n, int number) {
+  const std::uint32_t seed = static_cast<std::uint32_t>(boxClass * 100000 + n * 100 + number);
+  mek::PackInstance set;
+  if (boxClass == 9) {
+    mek::randomPackInstance(n, 100, 9, seed, set);
+    return set;
+  }
+  mek::PackRandom random(seed);
+  set.W = set.H = set.D = boxClass == 6 ? 10 : boxClass == 7 ? 40 : 100;
+  const int most = boxClass == 6 ? 10 : boxClass == 7 ? 35 : 100;
+  for (int i = 0; i < n; ++i) {
+    std::array<int, 3> box;
+    const int drawn = boxClass <= 5 ? random.draw(1, 10) : 0;
+    const int type = drawn > 5 ? boxClass : drawn;
+    for (int axis = 0; axis < 3; ++axis) {
+      int& side = box[static_cast<std::size_t>(axis)];
+      if (type == 0)
+        side = random.draw(1, most);
+      else if (type == 4)
+        side = random.draw(50, 100);
+      else
+        side = type == 5 || type == axis + 1 ? random.draw(1, 50) : random.draw(67, 100);
+    }
+    set.w.push_back(box[0]);
+    set.h.push_back(box[1]);
+    set.d.push_back(box[2]);
+  }
+  return set;
+}
+
 }  // namespace nestbench
