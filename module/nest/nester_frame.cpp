@@ -22,7 +22,7 @@ constexpr double kRounding = 1e-9;    ///< taken for an exact fit
 constexpr unsigned kGapMessage = 1148;
 constexpr int kMessageLength = 255;
 
-double gapOrNone(double gap) { return gap > 0 ? gap : 0; }
+double gapOrNone(double gap) { return gap > 0 ? std::min(gap, kLargestSheet) : 0; }
 
 struct Part {
   double width, height;

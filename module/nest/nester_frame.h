@@ -20,15 +20,15 @@ struct NestParams {
   double sheetLength;  ///< negative: no limit, 1e7 takes its place
   double reserved;     ///< not read
   double partGap;      ///< least distance between parts; kept to half where a part lies under another
-  double edgeGap;      ///< half of it widens the gaps beyond the outline's fifth point
+  double edgeGap;      ///< half of it widens the gaps that end at the next step of the front
   double sheetGap;     ///< between sheets along x
 };
 
 /// Moves the `count` items onto sheets and gives the number of sheets in `*sheetCount`, at least 1. Always answers 1.
 ///
 /// Items that no empty sheet takes, with the part gap beside them, stay where they were given and aren't counted; so do
-/// items whose size isn't a finite number. Gaps that are negative or not a number count as 0, sheets longer or higher than
-/// 1e12 are cut to that, and a sheet without height or length takes nothing. Placed items keep the part gap from each
+/// items whose size isn't a finite number. Gaps that are negative or not a number count as 0, gaps and sheet sides
+/// above 1e12 are cut to that, and a sheet without height or length takes nothing. Placed items keep the part gap from each
 /// other (half of it below another part), never overlap and never leave their sheet; rounding may take 1e-6 of that.
 /// Null pointers count as no items, or no answer. The same input gives the same plan. State is local to the call.
 extern "C" MEK_API int NesterFrame(NestItem* items, int count, const NestParams* params, int* sheetCount);

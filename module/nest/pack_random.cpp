@@ -19,6 +19,7 @@ constexpr int kFullBinsType = 9;
 constexpr int kFullBins = 3;
 constexpr int kLastBoxes = 5;
 constexpr int kCutAttempts = 1000;
+constexpr int kCutDraws = 20;
 
 using Sides = std::array<int, 3>;
 
@@ -68,14 +69,20 @@ bool cutInThirds(PackInstance& instance, const Sides& piece) {
   return true;
 }
 
-/// Cuts `piece` across a random axis; false when the piece is too thin there.
-bool cutAtRandom(PackRandom& random, const Sides& piece, Sides& first, Sides& second) {
-  const auto axis = static_cast<std::size_t>(random.draw(1, 3) - 1);
-  if (piece[axis] < 2) return false;
-  first = second = piece;
-  first[axis] = random.draw(1, piece[axis] - 1);
-  second[axis] = piece[axis] - first[axis];
-  return true;
+std::int64_t volumeOf(const Sides& piece) { return std::int64_t{piece[0]} * piece[1] * piece[2]; }
+
+/// Cuts `piece` at random so that its parts can hold so many boxes; false when no draw did.
+bool cutAtRandom(PackRandom& random, const Sides& piece, Sides& first, int firstCount, Sides& second,
+                 int secondCount) {
+  for (int draw = 0; draw < kCutDraws; ++draw) {
+    const auto axis = static_cast<std::size_t>(random.draw(1, 3) - 1);
+    if (piece[axis] < 2) continue;
+    first = second = piece;
+    first[axis] = random.draw(1, piece[axis] - 1);
+    second[axis] = piece[axis] - first[axis];
+    if (volumeOf(first) >= firstCount && volumeOf(second) >= secondCount) return true;
+  }
+  return false;
 }
 
 bool cutUp(PackRandom& random, PackInstance& instance, const Sides& piece, int count) {
@@ -84,8 +91,9 @@ bool cutUp(PackRandom& random, PackInstance& instance, const Sides& piece, int c
     return count == 1;
   }
   Sides first, second;
-  return cutAtRandom(random, piece, first, second) && cutUp(random, instance, first, count / 2) &&
-         cutUp(random, instance, second, count - count / 2);
+  const int half = count / 2;
+  return cutAtRandom(random, piece, first, half, second, count - half) && cutUp(random, instance, first, half) &&
+         cutUp(random, instance, second, count - half);
 }
 
 /// The last bin: some boxes at random, the last five in thirds.
@@ -93,8 +101,8 @@ bool cutLast(PackRandom& random, PackInstance& instance, const Sides& bin, int c
   if (count < kLastBoxes) return cutUp(random, instance, bin, count);
   if (count == kLastBoxes) return cutInThirds(instance, bin);
   Sides first, second;
-  return cutAtRandom(random, bin, first, second) && cutUp(random, instance, first, count - kLastBoxes) &&
-         cutInThirds(instance, second);
+  return cutAtRandom(random, bin, first, count - kLastBoxes, second, kLastBoxes) &&
+         cutUp(random, instance, first, count - kLastBoxes) && cutInThirds(instance, second);
 }
 
 bool cutFullBins(PackRandom& random, PackInstance& instance, int n) {

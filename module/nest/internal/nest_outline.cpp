@@ -53,39 +53,17 @@ bool NestOutline::isCorner(std::size_t i) const {
          cross(point, before, after) > 0 && after.y > point.y;
 }
 
-/// Up to the first edge that a vertical line just right of the corner meets.
-double NestOutline::heightAbove(const OutlinePoint& corner) const {
-  double top = height_;
-  for (std::size_t i = first_; i + 1 < points_.size(); ++i) {
-    const OutlinePoint &a = points_[i], &b = points_[i + 1];
-    if (!near(a.y, b.y)) continue;
-    const bool met = std::min(a.x, b.x) <= corner.x + kTolerance && std::max(a.x, b.x) > corner.x + kTolerance;
-    if (met && std::min(a.y, b.y) > corner.y + kTolerance) top = std::min({top, a.y, b.y});
-  }
-  return top - corner.y;
-}
-
-/// Up to the first vertical edge that stands in the rows of the gap.
-double NestOutline::widthBeside(const OutlinePoint& corner, double height) const {
-  double end = points_[first_].x;
-  for (std::size_t i = first_; i + 1 < points_.size(); ++i) {
-    const OutlinePoint &a = points_[i], &b = points_[i + 1];
-    const bool inRows =
-        std::max(a.y, b.y) > corner.y + kTolerance && std::min(a.y, b.y) < corner.y + height - kTolerance;
-    if (inRows && !near(a.y, b.y) && std::min(a.x, b.x) > corner.x + kTolerance) end = std::min({end, a.x, b.x});
-  }
-  return end - corner.x;
-}
-
 std::vector<NestGap> NestOutline::gaps() const {
   std::vector<NestGap> gaps;
   for (std::size_t i = first_ + 1; i + 1 < points_.size(); ++i) {
     if (!isCorner(i)) continue;
     const OutlinePoint& corner = points_[i];
-    NestGap gap{corner.x, corner.y, 0, 0, heightAbove(corner), i};
-    gap.freeWidth = widthBeside(corner, gap.height);
-    gap.width = first_ == 0 && i <= kLastOpenCorner ? points_.front().x - corner.x : gap.freeWidth + spacing_.edge / 2;
-    const bool reachesEnd = near(corner.x + gap.freeWidth, points_[first_].x);
+    // The line upwards from the corner first meets the edges at the next point. Rows are free from the front to the
+    // sheet's end, since no part is higher than the edge it stands at.
+    NestGap gap{corner.x, corner.y, 0, points_[first_].x - corner.x, points_[i + 1].y - corner.y, i};
+    const bool open = first_ == 0 && i <= kLastOpenCorner;
+    gap.width = open ? points_.front().x - corner.x : points_[i - 1].x - corner.x + spacing_.edge / 2;
+    const bool reachesEnd = near(points_[i - 1].x, points_[first_].x);
     if (near(gap.height, spacing_.part) && !reachesEnd) continue;
     gaps.push_back(gap);
   }

@@ -1,6 +1,7 @@
 #pragma once
 // The outline of the free area: a chain of points per sheet from the lower right corner over the front of the parts
-// to the upper right corner, with the free area on its right-hand side. Chains of earlier sheets stay in the list.
+// to the upper right corner, with the free area on its right-hand side. It never turns downwards: the front has one x for
+// each y. Chains of earlier sheets stay in the list.
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -18,9 +19,9 @@ struct OutlinePoint {
 /// An empty rectangle at a corner of the outline.
 struct NestGap {
   double x, y;       ///< lower left corner
-  double width;      ///< as measured for the fit
-  double freeWidth;  ///< up to the next obstacle or the sheet's end
-  double height;
+  double width;      ///< as measured for the fit: to the sheet's end, or to the next step and half the edge gap
+  double freeWidth;  ///< up to the sheet's end
+  double height;     ///< up to the next step
   std::size_t index;  ///< of the outline point that it hangs on
 };
 
@@ -59,8 +60,6 @@ class NestOutline {
 
  private:
   bool isCorner(std::size_t i) const;
-  double heightAbove(const OutlinePoint& corner) const;
-  double widthBeside(const OutlinePoint& corner, double height) const;
   void simplify(std::size_t around);
 
   double height_, length_;
