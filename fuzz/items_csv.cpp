@@ -7,7 +7,9 @@
 #include "siblings/resources/mekres.h"
 #include "siblings/tools/cli/items_csv.h"
 
-CString IM_GetStringFromRc(unsigned int, int) { return CString(); }
+CString IM_GetStringFromRc(unsigned int, int) {
+  return CString();
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   constexpr std::size_t kMostItems = 300;

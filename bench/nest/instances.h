@@ -13,9 +13,9 @@ struct RectangleSet {
   std::vector<std::array<int, 2>> sizes;
 };
 
-/// Ten classes: 1 to 6 by J. O. Berkey, P. Y. Wang: Two-dimensional finite bin-packing algorithms, J. Oper. Res. Soc. 38, 1987;
-/// 7 to 10 by S. Martello, D. Vigo: Exact solution of the two-dimensional finite bin packing problem, Management
-/// Science 44, 1998.
+/// Ten classes: 1 to 6 by J. O. Berkey, P. Y. Wang: Two-dimensional finite bin-packing algorithms, J. Oper.
+/// Res. Soc. 38, 1987; 7 to 10 by S. Martello, D. Vigo: Exact solution of the two-dimensional finite bin
+/// packing problem, Management Science 44, 1998.
 inline RectangleSet rectangleSet(int setClass, int n, int number) {
   static constexpr std::array<std::array<int, 2>, 6> kEven = {
       {{10, 10}, {30, 10}, {40, 35}, {100, 35}, {100, 100}, {300, 100}}};
@@ -47,8 +47,8 @@ inline RectangleSet rectangleSet(int setClass, int n, int number) {
   return set;
 }
 
-/// Nine classes of boxes by S. Martello, D. Pisinger, D. Vigo: The three-dimensional bin packing problem, Operations Research 48,
-/// 2000. Class 9 (three full bins) is the module's own cut.
+/// Nine classes of boxes by S. Martello, D. Pisinger, D. Vigo: The three-dimensional bin packing problem,
+/// Operations Research 48, 2000. Class 9 (three full bins) is the module's own cut.
 inline mek::PackInstance boxSet(int boxClass, int n, int number) {
   const std::uint32_t seed = static_cast<std::uint32_t>(boxClass * 100000 + n * 100 + number);
   mek::PackInstance set;

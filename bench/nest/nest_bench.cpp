@@ -1,5 +1,5 @@
-// The nester on public rectangle classes and the packing solver on its classes of boxes. `bench/nest/compare.sh` sets the
-// same instances before their peers.
+// The nester on public rectangle classes and the packing solver on its classes of boxes.
+// `bench/nest/compare.sh` sets the same instances before their peers.
 #include <benchmark/benchmark.h>
 
 #include "bench/nest/instances.h"
@@ -12,7 +12,8 @@ void NestRectangleClasses(benchmark::State& state) {
   std::vector<nestbench::RectangleSet> sets;
   for (int setClass = 1; setClass <= 10; ++setClass)
     for (int n = 20; n <= 100; n += 20)
-      for (int number = 0; number < 10; ++number) sets.push_back(nestbench::rectangleSet(setClass, n, number));
+      for (int number = 0; number < 10; ++number)
+        sets.push_back(nestbench::rectangleSet(setClass, n, number));
   int bins = 0;
   std::vector<NestItem> items;
   for (auto _ : state) {
@@ -53,12 +54,14 @@ BENCHMARK(NestManyFrames)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 void PackClass(benchmark::State& state) {
   std::vector<mek::PackInstance> sets;
   for (int number = 0; number < 10; ++number)
-    sets.push_back(nestbench::boxSet(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)), number));
+    sets.push_back(
+        nestbench::boxSet(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)), number));
   int solved = 0;
   for (auto _ : state) {
     solved = 0;
     for (const mek::PackInstance& set : sets) {
-      const mek::PackResult result = mek::solvePackInstance(set, {0, 20, 0}, static_cast<int>(state.range(2)));
+      const mek::PackResult result =
+          mek::solvePackInstance(set, {0, 20, 0}, static_cast<int>(state.range(2)));
       solved += result.lb == result.ub;
     }
   }

@@ -14,9 +14,13 @@ ScopedDebugSink::ScopedDebugSink(DebugSink sink) : sink_(std::move(sink)), previ
   currentSink = &sink_;
 }
 
-ScopedDebugSink::~ScopedDebugSink() { currentSink = previous_; }
+ScopedDebugSink::~ScopedDebugSink() {
+  currentSink = previous_;
+}
 
-bool hasDebugSink() { return currentSink && *currentSink; }
+bool hasDebugSink() {
+  return currentSink && *currentSink;
+}
 
 void writeDebug(std::string_view text) {
   if (hasDebugSink()) (*currentSink)(text);

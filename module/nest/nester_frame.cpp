@@ -17,12 +17,14 @@ using mek::nest::NestOutline;
 
 constexpr double kUnlimitedLength = 1e7;
 constexpr double kLargestSheet = 1e12;
-constexpr double kGoodFit = 80.0;     ///< height that a good fit leaves over stays under this; a contract
-constexpr double kRounding = 1e-9;    ///< taken for an exact fit
+constexpr double kGoodFit = 80.0;   ///< height that a good fit leaves over stays under this; a contract
+constexpr double kRounding = 1e-9;  ///< taken for an exact fit
 constexpr unsigned kGapMessage = 1148;
 constexpr int kMessageLength = 255;
 
-double gapOrNone(double gap) { return gap > 0 ? std::min(gap, kLargestSheet) : 0; }
+double gapOrNone(double gap) {
+  return gap > 0 ? std::min(gap, kLargestSheet) : 0;
+}
 
 struct Part {
   double width, height;
@@ -143,7 +145,7 @@ class Nester {
 
 Room Nester::roomOf(const NestGap& gap) const {
   const bool underPart = gap.y + gap.height < outline_.height() - spacing_.part / 2;
-  return {gap.height, outline_.offsetY(gap), underPart ? spacing_.part / 2 : 0, gap.width, gap.freeWidth,
+  return {gap.height,    outline_.offsetY(gap), underPart ? spacing_.part / 2 : 0, gap.width, gap.freeWidth,
           spacing_.part, outline_.offsetX(gap)};
 }
 
@@ -158,8 +160,10 @@ bool Nester::fill(const NestGap& gap) {
   if (wasRefused(gap)) return false;
   const Room room = roomOf(gap);
   Fit fit = Fit::None;
-  Part* part = parts_.find([&](const Part& candidate) { return (fit = goodFit(room, candidate)) != Fit::None; });
-  if (!part) part = parts_.find([&](const Part& candidate) { return (fit = anyFit(room, candidate)) != Fit::None; });
+  Part* part =
+      parts_.find([&](const Part& candidate) { return (fit = goodFit(room, candidate)) != Fit::None; });
+  if (!part)
+    part = parts_.find([&](const Part& candidate) { return (fit = anyFit(room, candidate)) != Fit::None; });
   if (!part) {
     refused_.push_back(gap);
     return false;
@@ -178,7 +182,8 @@ void Nester::put(const NestGap& gap, Part& part, Fit fit) {
   item.y1 = item.y0 + height;
   item.rotated = turned ? 1 : 0;
   outline_.place(gap, width, height);
-  if (mek::hasDebugSink()) mek::writeDebug(mek::nest::hpglRectangle(item.x0, item.y0, item.x1, item.y1) + "\n");
+  if (mek::hasDebugSink())
+    mek::writeDebug(mek::nest::hpglRectangle(item.x0, item.y0, item.x1, item.y1) + "\n");
   parts_.take(part);
 }
 

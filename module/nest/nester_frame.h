@@ -1,7 +1,8 @@
 #pragma once
 // Lays drawing frames out on sheets: a greedy heuristic on the outline of the free area, corner by corner.
 //
-// Sheets lie side by side along x, the first one with its lower left corner at 0,0. Lengths are in drawing units.
+// Sheets lie side by side along x, the first one with its lower left corner at 0,0. Lengths are in drawing
+// units.
 #include <cstdint>
 
 #include "module/core/export.h"
@@ -24,11 +25,13 @@ struct NestParams {
   double sheetGap;     ///< between sheets along x
 };
 
-/// Moves the `count` items onto sheets and gives the number of sheets in `*sheetCount`, at least 1. Always answers 1.
+/// Moves the `count` items onto sheets and gives the number of sheets in `*sheetCount`, at least 1. Always
+/// answers 1.
 ///
-/// Items that no empty sheet takes, with the part gap beside them, stay where they were given and aren't counted; so do
-/// items whose size isn't a finite number. Gaps that are negative or not a number count as 0, gaps and sheet sides
-/// above 1e12 are cut to that, and a sheet without height or length takes nothing. Placed items keep the part gap from each
-/// other (half of it below another part), never overlap and never leave their sheet; rounding may take 1e-6 of that.
-/// Null pointers count as no items, or no answer. The same input gives the same plan. State is local to the call.
+/// Items that no empty sheet takes, with the part gap beside them, stay where they were given and aren't
+/// counted; so do items whose size isn't a finite number. Gaps that are negative or not a number count as 0,
+/// gaps and sheet sides above 1e12 are cut to that, and a sheet without height or length takes nothing.
+/// Placed items keep the part gap from each other (half of it below another part), never overlap and never
+/// leave their sheet; rounding may take 1e-6 of that. Null pointers count as no items, or no answer. The same
+/// input gives the same plan. State is local to the call.
 extern "C" MEK_API int NesterFrame(NestItem* items, int count, const NestParams* params, int* sheetCount);

@@ -24,7 +24,8 @@ bool goodBin(int W, int H, int D) {
 }
 
 const char* refusal(int n, int W, int H, int D, int packingtype) {
-  if (packingtype != mek::pack::kGeneralPacking && packingtype != mek::pack::kRobotPacking) return "bad packtype";
+  if (packingtype != mek::pack::kGeneralPacking && packingtype != mek::pack::kRobotPacking)
+    return "bad packtype";
   if (n > kPackMaxBoxes) return "too big instance";
   if (n < 0) return "bad n";
   return goodBin(W, H, D) ? nullptr : "bad bin";
@@ -62,9 +63,9 @@ void findBounds(AllInfo3D& a) {
 
 }  // namespace
 
-void PackBoxes3D(int n, int W, int H, int D, const int* w, const int* h, const int* d, int* x, int* y, int* z, int* bno,
-                 int* lb, int* ub, int nodelimit, int iterlimit, int timelimit, int* nodeused, int* iterused,
-                 int* timeused, int packingtype) {
+void PackBoxes3D(int n, int W, int H, int D, const int* w, const int* h, const int* d, int* x, int* y, int* z,
+                 int* bno, int* lb, int* ub, int nodelimit, int iterlimit, int timelimit, int* nodeused,
+                 int* iterused, int* timeused, int packingtype) {
   *lb = *ub = *nodeused = *iterused = *timeused = 0;
   if (const char* message = refusal(n, W, H, D, packingtype)) {
     report(message);

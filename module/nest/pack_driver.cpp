@@ -56,8 +56,8 @@ bool askParameters(Parameters& values, std::istream& in, std::ostream& out) {
 void printSolution(const PackInstance& instance, const PackResult& result, std::ostream& out) {
   print(out, "%d (%d,%d,%d)\n", instance.n(), instance.W, instance.H, instance.D);
   for (std::size_t i = 0; i < result.bno.size(); ++i)
-    print(out, "%2d (%2d %2d %2d) : Bin %2d (%2d, %2d, %2d)\n", static_cast<int>(i) + 1, instance.w[i], instance.h[i],
-          instance.d[i], result.bno[i], result.x[i], result.y[i], result.z[i]);
+    print(out, "%2d (%2d %2d %2d) : Bin %2d (%2d, %2d, %2d)\n", static_cast<int>(i) + 1, instance.w[i],
+          instance.h[i], instance.d[i], result.bno[i], result.x[i], result.y[i], result.z[i]);
 }
 
 struct Totals {
@@ -127,8 +127,8 @@ int runFile(const char* name, Parameters p, std::ostream& out) {
 }
 
 int runRandom(const Parameters& p, std::ostream& out) {
-  print(out, "3DBPP PROBLEM %d %d %d %d %d %d %d\n", p[kN], p[kBindim], p[kType], p[kNodes], p[kIterations], p[kTime],
-        p[kPacking]);
+  print(out, "3DBPP PROBLEM %d %d %d %d %d %d %d\n", p[kN], p[kBindim], p[kType], p[kNodes], p[kIterations],
+        p[kTime], p[kPacking]);
   Totals totals;
   for (int run = 1; run <= kRandomRuns; ++run) {
     PackInstance instance;

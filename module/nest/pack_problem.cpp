@@ -49,9 +49,9 @@ PackResult solvePackInstance(const PackInstance& instance, const PackLimits& lim
   if (instance.n() <= kPackMaxBoxes)
     for (auto* values : {&result.x, &result.y, &result.z, &result.bno}) values->assign(instance.w.size(), 0);
   PackBoxes3D(instance.n(), instance.W, instance.H, instance.D, instance.w.data(), instance.h.data(),
-              instance.d.data(), result.x.data(), result.y.data(), result.z.data(), result.bno.data(), &result.lb,
-              &result.ub, limits.nodes, limits.iterations, limits.seconds, &result.nodes, &result.iterations,
-              &result.milliseconds, packingType);
+              instance.d.data(), result.x.data(), result.y.data(), result.z.data(), result.bno.data(),
+              &result.lb, &result.ub, limits.nodes, limits.iterations, limits.seconds, &result.nodes,
+              &result.iterations, &result.milliseconds, packingType);
   return result;
 }
 
@@ -65,7 +65,8 @@ bool readPackProblem(std::string_view text, PackInstance& instance, std::string&
             std::to_string(kPackMaxBoxes) + " boxes, found " + std::to_string(n);
     return false;
   }
-  if (!reader.next(read.W, "the width of the bin", error) || !reader.next(read.H, "the height of the bin", error) ||
+  if (!reader.next(read.W, "the width of the bin", error) ||
+      !reader.next(read.H, "the height of the bin", error) ||
       !reader.next(read.D, "the depth of the bin", error))
     return false;
   struct Side {
@@ -76,7 +77,8 @@ bool readPackProblem(std::string_view text, PackInstance& instance, std::string&
   for (int i = 1; i <= n; ++i) {
     for (const auto& [name, values] : sides) {
       int value = 0;
-      if (!reader.next(value, std::string("the ") + name + " of box " + std::to_string(i), error)) return false;
+      if (!reader.next(value, std::string("the ") + name + " of box " + std::to_string(i), error))
+        return false;
       values->push_back(value);
     }
   }

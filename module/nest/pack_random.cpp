@@ -69,7 +69,9 @@ bool cutInThirds(PackInstance& instance, const Sides& piece) {
   return true;
 }
 
-std::int64_t volumeOf(const Sides& piece) { return std::int64_t{piece[0]} * piece[1] * piece[2]; }
+std::int64_t volumeOf(const Sides& piece) {
+  return std::int64_t{piece[0]} * piece[1] * piece[2];
+}
 
 /// Cuts `piece` at random so that its parts can hold so many boxes; false when no draw did.
 bool cutAtRandom(PackRandom& random, const Sides& piece, Sides& first, int firstCount, Sides& second,
@@ -92,8 +94,8 @@ bool cutUp(PackRandom& random, PackInstance& instance, const Sides& piece, int c
   }
   Sides first, second;
   const int half = count / 2;
-  return cutAtRandom(random, piece, first, half, second, count - half) && cutUp(random, instance, first, half) &&
-         cutUp(random, instance, second, count - half);
+  return cutAtRandom(random, piece, first, half, second, count - half) &&
+         cutUp(random, instance, first, half) && cutUp(random, instance, second, count - half);
 }
 
 /// The last bin: some boxes at random, the last five in thirds.
@@ -107,7 +109,8 @@ bool cutLast(PackRandom& random, PackInstance& instance, const Sides& bin, int c
 
 bool cutFullBins(PackRandom& random, PackInstance& instance, int n) {
   const Sides bin = {instance.W, instance.H, instance.D};
-  const int last = n >= kLastBoxes + 2 ? std::max(kLastBoxes, n - 2 * (n / kFullBins)) : n - 2 * (n / kFullBins);
+  const int last =
+      n >= kLastBoxes + 2 ? std::max(kLastBoxes, n - 2 * (n / kFullBins)) : n - 2 * (n / kFullBins);
   const int first = (n - last) / 2;
   for (int attempt = 0; attempt < kCutAttempts; ++attempt) {
     instance.w.clear();

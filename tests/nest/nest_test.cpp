@@ -20,7 +20,9 @@ constexpr int kRandomPlans = 10000;
 
 TEST(NesterFrame, RandomPlansKeepTheirDistancesAndTheirSheets) {
   std::mt19937 random(81);
-  const auto draw = [&](double from, double to) { return std::uniform_real_distribution<double>(from, to)(random); };
+  const auto draw = [&](double from, double to) {
+    return std::uniform_real_distribution<double>(from, to)(random);
+  };
   for (int i = 0; i < kRandomPlans; ++i) {
     NestParams params{};
     params.sheetHeight = draw(100, 1000);
@@ -42,9 +44,11 @@ TEST(NesterFrame, RandomPlansKeepTheirDistancesAndTheirSheets) {
     if (whole && params.sheetLength > 0) params.sheetLength = std::round(params.sheetLength / 10) * 10;
     const Plan plan = nest(params, frames);
     ASSERT_EQ(plan.answer, 1);
-    ASSERT_EQ(planFault(plan), "") << "plan " << i << " part gap " << params.partGap << " height " << params.sheetHeight;
+    ASSERT_EQ(planFault(plan), "") << "plan " << i << " part gap " << params.partGap << " height "
+                                   << params.sheetHeight;
     for (std::size_t k = 0; k < frames.size(); ++k) {
-      const double low = std::min(frames[k].width, frames[k].height), high = std::max(frames[k].width, frames[k].height);
+      const double low = std::min(frames[k].width, frames[k].height),
+                   high = std::max(frames[k].width, frames[k].height);
       const double length = params.sheetLength < 0 ? 1e7 : params.sheetLength;
       const double least = high <= params.sheetHeight ? low : low <= params.sheetHeight ? high : length + 1;
       if (isPlaced(plan, k))
@@ -91,17 +95,41 @@ TEST(NesterFrame, SmallPlans) {
       {"the gap is wanted beside it", {50, 100, 0, 10, 0, 0}, {{91, 50}}, 1, "-"},
       {"and found", {50, 100, 0, 10, 0, 0}, {{90, 50}}, 1, "0,0"},
       {"the others go on", {50, 100, 0, 0, 0, 0}, {{10, 10}, {101, 60}, {10, 10}}, 1, "0,0 - 0,10"},
-      {"largest side first, equal ones as given", {100, 100, 0, 0, 0, 0}, {{10, 30}, {20, 90}, {30, 10}}, 1, "0,90t 0,0 20,0"},
-      {"a good fit goes before a larger part", {200, 400, 0, 0, 0, 0}, {{120, 119}, {100, 121}}, 1, "100,0 0,0"},
-      {"later sheets lie beyond the sheet gap", {100, 100, 0, 0, 0, 7}, {{100, 100}, {100, 100}, {100, 100}}, 3, "0,0 107,0 214,0"},
-      {"half the edge gap counts beyond the first sheet", {50, 100, 0, 10, 20, 0}, {{90, 50}, {95, 50}}, 2, "0,0 100,0"},
-      {"sizes that aren't numbers", {100, 100, 0, 0, 0, 0}, {{kNaN, 10}, {10, kInfinity}, {10, 10}}, 1, "- - 0,0"},
+      {"largest side first, equal ones as given",
+       {100, 100, 0, 0, 0, 0},
+       {{10, 30}, {20, 90}, {30, 10}},
+       1,
+       "0,90t 0,0 20,0"},
+      {"a good fit goes before a larger part",
+       {200, 400, 0, 0, 0, 0},
+       {{120, 119}, {100, 121}},
+       1,
+       "100,0 0,0"},
+      {"later sheets lie beyond the sheet gap",
+       {100, 100, 0, 0, 0, 7},
+       {{100, 100}, {100, 100}, {100, 100}},
+       3,
+       "0,0 107,0 214,0"},
+      {"half the edge gap counts beyond the first sheet",
+       {50, 100, 0, 10, 20, 0},
+       {{90, 50}, {95, 50}},
+       2,
+       "0,0 100,0"},
+      {"sizes that aren't numbers",
+       {100, 100, 0, 0, 0, 0},
+       {{kNaN, 10}, {10, kInfinity}, {10, 10}},
+       1,
+       "- - 0,0"},
       {"parts without a size", {100, 100, 0, 0, 0, 0}, {{0, 0}, {0, 10}, {10, 0}, {10, 10}}, 1, nullptr},
       {"a sheet without height", {0, 100, 0, 0, 0, 0}, {{1, 1}}, 1, "-"},
       {"a sheet that is no number", {kNaN, kNaN, 0, 0, 0, 0}, {{1, 1}}, 1, "-"},
       {"gaps that aren't numbers", {100, 100, 0, kNaN, -5, kNaN}, {{100, 100}, {100, 100}}, 2, "0,0 100,0"},
       {"a gap without end", {100, 100, 0, kInfinity, 0, 0}, {{1, 1}}, 1, "-"},
-      {"sheets between which nothing is", {100, 100, 0, 0, 0, kInfinity}, {{100, 100}, {100, 100}}, 2, "0,0 1e+12,0"},
+      {"sheets between which nothing is",
+       {100, 100, 0, 0, 0, kInfinity},
+       {{100, 100}, {100, 100}},
+       2,
+       "0,0 1e+12,0"},
       {"a sheet without end", {kInfinity, kInfinity, 0, 0, 0, 0}, {{100, 100}}, 1, "0,0"},
       {"huge parts", {1e300, 1e300, 0, 0, 0, 0}, {{1e299, 1e299}, {5, 6}}, 1, nullptr},
   };

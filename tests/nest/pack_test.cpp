@@ -97,7 +97,8 @@ TEST(SingleBin, FullBinsFitExactlyWhenTryingEverythingSaysSo) {
       const bool expected = fewestBins(problem, type) == 1;
       AllInfo3D& a = load(problem, type);
       for (Box3D& box : a.boxes) box.bno = 1;
-      const bool fits = type == 1 ? mek::pack::robotTest(a, a.boxes, 0) : mek::pack::generalTest(a, a.boxes, 0);
+      const bool fits =
+          type == 1 ? mek::pack::robotTest(a, a.boxes, 0) : mek::pack::generalTest(a, a.boxes, 0);
       ASSERT_EQ(fits, expected) << describe(problem) << " type " << type;
       if (fits) {
         ASSERT_EQ(packingFault(problem, packedFrom(a.boxes, 1), type), "") << describe(problem);
@@ -114,9 +115,11 @@ TEST(PackBoxes, EveryPackingOfTheClassesIsSound) {
       for (const int type : {0, 1}) {
         const mek::PackInstance made = nestbench::boxSet(boxClass, n, 1);
         Problem problem{{made.W, made.H, made.D}, {}};
-        for (std::size_t i = 0; i < made.w.size(); ++i) problem.boxes.push_back({made.w[i], made.h[i], made.d[i]});
+        for (std::size_t i = 0; i < made.w.size(); ++i)
+          problem.boxes.push_back({made.w[i], made.h[i], made.d[i]});
         const Packed first = pack(problem, type, {2, 20, 0}), again = pack(problem, type, {2, 20, 0});
-        ASSERT_EQ(packingFault(problem, first, type), "") << "class " << boxClass << " n " << n << " type " << type;
+        ASSERT_EQ(packingFault(problem, first, type), "")
+            << "class " << boxClass << " n " << n << " type " << type;
         EXPECT_EQ(std::tie(first.x, first.y, first.z, first.bno, first.lb, first.ub),
                   std::tie(again.x, again.y, again.z, again.bno, again.lb, again.ub));
         const std::string& reports = first.reports;
@@ -157,11 +160,13 @@ TEST(SingleBin, HundredsOfBoxesStayWithinTheTables) {
       AllInfo3D& a = load(problem, type);
       a.iterlimit = kShare == 1 ? 2 : 1;
       for (Box3D& box : a.boxes) box.bno = 1;
-      const bool fits = type == 1 ? mek::pack::robotTest(a, a.boxes, 0) : mek::pack::generalTest(a, a.boxes, 0);
+      const bool fits =
+          type == 1 ? mek::pack::robotTest(a, a.boxes, 0) : mek::pack::generalTest(a, a.boxes, 0);
       if (fits)
         EXPECT_EQ(packingFault(problem, packedFrom(a.boxes, 1), type), "");
       else
-        EXPECT_TRUE(a.stopped) << "n " << n << " type " << type << ": every misfit here is a search cut short";
+        EXPECT_TRUE(a.stopped) << "n " << n << " type " << type
+                               << ": every misfit here is a search cut short";
       EXPECT_LE(reports.size(), 80u) << reports;
     }
   }
@@ -228,7 +233,11 @@ TEST(PackBounds, CountWhatCannotLieTogether) {
       {"all high, so no height to cut at", {{10, 10, 10}, {{6, 6, 6}, {6, 6, 6}, {6, 6, 6}}}, 1, 1, 1},
       {"seen after a turn", {{10, 10, 10}, {{6, 6, 6}, {6, 6, 6}, {5, 6, 6}}}, 1, 3, 3},
       {"odd bin, just above half", {{5, 5, 5}, {{3, 2, 3}, {3, 2, 3}, {3, 2, 3}}}, 1, 2, 2},
-      {"volume of the rest", {{10, 10, 10}, {{10, 6, 10}, {10, 6, 10}, {5, 10, 5}, {5, 10, 5}, {5, 10, 5}, {5, 10, 5}, {5, 10, 5}}}, 3, 1, 3},
+      {"volume of the rest",
+       {{10, 10, 10}, {{10, 6, 10}, {10, 6, 10}, {5, 10, 5}, {5, 10, 5}, {5, 10, 5}, {5, 10, 5}, {5, 10, 5}}},
+       3,
+       1,
+       3},
       {"equality takes no bin more", {{10, 10, 10}, {{10, 10, 5}, {10, 10, 5}}}, 1, 1, 1},
   };
   for (const auto& c : cases) {
@@ -290,7 +299,8 @@ TEST(RobotTest, CornerPointsOfTheEnvelope) {
   std::array<mek::pack::Corner3D, 16> corners;
   const auto found = [&](std::size_t boxes, mek::pack::Corner3D least, std::int64_t& room) {
     std::vector<std::array<int, 3>> points;
-    const int count = mek::pack::cornerPoints(a, a.boxes, std::span(order).first(boxes), least, corners, room);
+    const int count =
+        mek::pack::cornerPoints(a, a.boxes, std::span(order).first(boxes), least, corners, room);
     for (int i = 0; i < count; ++i) {
       const auto& corner = corners[static_cast<std::size_t>(i)];
       points.push_back({corner.x, corner.y, corner.z});
@@ -315,7 +325,8 @@ TEST(PackHeuristics, GiveSoundRobotPackings) {
   for (int boxClass = 1; boxClass <= 8; ++boxClass) {
     const mek::PackInstance made = nestbench::boxSet(boxClass, 40, 2);
     Problem problem{{made.W, made.H, made.D}, {}};
-    for (std::size_t i = 0; i < made.w.size(); ++i) problem.boxes.push_back({made.w[i], made.h[i], made.d[i]});
+    for (std::size_t i = 0; i < made.w.size(); ++i)
+      problem.boxes.push_back({made.w[i], made.h[i], made.d[i]});
     AllInfo3D& a = load(problem, 1);
     mek::pack::packLayers(a);
     const int layered = a.z;

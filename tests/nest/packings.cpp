@@ -112,7 +112,8 @@ int fewestFor(BruteForce& brute, unsigned left, bool robot) {
   int fewest = 99;
   const unsigned first = left & (~left + 1), rest = left & ~first;
   for (unsigned others = rest;; others = (others - 1) & rest) {
-    if (brute.fits(others | first, robot)) fewest = std::min(fewest, 1 + fewestFor(brute, rest & ~others, robot));
+    if (brute.fits(others | first, robot))
+      fewest = std::min(fewest, 1 + fewestFor(brute, rest & ~others, robot));
     if (others == 0) return fewest;
   }
 }
@@ -128,11 +129,13 @@ Packed pack(const Problem& problem, int packingType, Limits limits) {
     d.push_back(box.d);
   }
   Packed packed;
-  for (auto* values : {&packed.x, &packed.y, &packed.z, &packed.bno}) values->assign(problem.boxes.size(), -7);
+  for (auto* values : {&packed.x, &packed.y, &packed.z, &packed.bno})
+    values->assign(problem.boxes.size(), -7);
   const mek::ScopedDebugSink sink([&](std::string_view text) { packed.reports += text; });
   PackBoxes3D(n, problem.bin.w, problem.bin.h, problem.bin.d, w.data(), h.data(), d.data(), packed.x.data(),
               packed.y.data(), packed.z.data(), packed.bno.data(), &packed.lb, &packed.ub, limits.nodes,
-              limits.iterations, limits.seconds, &packed.nodes, &packed.iterations, &packed.milliseconds, packingType);
+              limits.iterations, limits.seconds, &packed.nodes, &packed.iterations, &packed.milliseconds,
+              packingType);
   return packed;
 }
 
@@ -144,8 +147,8 @@ std::string packingFault(const Problem& problem, const Packed& packed, int packi
     const Size corner = {packed.x[i], packed.y[i], packed.z[i]};
     const std::string name = "box " + std::to_string(i + 1);
     if (packed.bno[i] < 1 || packed.bno[i] > packed.ub) return name + " is in no bin";
-    if (corner.w < 0 || corner.h < 0 || corner.d < 0 || corner.w + size.w > bin.w || corner.h + size.h > bin.h ||
-        corner.d + size.d > bin.d)
+    if (corner.w < 0 || corner.h < 0 || corner.d < 0 || corner.w + size.w > bin.w ||
+        corner.h + size.h > bin.h || corner.d + size.d > bin.d)
       return name + " sticks out";
     auto& others = bins[static_cast<std::size_t>(packed.bno[i] - 1)];
     for (const Placed& other : others)
@@ -177,7 +180,9 @@ Problem randomProblem(std::mt19937& random, int most) {
   // Half of the problems have boxes that nearly fill one bin, where fit and misfit are close.
   const bool tight = draw(0, 1) == 1;
   for (int i = 0; i < n; ++i) {
-    const auto side = [&](int limit) { return tight ? draw((limit + 2) / 3, (2 * limit + 2) / 3) : draw(1, limit); };
+    const auto side = [&](int limit) {
+      return tight ? draw((limit + 2) / 3, (2 * limit + 2) / 3) : draw(1, limit);
+    };
     problem.boxes.push_back({side(problem.bin.w), side(problem.bin.h), side(problem.bin.d)});
   }
   return problem;

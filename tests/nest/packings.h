@@ -1,6 +1,6 @@
 #pragma once
-// Small packing problems for tests: running the solver, an independent check of its answers, and a packer that tries
-// everything.
+// Small packing problems for tests: running the solver, an independent check of its answers, and a packer
+// that tries everything.
 #include <cstdint>
 #include <random>
 #include <string>
@@ -29,8 +29,8 @@ struct Limits {
 
 Packed pack(const Problem& problem, int packingType, Limits limits = {});
 
-/// Empty when every box lies in exactly one of `bins` bins, inside it, apart from the others, and (for robot packings)
-/// there is an order to put them in; else what is wrong.
+/// Empty when every box lies in exactly one of `bins` bins, inside it, apart from the others, and (for robot
+/// packings) there is an order to put them in; else what is wrong.
 std::string packingFault(const Problem& problem, const Packed& packed, int packingType);
 
 /// The fewest bins, by trying every place of every box. For up to 6 boxes and bins of up to 128 unit cells.

@@ -9,7 +9,9 @@ namespace {
 constexpr double kElsewhere = -5e8;
 constexpr double kNoLimit = 1e7;
 
-double lengthOf(const NestParams& params) { return params.sheetLength < 0 ? kNoLimit : params.sheetLength; }
+double lengthOf(const NestParams& params) {
+  return params.sheetLength < 0 ? kNoLimit : params.sheetLength;
+}
 
 double sheetOf(const Plan& plan, const NestItem& item) {
   return std::floor((item.x0 + 1e-6) / (lengthOf(plan.params) + plan.params.sheetGap));
@@ -46,7 +48,9 @@ Plan nest(const NestParams& params, const std::vector<Frame>& frames) {
   return plan;
 }
 
-bool isPlaced(const Plan& plan, std::size_t i) { return plan.items[i].y0 != kElsewhere; }
+bool isPlaced(const Plan& plan, std::size_t i) {
+  return plan.items[i].y0 != kElsewhere;
+}
 
 std::string planFault(const Plan& plan) {
   const double tolerance = 2e-6 + 1e-12 * plan.params.sheetHeight;
@@ -55,7 +59,8 @@ std::string planFault(const Plan& plan) {
     if (const std::string fault = itemFault(plan, i, tolerance); !fault.empty()) return fault;
     if (isPlaced(plan, i)) placed.push_back(i);
   }
-  std::sort(placed.begin(), placed.end(), [&](auto a, auto b) { return plan.items[a].x0 < plan.items[b].x0; });
+  std::sort(placed.begin(), placed.end(),
+            [&](auto a, auto b) { return plan.items[a].x0 < plan.items[b].x0; });
   const double gap = plan.params.partGap;
   for (std::size_t i = 0; i < placed.size(); ++i) {
     const NestItem& a = plan.items[placed[i]];
@@ -65,8 +70,8 @@ std::string planFault(const Plan& plan) {
       const double apartX = b.x0 - a.x1, apartY = std::max(b.y0 - a.y1, a.y0 - b.y1);
       if (apartX < gap - tolerance && apartY < gap / 2 - tolerance)
         return "items " + std::to_string(placed[i]) + " and " + std::to_string(placed[j]) + " are " +
-               std::to_string(apartX) + " and " + std::to_string(apartY) + " apart at " + std::to_string(b.x0) + "," +
-               std::to_string(b.y0);
+               std::to_string(apartX) + " and " + std::to_string(apartY) + " apart at " +
+               std::to_string(b.x0) + "," + std::to_string(b.y0);
     }
   }
   return "";

@@ -26,8 +26,9 @@ Plan nest(const NestParams& params, const std::vector<Frame>& frames);
 /// True when the item was moved onto a sheet.
 bool isPlaced(const Plan& plan, std::size_t i);
 
-/// Empty when each frame has kept its size (turned or not) and caller's data, lies within one of the sheets or where it was given,
-/// and is clear of every other by the part gap, or half of it where one lies under the other.
+/// Empty when each frame has kept its size (turned or not) and caller's data, lies within one of the sheets
+/// or where it was given, and is clear of every other by the part gap, or half of it where one lies under the
+/// other.
 std::string planFault(const Plan& plan);
 
 /// Area of the placed frames over the area of the sheets.

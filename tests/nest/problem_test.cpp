@@ -81,8 +81,11 @@ TEST(PackInstances, ClassesKeepTheirRanges) {
     int low, high;
   };
   constexpr Range kSmall{1, 50}, kLarge{67, 100}, kBig{50, 100};
-  const std::vector<std::array<Range, 3>> classes = {
-      {kSmall, kLarge, kLarge}, {kLarge, kSmall, kLarge}, {kLarge, kLarge, kSmall}, {kBig, kBig, kBig}, {kSmall, kSmall, kSmall}};
+  const std::vector<std::array<Range, 3>> classes = {{kSmall, kLarge, kLarge},
+                                                     {kLarge, kSmall, kLarge},
+                                                     {kLarge, kLarge, kSmall},
+                                                     {kBig, kBig, kBig},
+                                                     {kSmall, kSmall, kSmall}};
   for (int type = 0; type <= 12; ++type) {
     std::array<int, 5> drawn{};
     for (std::uint32_t seed = 1; seed <= 10; ++seed) {
@@ -122,7 +125,8 @@ TEST(PackInstances, FullBinsAreFullAndEndWithTheFixedCut) {
       EXPECT_EQ(instance.w, again.w);
       ASSERT_EQ(instance.n(), n);
       long volume = 0;
-      for (std::size_t i = 0; i < instance.w.size(); ++i) volume += 1L * instance.w[i] * instance.h[i] * instance.d[i];
+      for (std::size_t i = 0; i < instance.w.size(); ++i)
+        volume += 1L * instance.w[i] * instance.h[i] * instance.d[i];
       EXPECT_EQ(volume, 3000000);
       if (n < 7) continue;
       const std::size_t last = instance.w.size() - 5;
@@ -134,7 +138,8 @@ TEST(PackInstances, FullBinsAreFullAndEndWithTheFixedCut) {
     }
   }
   mek::PackInstance untouched;
-  for (const auto& [n, side, type] : {std::array{2, 100, 9}, {401, 100, 1}, {-1, 100, 1}, {5, 0, 1}, {5, 1291, 1}, {400, 2, 9}})
+  for (const auto& [n, side, type] :
+       {std::array{2, 100, 9}, {401, 100, 1}, {-1, 100, 1}, {5, 0, 1}, {5, 1291, 1}, {400, 2, 9}})
     EXPECT_FALSE(mek::randomPackInstance(n, side, type, 1, untouched)) << n << " " << side << " " << type;
   EXPECT_EQ(untouched.n(), 0);
   EXPECT_TRUE(mek::randomPackInstance(400, 1, 4, 1, untouched));
@@ -200,8 +205,11 @@ TEST_F(PackDriver, FormsAndFailures) {
   EXPECT_NE(random.out.find("\n10 : lb"), std::string::npos);
   EXPECT_EQ(random.out.find("Bin"), std::string::npos);
   const Outcome asked = drive({}, "8 20 6 0 0 5 0");
-  EXPECT_EQ(withoutTimes(asked.out), "n = bindim = type = nodelimit = iterlimit = timelimit = packingtype = " + withoutTimes(random.out));
-  EXPECT_NE(drive({"8", "20", "0", "0", "0", "5", "0"}).out.find("Bin"), std::string::npos) << "type 0 lists solutions";
+  EXPECT_EQ(
+      withoutTimes(asked.out),
+      "n = bindim = type = nodelimit = iterlimit = timelimit = packingtype = " + withoutTimes(random.out));
+  EXPECT_NE(drive({"8", "20", "0", "0", "0", "5", "0"}).out.find("Bin"), std::string::npos)
+      << "type 0 lists solutions";
 
   const struct {
     std::vector<std::string> arguments;
@@ -225,7 +233,8 @@ TEST(ItemsCsv, LayoutsAndFaults) {
   } cases[] = {
       {"", ""},
       {"10,20\n30,40,2\n", "10x20@1 30x40@2 30x40@2 "},
-      {"\xef\xbb\xbfName;Height;x;WIDTH;count\r\nA0;1189;;841;\r\n\r\n# none\r\n\"a \"\"b\";5;;6;1", "A0 841x1189@2 a \"b 6x5@5 "},
+      {"\xef\xbb\xbfName;Height;x;WIDTH;count\r\nA0;1189;;841;\r\n\r\n# none\r\n\"a \"\"b\";5;;6;1",
+       "A0 841x1189@2 a \"b 6x5@5 "},
       {"first,10,20\nsecond,1.5,2e1,1\n", "first 10x20@1 second 1.5x20@2 "},
       {"\"two\nlines\",10,20\n,3,4\n", "two\nlines 10x20@1 3x4@3 "},
       {"10,20\n30\n", "line 2: expected a height above 0, found nothing"},
@@ -245,7 +254,8 @@ TEST(ItemsCsv, LayoutsAndFaults) {
     if (korvane::readItemsCsv(text, items, result))
       for (const korvane::CsvItem& item : items) {
         std::ostringstream line;
-        line << item.name << (item.name.empty() ? "" : " ") << item.width << "x" << item.height << "@" << item.line << " ";
+        line << item.name << (item.name.empty() ? "" : " ") << item.width << "x" << item.height << "@"
+             << item.line << " ";
         result += line.str();
       }
     EXPECT_EQ(result, expected) << text;
@@ -256,16 +266,19 @@ TEST_F(NestCommand, PlansReportsAndExitCodes) {
   const std::string table = write("items.csv", "name,width,height,count\nA4 <&>,210,297,4\nlong,100,420,1\n");
   const Outcome plain = run(runNestCommand, {table, "--sheet", "594x420", "-o", path("plan.svg")});
   EXPECT_EQ(plain.code, 0) << plain.err;
-  EXPECT_EQ(plain.out.substr(0, plain.out.find('\n')), "2 sheets of 594 x 420, 5 of 5 items placed, 58.4 % used");
+  EXPECT_EQ(plain.out.substr(0, plain.out.find('\n')),
+            "2 sheets of 594 x 420, 5 of 5 items placed, 58.4 % used");
   const std::string svg = read("plan.svg");
   EXPECT_NE(svg.find(">A4 &lt;&amp;&gt;</text>"), std::string::npos) << svg;
   std::size_t rectangles = 0;
-  for (std::size_t at = svg.find("<rect"); at != std::string::npos; at = svg.find("<rect", at + 1)) ++rectangles;
+  for (std::size_t at = svg.find("<rect"); at != std::string::npos; at = svg.find("<rect", at + 1))
+    ++rectangles;
   EXPECT_EQ(rectangles, 7u) << "two sheets and five frames";
 
   const Outcome tooBig = run(runNestCommand, {table, "--sheet", "594x400", "--json"});
   EXPECT_EQ(tooBig.code, 0) << tooBig.out;
-  EXPECT_NE(tooBig.out.find("\"name\":\"long\",\"width\":100,\"height\":420,\"sheet\":"), std::string::npos) << tooBig.out;
+  EXPECT_NE(tooBig.out.find("\"name\":\"long\",\"width\":100,\"height\":420,\"sheet\":"), std::string::npos)
+      << tooBig.out;
   const Outcome unplaced = run(runNestCommand, {table, "--sheet", "400x400"});
   EXPECT_EQ(unplaced.code, 1);
   EXPECT_NE(unplaced.out.find("not placed: line 3 long 100 x 420"), std::string::npos) << unplaced.out;
@@ -285,7 +298,9 @@ TEST_F(NestCommand, PlansReportsAndExitCodes) {
       {{table, "--sheet", "5x5", "--gap", "-1"}, 2, "--gap"},
       {{"--sheet", "5x5"}, 2, "items"},
       {{path("none.csv"), "--sheet", "5x5"}, 1, "none.csv"},
-      {{write("bad.csv", "1,2\n3,x\n"), "--sheet", "5x5"}, 1, "bad.csv: line 2: expected a height above 0, found \"x\""},
+      {{write("bad.csv", "1,2\n3,x\n"), "--sheet", "5x5"},
+       1,
+       "bad.csv: line 2: expected a height above 0, found \"x\""},
       {{table, "--sheet", "594x420", "-o", path("no/such/plan.svg")}, 1, "plan.svg"},
   };
   for (const auto& [arguments, code, err] : faults) {
@@ -303,7 +318,8 @@ TEST_F(PackCommand, OptionsByNameAndDriverForms) {
   EXPECT_EQ(plain.code, 0) << plain.err;
   EXPECT_TRUE(plain.out.starts_with("3 boxes in 2 bins of 10 x 10 x 10, at least 2 needed\n")) << plain.out;
   EXPECT_NE(read("bins.svg").find(">bin 2, z 0</text>"), std::string::npos);
-  const Outcome json = run(runPackCommand, {"--boxes", "6", "--bindim", "20", "--type", "6", "--robot", "--json"});
+  const Outcome json =
+      run(runPackCommand, {"--boxes", "6", "--bindim", "20", "--type", "6", "--robot", "--json"});
   EXPECT_EQ(json.code, 0);
   EXPECT_TRUE(json.out.starts_with("{\"bins\":1,\"bound\":1,\"bin\":[20,20,20]")) << json.out;
   EXPECT_TRUE(run(runPackCommand, {file, "0", "0", "0", "1"}).out.starts_with("3DBPP PROBLEM"));
@@ -322,7 +338,8 @@ TEST_F(PackCommand, OptionsByNameAndDriverForms) {
       {{"--file", write("wrong.txt", "1 10 10 10\n10 10 11")}, 1},
       {{path("none"), "0", "0", "0", "1"}, 1},
   };
-  for (const auto& [arguments, code] : faults) EXPECT_EQ(run(runPackCommand, arguments).code, code) << arguments[0];
+  for (const auto& [arguments, code] : faults)
+    EXPECT_EQ(run(runPackCommand, arguments).code, code) << arguments[0];
 }
 
 }  // namespace

@@ -6,7 +6,7 @@ import { readFileSync } from 'node:fs';
 const lines = (file) => readFileSync(file, 'utf8').trim().split('\n').map((line) => JSON.parse(line));
 
 async function rectangles(file) {
-  const { MaxRectsPacker } = (await import('maxrects-packer')).default;
+  const { MaxRectsPacker } = await import('maxrects-packer/dist/maxrects-packer.mjs');
   const sets = lines(file);
   const rows = new Map();
   const runPeer = () => {

@@ -42,12 +42,14 @@ void emitBoxes(int seconds, int numbers, int n) {
   for (int boxClass = 1; boxClass <= 9; ++boxClass) {
     for (int number = 0; number < numbers; ++number) {
       const mek::PackInstance set = nestbench::boxSet(boxClass, n, number);
-      std::cout << "{\"class\":" << boxClass << ",\"n\":" << n << ",\"number\":" << number << ",\"side\":" << set.W;
+      std::cout << "{\"class\":" << boxClass << ",\"n\":" << n << ",\"number\":" << number
+                << ",\"side\":" << set.W;
       for (const int robot : {0, 1}) {
         const auto start = std::chrono::steady_clock::now();
         const mek::PackResult result = mek::solvePackInstance(set, {0, 0, seconds}, robot);
-        std::cout << ",\"" << (robot ? "robot" : "general") << "\":{\"lb\":" << result.lb << ",\"ub\":" << result.ub
-                  << ",\"ms\":" << millisecondsSince(start) << ",\"nodes\":" << result.nodes << "}";
+        std::cout << ",\"" << (robot ? "robot" : "general") << "\":{\"lb\":" << result.lb
+                  << ",\"ub\":" << result.ub << ",\"ms\":" << millisecondsSince(start)
+                  << ",\"nodes\":" << result.nodes << "}";
       }
       std::cout << ",\"boxes\":[";
       for (std::size_t i = 0; i < set.w.size(); ++i)

@@ -12,7 +12,9 @@ namespace {
 constexpr std::size_t kPlainOutline = 4;
 constexpr std::uint32_t kHpglColour = 0xff00ff;
 
-bool near(double a, double b) { return std::abs(a - b) <= kTolerance; }
+bool near(double a, double b) {
+  return std::abs(a - b) <= kTolerance;
+}
 
 double dot(const OutlinePoint& corner, const OutlinePoint& a, const OutlinePoint& b) {
   return (a.x - corner.x) * (b.x - corner.x) + (a.y - corner.y) * (b.y - corner.y);
@@ -22,8 +24,8 @@ double cross(const OutlinePoint& corner, const OutlinePoint& a, const OutlinePoi
   return (a.x - corner.x) * (b.y - corner.y) - (a.y - corner.y) * (b.x - corner.x);
 }
 
-/// The middle of three points on a line. Between two edges that meet at an angle a small cross product isn't enough: the
-/// corners of tiny parts have one too.
+/// The middle of three points on a line. Between two edges that meet at an angle a small cross product isn't
+/// enough: the corners of tiny parts have one too.
 bool isNeedless(const OutlinePoint& before, const OutlinePoint& point, const OutlinePoint& after) {
   if (std::abs(cross(point, before, after)) > kTolerance) return false;
   const bool alongX = near(before.y, point.y) && near(point.y, after.y);
@@ -38,7 +40,9 @@ NestOutline::NestOutline(double height, double length, const OutlineSpacing& spa
   openSheet();
 }
 
-double NestOutline::sheetStart() const { return (length_ + spacing_.sheet) * (sheets_ - 1); }
+double NestOutline::sheetStart() const {
+  return (length_ + spacing_.sheet) * (sheets_ - 1);
+}
 
 void NestOutline::openSheet() {
   ++sheets_;
@@ -58,8 +62,8 @@ std::vector<NestGap> NestOutline::gaps() const {
   for (std::size_t i = first_ + 1; i + 1 < points_.size(); ++i) {
     if (!isCorner(i)) continue;
     const OutlinePoint& corner = points_[i];
-    // The line upwards from the corner first meets the edges at the next point. Rows are free from the front to the
-    // sheet's end, since no part is higher than the edge it stands at.
+    // The line upwards from the corner first meets the edges at the next point. Rows are free from the front
+    // to the sheet's end, since no part is higher than the edge it stands at.
     NestGap gap{corner.x, corner.y, 0, points_[first_].x - corner.x, points_[i + 1].y - corner.y, i};
     const bool open = first_ == 0 && i <= kLastOpenCorner;
     gap.width = open ? points_.front().x - corner.x : points_[i - 1].x - corner.x + spacing_.edge / 2;
@@ -89,7 +93,9 @@ double NestOutline::offsetX(const NestGap& gap) const {
   return gap.x - sheetStart() > kTolerance ? spacing_.part : 0;
 }
 
-double NestOutline::offsetY(const NestGap& gap) const { return gap.y > kTolerance ? spacing_.part : 0; }
+double NestOutline::offsetY(const NestGap& gap) const {
+  return gap.y > kTolerance ? spacing_.part : 0;
+}
 
 void NestOutline::place(const NestGap& gap, double width, double height) {
   const std::size_t i = gap.index;
@@ -124,7 +130,8 @@ bool NestOutline::fillNarrowestNotch() {
   std::size_t narrowest = 0;
   double width = height_;
   for (std::size_t i = first_ + 1; i + 2 < points_.size(); ++i) {
-    const bool notch = isCorner(i) && near(points_[i + 1].y, points_[i + 2].y) && points_[i + 2].x > points_[i + 1].x;
+    const bool notch =
+        isCorner(i) && near(points_[i + 1].y, points_[i + 2].y) && points_[i + 2].x > points_[i + 1].x;
     if (!notch || points_[i + 1].y - points_[i].y >= width) continue;
     narrowest = i;
     width = points_[i + 1].y - points_[i].y;
@@ -142,8 +149,9 @@ std::string hpglRectangle(double x0, double y0, double x1, double y1) {
   const auto whole = [](double value) { return static_cast<int>(std::clamp(value, -1e9, 1e9)); };
   const int left = whole(x0), low = whole(y0), right = whole(x1), high = whole(y1);
   const int red = kHpglColour & 0xff, green = kHpglColour >> 8 & 0xff, blue = kHpglColour >> 16 & 0xff;
-  return platform::formatText<char>("PC%d,%d,%d;PU%d,%d,PD%d,%d,%d,%d,%d,%d,%d,%d;",
-                                    {red, green, blue, left, low, right, low, right, high, left, high, left, low});
+  return platform::formatText<char>(
+      "PC%d,%d,%d;PU%d,%d,PD%d,%d,%d,%d,%d,%d,%d,%d;",
+      {red, green, blue, left, low, right, low, right, high, left, high, left, low});
 }
 
 }  // namespace mek::nest

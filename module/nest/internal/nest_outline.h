@@ -1,16 +1,17 @@
 #pragma once
-// The outline of the free area: a chain of points per sheet from the lower right corner over the front of the parts
-// to the upper right corner, with the free area on its right-hand side. It never turns downwards: the front has one x for
-// each y. Chains of earlier sheets stay in the list.
+// The outline of the free area: a chain of points per sheet from the lower right corner over the front of the
+// parts to the upper right corner, with the free area on its right-hand side. It never turns downwards: the
+// front has one x for each y. Chains of earlier sheets stay in the list.
 #include <cstddef>
 #include <string>
 #include <vector>
 
 namespace mek::nest {
 
-inline constexpr double kTolerance = 1e-6;    ///< levels, gaps and cross products; a contract
-inline constexpr double kRightAngle = 0.1;    ///< largest dot product of two edges at a right angle; a contract
-inline constexpr std::size_t kLastOpenCorner = 4;  ///< corners of the first sheet up to here are measured to its end
+inline constexpr double kTolerance = 1e-6;  ///< levels, gaps and cross products; a contract
+inline constexpr double kRightAngle = 0.1;  ///< largest dot product of two edges at a right angle; a contract
+inline constexpr std::size_t kLastOpenCorner =
+    4;  ///< corners of the first sheet up to here are measured to its end
 
 struct OutlinePoint {
   double x, y;
@@ -18,10 +19,10 @@ struct OutlinePoint {
 
 /// An empty rectangle at a corner of the outline.
 struct NestGap {
-  double x, y;       ///< lower left corner
-  double width;      ///< as measured for the fit: to the sheet's end, or to the next step and half the edge gap
-  double freeWidth;  ///< up to the sheet's end
-  double height;     ///< up to the next step
+  double x, y;   ///< lower left corner
+  double width;  ///< as measured for the fit: to the sheet's end, or to the next step and half the edge gap
+  double freeWidth;   ///< up to the sheet's end
+  double height;      ///< up to the next step
   std::size_t index;  ///< of the outline point that it hangs on
 };
 
@@ -38,8 +39,8 @@ class NestOutline {
   int sheets() const { return sheets_; }
   double sheetStart() const;
 
-  /// The gaps of the present sheet by ascending x. Slits as high as the part gap that end before the sheet does are
-  /// left out.
+  /// The gaps of the present sheet by ascending x. Slits as high as the part gap that end before the sheet
+  /// does are left out.
   std::vector<NestGap> gaps() const;
 
   /// Makes the front straight while the outline is a plain rectangle.

@@ -8,7 +8,9 @@ namespace {
 
 using Sides = std::array<std::int16_t, kTableSide>;
 
-std::int64_t ceilDivide(std::int64_t a, std::int64_t b) { return a <= 0 ? 0 : (a + b - 1) / b; }
+std::int64_t ceilDivide(std::int64_t a, std::int64_t b) {
+  return a <= 0 ? 0 : (a + b - 1) / b;
+}
 
 /// Sorts the first `size` values and drops repeats; the new count.
 int makeDistinct(Sides& values, int size) {
@@ -62,7 +64,8 @@ struct DepthSums {
 
   explicit DepthSums(std::span<const Box3D> boxes) : size(count(boxes.size())) {
     for (int i = 0; i < size; ++i) byDepth[at(i)] = &boxes[at(i)];
-    std::sort(byDepth.begin(), byDepth.begin() + size, [](const Box3D* a, const Box3D* b) { return a->d < b->d; });
+    std::sort(byDepth.begin(), byDepth.begin() + size,
+              [](const Box3D* a, const Box3D* b) { return a->d < b->d; });
   }
 
   void cutAtWidth(int W, int p) {
@@ -79,9 +82,9 @@ struct DepthSums {
   /// Index of the first box at least `depth` deep.
   int firstFrom(int depth) const {
     const auto end = byDepth.begin() + size;
-    return static_cast<int>(
-        std::lower_bound(byDepth.begin(), end, depth, [](const Box3D* box, int value) { return box->d < value; }) -
-        byDepth.begin());
+    return static_cast<int>(std::lower_bound(byDepth.begin(), end, depth,
+                                             [](const Box3D* box, int value) { return box->d < value; }) -
+                            byDepth.begin());
   }
 };
 
@@ -151,7 +154,11 @@ int boundByVolume(const AllInfo3D& a, std::span<const Box3D> boxes) {
   return static_cast<int>(ceilDivide(sum, a.BVOL));
 }
 
-int boundBySides(AllInfo3D& a, std::span<Box3D> boxes) { return largestOverTurns(a, boxes, sidesBoundUpright); }
-int boundByBoth(AllInfo3D& a, std::span<Box3D> boxes) { return largestOverTurns(a, boxes, bothBoundUpright); }
+int boundBySides(AllInfo3D& a, std::span<Box3D> boxes) {
+  return largestOverTurns(a, boxes, sidesBoundUpright);
+}
+int boundByBoth(AllInfo3D& a, std::span<Box3D> boxes) {
+  return largestOverTurns(a, boxes, bothBoundUpright);
+}
 
 }  // namespace mek::pack

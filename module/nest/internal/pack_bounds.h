@@ -1,6 +1,7 @@
 #pragma once
 // Lower bounds on the number of bins, by volume and by the boxes that can't lie beside each other
-// (S. Martello, D. Pisinger, D. Vigo: The three-dimensional bin packing problem, Operations Research 48, 2000).
+// (S. Martello, D. Pisinger, D. Vigo: The three-dimensional bin packing problem, Operations Research 48,
+// 2000).
 #include "module/nest/internal/pack_state.h"
 
 namespace mek::pack {

@@ -7,7 +7,8 @@ namespace mek::pack {
 namespace {
 
 bool overlap(const Box3D& a, const Box3D& b) {
-  return a.x + a.w > b.x && b.x + b.w > a.x && a.y + a.h > b.y && b.y + b.h > a.y && a.z + a.d > b.z && b.z + b.d > a.z;
+  return a.x + a.w > b.x && b.x + b.w > a.x && a.y + a.h > b.y && b.y + b.h > a.y && a.z + a.d > b.z &&
+         b.z + b.d > a.z;
 }
 
 bool checkPairs(std::span<const Box3D> boxes) {

@@ -4,10 +4,10 @@
 
 namespace mek::pack {
 
-/// Tests every two boxes of a bin: "duplicated box %d\n", "overlap box %d,%d: [%d,%d,%d] [%d,%d,%d]" (the numbers, then
-/// the corners). Robot packings are emptied bin by bin: a box goes when every box left in the bin lies left of,
-/// under or behind it (smaller x, y, z); "not robot packable" for each box that can't go so. False when anything
-/// was reported.
+/// Tests every two boxes of a bin: "duplicated box %d\n", "overlap box %d,%d: [%d,%d,%d] [%d,%d,%d]" (the
+/// numbers, then the corners). Robot packings are emptied bin by bin: a box goes when every box left in the
+/// bin lies left of, under or behind it (smaller x, y, z); "not robot packable" for each box that can't go
+/// so. False when anything was reported.
 bool checkPacking(const AllInfo3D& a, std::span<const Box3D> boxes);
 
 /// Stores `solution` with `bins` bins as the best one. Reports "not improved", "illegal bin %d, box %d",

@@ -14,16 +14,25 @@ constexpr int kUnmirrored = 1 << kLeft | 1 << kUnder | 1 << kFront;
 
 using Set = std::array<std::uint64_t, kWords>;
 
-bool has(const std::uint64_t* set, int bit) { return set[bit / 64] >> (bit % 64) & 1; }
-void add(Set& set, int bit) { set[at(bit / 64)] |= std::uint64_t{1} << (bit % 64); }
+bool has(const std::uint64_t* set, int bit) {
+  return set[bit / 64] >> (bit % 64) & 1;
+}
+void add(Set& set, int bit) {
+  set[at(bit / 64)] |= std::uint64_t{1} << (bit % 64);
+}
 
-/// Depth-first over the pairs. After each decision everything that it excludes is taken out of the domains, so that a
-/// relation that is still allowed always fits when it is tried.
+/// Depth-first over the pairs. After each decision everything that it excludes is taken out of the domains,
+/// so that a relation that is still allowed always fits when it is tried.
 class GeneralSearch {
  public:
   GeneralSearch(AllInfo3D& a, std::span<Box3D> boxes, int nodeLimit)
-      : a_(a), t_(relationTables()), boxes_(boxes), n_(count(boxes.size())), words_((n_ + 63) / 64),
-        nodeLimit_(nodeLimit), limit_{a.W, a.H, a.D} {}
+      : a_(a),
+        t_(relationTables()),
+        boxes_(boxes),
+        n_(count(boxes.size())),
+        words_((n_ + 63) / 64),
+        nodeLimit_(nodeLimit),
+        limit_{a.W, a.H, a.D} {}
 
   bool run();
 
@@ -36,8 +45,13 @@ class GeneralSearch {
   bool settle();
   bool addEdge(int axis, int first, int second);
   void closeOver(int axis, int first, int second);
-  void pushHeads(int axis, int first, int second);
-  void pushTails(int axis, int first, int second);
+  /// Longest chains in one direction: their lengths and the relations that they follow.
+  struct Chain {
+    std::int32_t (&values)[3][kTableSide];
+    const std::uint64_t (&links)[3][kTableSide][kWords];
+    Cell cell;
+  };
+  void push(const Chain& chain, int axis, int box, int value);
   void forbidMisfits(int axis, const Set& heads, const Set& tails);
   void forbid(int axis, int first, int second);
   bool fits(int axis, int first, int second) const;
@@ -57,6 +71,7 @@ class GeneralSearch {
   std::span<Box3D> boxes_;
   int n_, words_, nodeLimit_;
   std::array<int, kAxes> limit_;
+  Chain heads_{t_.head, t_.next, Cell::Head}, tails_{t_.tail, t_.prev, Cell::Tail};
   int nodes_ = 0, top_ = 0, forced_ = 0;
   bool contradiction_ = false, aborted_ = false;
 };
@@ -75,19 +90,36 @@ void GeneralSearch::undoTo(int mark) {
     const Change& change = t_.undo[--top_];
     const auto row = static_cast<std::size_t>(change.row), column = static_cast<std::size_t>(change.column);
     switch (change.cell) {
-      case Cell::Relation: t_.relation[row][column] = static_cast<std::int16_t>(change.old); break;
-      case Cell::Domain: t_.domain[row][column] = static_cast<std::uint8_t>(change.old); break;
-      case Cell::Head: t_.head[change.axis][row] = static_cast<std::int32_t>(change.old); break;
-      case Cell::Tail: t_.tail[change.axis][row] = static_cast<std::int32_t>(change.old); break;
-      case Cell::Next: t_.next[change.axis][row][column] = change.old; break;
-      case Cell::Prev: t_.prev[change.axis][row][column] = change.old; break;
-      case Cell::After: t_.after[change.axis][row][column] = change.old; break;
-      case Cell::Before: t_.before[change.axis][row][column] = change.old; break;
+      case Cell::Relation:
+        t_.relation[row][column] = static_cast<std::int16_t>(change.old);
+        break;
+      case Cell::Domain:
+        t_.domain[row][column] = static_cast<std::uint8_t>(change.old);
+        break;
+      case Cell::Head:
+        t_.head[change.axis][row] = static_cast<std::int32_t>(change.old);
+        break;
+      case Cell::Tail:
+        t_.tail[change.axis][row] = static_cast<std::int32_t>(change.old);
+        break;
+      case Cell::Next:
+        t_.next[change.axis][row][column] = change.old;
+        break;
+      case Cell::Prev:
+        t_.prev[change.axis][row][column] = change.old;
+        break;
+      case Cell::After:
+        t_.after[change.axis][row][column] = change.old;
+        break;
+      case Cell::Before:
+        t_.before[change.axis][row][column] = change.old;
+        break;
     }
   }
 }
 
-void GeneralSearch::link(Cell cell, std::uint64_t (&sets)[3][kTableSide][kWords], int axis, int row, int bit) {
+void GeneralSearch::link(Cell cell, std::uint64_t (&sets)[3][kTableSide][kWords], int axis, int row,
+                         int bit) {
   std::uint64_t& word = sets[axis][row][bit / 64];
   save(cell, axis, row, bit / 64, word);
   word |= std::uint64_t{1} << (bit % 64);
@@ -134,52 +166,32 @@ void GeneralSearch::closeOver(int axis, int first, int second) {
   });
 }
 
-void GeneralSearch::pushHeads(int axis, int first, int second) {
-  if (t_.head[axis][first] + t_.size[axis][first] <= t_.head[axis][second]) return;
-  Set changed{};
+/// Raises the value of `box` on `chain`, and those of the boxes that follow on it.
+void GeneralSearch::push(const Chain& chain, int axis, int box, int value) {
+  if (value <= chain.values[axis][box]) return;
+  Set changed{}, isOpen{};
   std::array<std::int16_t, kTableSide> open;
-  Set isOpen{};
   int opened = 0;
-  const auto push = [&](int v, int value) {
-    if (value <= t_.head[axis][v]) return;
-    save(Cell::Head, axis, v, 0, static_cast<std::uint64_t>(t_.head[axis][v]));
-    t_.head[axis][v] = value;
+  const auto raise = [&](int v, int newValue) {
+    if (newValue <= chain.values[axis][v]) return;
+    save(chain.cell, axis, v, 0, static_cast<std::uint64_t>(chain.values[axis][v]));
+    chain.values[axis][v] = newValue;
     add(changed, v);
     if (has(isOpen.data(), v)) return;
     add(isOpen, v);
     open[at(opened++)] = toShort(v);
   };
-  push(second, t_.head[axis][first] + t_.size[axis][first]);
+  raise(box, value);
   while (opened > 0) {
     const int u = open[at(--opened)];
     isOpen[at(u / 64)] &= ~(std::uint64_t{1} << (u % 64));
-    each(t_.next[axis][u], [&](int v) { push(v, t_.head[axis][u] + t_.size[axis][u]); });
+    each(chain.links[axis][u],
+         [&](int v) { raise(v, chain.values[axis][u] + t_.size[axis][chain.cell == Cell::Head ? u : v]); });
   }
-  forbidMisfits(axis, changed, Set{});
-}
-
-void GeneralSearch::pushTails(int axis, int first, int second) {
-  if (t_.tail[axis][second] + t_.size[axis][first] <= t_.tail[axis][first]) return;
-  Set changed{};
-  std::array<std::int16_t, kTableSide> open;
-  Set isOpen{};
-  int opened = 0;
-  const auto push = [&](int v, int value) {
-    if (value <= t_.tail[axis][v]) return;
-    save(Cell::Tail, axis, v, 0, static_cast<std::uint64_t>(t_.tail[axis][v]));
-    t_.tail[axis][v] = value;
-    add(changed, v);
-    if (has(isOpen.data(), v)) return;
-    add(isOpen, v);
-    open[at(opened++)] = toShort(v);
-  };
-  push(first, t_.tail[axis][second] + t_.size[axis][first]);
-  while (opened > 0) {
-    const int v = open[at(--opened)];
-    isOpen[at(v / 64)] &= ~(std::uint64_t{1} << (v % 64));
-    each(t_.prev[axis][v], [&](int u) { push(u, t_.tail[axis][v] + t_.size[axis][u]); });
-  }
-  forbidMisfits(axis, Set{}, changed);
+  if (chain.cell == Cell::Head)
+    forbidMisfits(axis, changed, Set{});
+  else
+    forbidMisfits(axis, Set{}, changed);
 }
 
 /// Only a box whose head or tail has moved can have lost a relation on the axis.
@@ -202,8 +214,8 @@ bool GeneralSearch::addEdge(int axis, int first, int second) {
   link(Cell::Next, t_.next, axis, first, second);
   link(Cell::Prev, t_.prev, axis, second, first);
   closeOver(axis, first, second);
-  pushHeads(axis, first, second);
-  pushTails(axis, first, second);
+  push(heads_, axis, second, t_.head[axis][first] + t_.size[axis][first]);
+  push(tails_, axis, first, t_.tail[axis][second] + t_.size[axis][first]);
   return !contradiction_ && !aborted_;
 }
 

@@ -14,7 +14,7 @@ constexpr int kAssignmentCalls = 1000000;
 constexpr int kFillNodeLimit = 5000;
 
 /// Descending by one side, ties by descending number.
-template <std::int16_t Box3D::* Side>
+template <std::int16_t Box3D::*Side>
 bool descending(const Box3D& a, const Box3D& b) {
   return a.*Side != b.*Side ? a.*Side > b.*Side : a.no > b.no;
 }
@@ -67,13 +67,15 @@ int takeLayer(const AllInfo3D& a, std::span<Box3D> rest, Layer3D& layer) {
   }
   const std::span<Box3D> prefix = rest.first(length);
   fillShelves(a, prefix);
-  const auto placedEnd = std::partition(prefix.begin(), prefix.end(), [](const Box3D& box) { return box.k == 1; });
+  const auto placedEnd =
+      std::partition(prefix.begin(), prefix.end(), [](const Box3D& box) { return box.k == 1; });
   layer.d = 0;
   for (auto box = prefix.begin(); box != placedEnd; ++box) layer.d = std::max<std::int32_t>(layer.d, box->d);
   return static_cast<int>(placedEnd - prefix.begin());
 }
 
-/// Assigns layers to bins so that the depths in a bin add up to at most D: every way, within a number of calls.
+/// Assigns layers to bins so that the depths in a bin add up to at most D: every way, within a number of
+/// calls.
 class LayerAssignment {
  public:
   LayerAssignment(std::span<Layer3D> layers, int depth) : layers_(layers), depth_(depth) {
@@ -150,7 +152,9 @@ void packLayersUpright(AllInfo3D& a) {
   storeSolution(a, a.incumbent, bins);
 }
 
-int fillLimitFor(int remaining) { return remaining < 10 ? 4 : remaining < 15 ? 3 : 2; }
+int fillLimitFor(int remaining) {
+  return remaining < 10 ? 4 : remaining < 15 ? 3 : 2;
+}
 
 void packBinByBinUpright(AllInfo3D& a) {
   std::copy(a.boxes.begin(), a.boxes.end(), a.incumbent.begin());
@@ -184,7 +188,11 @@ void overTurns(AllInfo3D& a, Heuristic heuristic) {
 
 }  // namespace
 
-void packLayers(AllInfo3D& a) { overTurns(a, packLayersUpright); }
-void packBinByBin(AllInfo3D& a) { overTurns(a, packBinByBinUpright); }
+void packLayers(AllInfo3D& a) {
+  overTurns(a, packLayersUpright);
+}
+void packBinByBin(AllInfo3D& a) {
+  overTurns(a, packBinByBinUpright);
+}
 
 }  // namespace mek::pack

@@ -12,7 +12,8 @@ struct Point2D {
 };
 
 /// The corners of the staircase that the boxes reaching beyond `level` build in the plane, by ascending x.
-int staircase(std::span<const Box3D> boxes, std::span<const std::int16_t> order, int level, Point2D* corners) {
+int staircase(std::span<const Box3D> boxes, std::span<const std::int16_t> order, int level,
+              Point2D* corners) {
   int size = 0, x = 0;
   for (const std::int16_t index : order) {
     const Box3D& box = boxes[at(index)];
@@ -26,7 +27,9 @@ int staircase(std::span<const Box3D> boxes, std::span<const std::int16_t> order,
 
 /// Drops the corners beside which a box of the size `least` has no place; gives the new count.
 int dropTight(const AllInfo3D& a, const Corner3D& least, Point2D* corners, int size) {
-  const auto tight = [&](const Point2D& corner) { return corner.x + least.x > a.W || corner.y + least.y > a.H; };
+  const auto tight = [&](const Point2D& corner) {
+    return corner.x + least.x > a.W || corner.y + least.y > a.H;
+  };
   return static_cast<int>(std::remove_if(corners, corners + size, tight) - corners);
 }
 
@@ -40,7 +43,8 @@ std::int64_t freeFace(const AllInfo3D& a, const Point2D* corners, int size) {
 }
 
 /// Distinct depths at which a slice begins, from 0, ascending.
-int sliceLevels(std::span<const Box3D> boxes, std::span<const std::int16_t> order, int D, std::int16_t* levels) {
+int sliceLevels(std::span<const Box3D> boxes, std::span<const std::int16_t> order, int D,
+                std::int16_t* levels) {
   int size = 0;
   levels[size++] = 0;
   for (const std::int16_t index : order) {
@@ -155,8 +159,8 @@ bool RobotSearch::asleep(int box, const Corner3D& corner, int first, int last) c
   });
 }
 
-/// Copies to `last` on the sleeping steps that commute with placing `box`: either order gives the same packing, and
-/// that one has been searched. Gives the new end.
+/// Copies to `last` on the sleeping steps that commute with placing `box`: either order gives the same
+/// packing, and that one has been searched. Gives the new end.
 int RobotSearch::wake(int box, const Corner3D& corner, int first, int last) {
   Step3D* steps = robotTables().steps;
   int end = last;

@@ -31,7 +31,9 @@ class Search {
   void reopen(const ClosedHere& here);
   int boundOfRest();
   int nextFree(int index) const;
-  bool over(int bins, int bound) const { return a_.stopped || a_.z == a_.lb || bins >= a_.z || bound >= a_.z; }
+  bool over(int bins, int bound) const {
+    return a_.stopped || a_.z == a_.lb || bins >= a_.z || bound >= a_.z;
+  }
 
   AllInfo3D& a_;
 };
@@ -142,6 +144,8 @@ int Search::boundOfRest() {
 
 }  // namespace
 
-void searchPacking(AllInfo3D& a) { Search(a).node(0, 0, a.lb, 1); }
+void searchPacking(AllInfo3D& a) {
+  Search(a).node(0, 0, a.lb, 1);
+}
 
 }  // namespace mek::pack

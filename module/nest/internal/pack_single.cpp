@@ -62,11 +62,17 @@ bool fitCopies(AllInfo3D& a, std::span<Box3D> boxes, int nodeLimit) {
     if (a.stopped) return false;
   }
   switch (boxes.size()) {
-    case 0: report("no boxes in onebin_decision"); return false;
-    case 1: return true;
-    case 2: return pairTest(a.W, a.H, a.D, boxes[0], boxes[1]);
-    case 3: return tripleTest(a, boxes[0], boxes[1], boxes[2]);
-    default: return exactTest(a, boxes, nodeLimit);
+    case 0:
+      report("no boxes in onebin_decision");
+      return false;
+    case 1:
+      return true;
+    case 2:
+      return pairTest(a.W, a.H, a.D, boxes[0], boxes[1]);
+    case 3:
+      return tripleTest(a, boxes[0], boxes[1], boxes[2]);
+    default:
+      return exactTest(a, boxes, nodeLimit);
   }
 }
 
@@ -105,7 +111,8 @@ Candidates gather(AllInfo3D& a, Box3D& box, int bin) {
 }  // namespace
 
 bool pairTest(int W, int H, int D, Box3D& first, Box3D& second) {
-  const bool inside = first.w <= W && second.w <= W && first.h <= H && second.h <= H && first.d <= D && second.d <= D;
+  const bool inside =
+      first.w <= W && second.w <= W && first.h <= H && second.h <= H && first.d <= D && second.d <= D;
   if (!inside) return false;
   moveTo(first, 0, 0, 0);
   if (first.w + second.w <= W)

@@ -4,8 +4,8 @@
 
 namespace mek::pack {
 
-/// True when the boxes of `bin` and `box` fit one bin together; their corners are set then. The test is exact; false
-/// also when a limit of the run strikes. Reports "no boxes in onebin_decision".
+/// True when the boxes of `bin` and `box` fit one bin together; their corners are set then. The test is
+/// exact; false also when a limit of the run strikes. Reports "no boxes in onebin_decision".
 bool onebin_decision(AllInfo3D& a, Box3D& box, int bin);
 
 /// The same answer without touching any corner, and without a new test where this set was tested before.

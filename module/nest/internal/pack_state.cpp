@@ -25,11 +25,21 @@ PackState state;
 
 }  // namespace
 
-FitMemo& fitMemo() { return state.memo; }
-RelationTables& relationTables() { return state.relations; }
-RobotTables& robotTables() { return state.robot; }
-std::span<Box3D> scratchBoxes() { return state.scratch; }
-std::span<Layer3D> layerTable() { return state.layers; }
+FitMemo& fitMemo() {
+  return state.memo;
+}
+RelationTables& relationTables() {
+  return state.relations;
+}
+RobotTables& robotTables() {
+  return state.robot;
+}
+std::span<Box3D> scratchBoxes() {
+  return state.scratch;
+}
+std::span<Layer3D> layerTable() {
+  return state.layers;
+}
 
 AllInfo3D& resetPackState(int n) {
   state.info = AllInfo3D{};
@@ -47,7 +57,9 @@ AllInfo3D& resetPackState(int n) {
   return a;
 }
 
-void reportText(const std::string& text) { writeDebug(text + "\nIRREGULAR PROGRAM TERMINATION\n"); }
+void reportText(const std::string& text) {
+  writeDebug(text + "\nIRREGULAR PROGRAM TERMINATION\n");
+}
 
 double secondsSince(std::chrono::steady_clock::time_point start) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

@@ -1,6 +1,7 @@
 #pragma once
-// What the packing solver works on: boxes, layers, the context of a run, the fixed tables, counters and limits.
-// Everything lives in one place (pack_state.cpp), is reset by resetPackState, and is used by one run at a time.
+// What the packing solver works on: boxes, layers, the context of a run, the fixed tables, counters and
+// limits. Everything lives in one place (pack_state.cpp), is reset by resetPackState, and is used by one run
+// at a time.
 #include <chrono>
 #include <cstdint>
 #include <span>
@@ -24,7 +25,7 @@ struct Box3D {
   std::int16_t bno;      ///< bin from 1, 0 while unassigned
   std::int16_t k;        ///< 1 once placed in the current packing
   std::int32_t vol;
-  Box3D* ref;            ///< in a working copy, the box it stands for; not owned
+  Box3D* ref;  ///< in a working copy, the box it stands for; not owned
 };
 
 struct Layer3D {
@@ -55,15 +56,15 @@ struct AllInfo3D {
   std::int16_t lb;  ///< bound at the root
   std::int16_t bound0, bound1, bound2;
 
-  std::int64_t fillBest;   ///< best volume of the current single-bin fill
-  int fillLimit;           ///< boxes tried at a corner, 0 for all
+  std::int64_t fillBest;  ///< best volume of the current single-bin fill
+  int fillLimit;          ///< boxes tried at a corner, 0 for all
   int fillNodes;
-  int fillNodeLimit;       ///< 0 for none
+  int fillNodeLimit;  ///< 0 for none
 
   int nodes, nodesLow;            ///< thousands, and the counter below them
   int iterations, iterationsLow;  ///< likewise
   int exactCalls;
-  int maxTried;                   ///< most boxes in one exact test
+  int maxTried;  ///< most boxes in one exact test
 
   int nodelimit, iterlimit, timelimit;
   std::chrono::steady_clock::time_point start;
@@ -73,7 +74,7 @@ struct AllInfo3D {
 
 /// The relation of a pair (a, b), a before b in the list.
 enum Relation : std::int16_t {
-  kLeft = 0,   ///< x[a] + w[a] <= x[b]
+  kLeft = 0,  ///< x[a] + w[a] <= x[b]
   kRight = 1,
   kUnder = 2,  ///< y[a] + h[a] <= y[b]
   kAbove = 3,
@@ -95,23 +96,25 @@ struct Change {
 };
 inline constexpr int kUndoCapacity = 1 << 20;
 
-/// Tables of the general test. `domain` holds for each pair the relations still allowed as a mask of six bits.
+/// Tables of the general test. `domain` holds for each pair the relations still allowed as a mask of six
+/// bits.
 struct RelationTables {
   std::int16_t relation[kTableSide][kTableSide];
   std::uint8_t domain[kTableSide][kTableSide];
 
-  // By axis. head: longest chain of boxes before a box, which is its position. tail: longest chain from a box on,
-  // itself included. A relation a -> b fits exactly when head[a] + size[a] + tail[b] does and b doesn't lead to a.
+  // By axis. head: longest chain of boxes before a box, which is its position. tail: longest chain from a box
+  // on, itself included. A relation a -> b fits exactly when head[a] + size[a] + tail[b] does and b doesn't
+  // lead to a.
   std::int32_t size[3][kTableSide], head[3][kTableSide], tail[3][kTableSide];
   std::uint64_t next[3][kTableSide][kWords], prev[3][kTableSide][kWords];     ///< decided relations
   std::uint64_t after[3][kTableSide][kWords], before[3][kTableSide][kWords];  ///< and what follows from them
 
   Change undo[kUndoCapacity];
   struct Frame {
-    std::int32_t mark;   ///< height of the undo stack before this pair
-    std::int16_t i, j;   ///< the pair
-    std::int8_t tried;   ///< relations tried so far
-    bool decided;        ///< by forward checking, before its turn
+    std::int32_t mark;  ///< height of the undo stack before this pair
+    std::int16_t i, j;  ///< the pair
+    std::int8_t tried;  ///< relations tried so far
+    bool decided;       ///< by forward checking, before its turn
   } frames[kMaxPairs];
   struct Pair {
     std::int16_t i, j;
@@ -135,8 +138,8 @@ struct RobotTables {
   Step3D steps[kStepCapacity];
 };
 
-/// Answers of single-bin tests already made, for runs of up to 64 boxes: a set of boxes is a mask by number. A set
-/// that falls on another's slot replaces it.
+/// Answers of single-bin tests already made, for runs of up to 64 boxes: a set of boxes is a mask by number.
+/// A set that falls on another's slot replaces it.
 inline constexpr int kMemoBits = 16;
 inline constexpr int kMemoBoxes = 64;
 struct FitMemo {
@@ -178,8 +181,14 @@ void countIteration(AllInfo3D& a);
 /// Sets `stopped` when the node, iteration or time limit is met, and says so once.
 void testLimits(AllInfo3D& a);
 
-inline std::int16_t toShort(int value) { return static_cast<std::int16_t>(value); }
-inline std::size_t at(int index) { return static_cast<std::size_t>(index); }
-inline int count(std::size_t size) { return static_cast<int>(size); }
+inline std::int16_t toShort(int value) {
+  return static_cast<std::int16_t>(value);
+}
+inline std::size_t at(int index) {
+  return static_cast<std::size_t>(index);
+}
+inline int count(std::size_t size) {
+  return static_cast<int>(size);
+}
 
 }  // namespace mek::pack

@@ -17,7 +17,10 @@ constexpr double kSmallestLabelShare = 0.003;
 constexpr double kCharacterWidth = 0.6;  // of the text's height, for sans-serif letters
 
 /// Hundredths are finer than any line drawn.
-std::string number(double value) { return platform::shortest(static_cast<double>(static_cast<long long>(value * 1000 + (value < 0 ? -0.5 : 0.5))) / 1000); }
+std::string number(double value) {
+  return platform::shortest(
+      static_cast<double>(static_cast<long long>(value * 1000 + (value < 0 ? -0.5 : 0.5))) / 1000);
+}
 
 std::string escaped(std::string_view text) {
   std::string result;
@@ -65,10 +68,11 @@ void SvgPage::frame(double x, double y, double width, double height) {
 void SvgPage::label(double x, double y, double width, double height, std::string_view text) {
   const double side = std::max(width_, height_);
   const double length = static_cast<double>(platform::fromUtf8(text).size()) * kCharacterWidth;
-  const double size = std::min({side * kLargestLabelShare, height * 0.8, width * 0.9 / std::max(length, 1.0)});
+  const double size =
+      std::min({side * kLargestLabelShare, height * 0.8, width * 0.9 / std::max(length, 1.0)});
   if (size < side * kSmallestLabelShare) return;
-  body_ += "<text x=\"" + number(x) + "\" y=\"" + number(up(y) + size * 0.35) + "\" font-size=\"" + number(size) +
-           "\" text-anchor=\"middle\">" + escaped(text) + "</text>\n";
+  body_ += "<text x=\"" + number(x) + "\" y=\"" + number(up(y) + size * 0.35) + "\" font-size=\"" +
+           number(size) + "\" text-anchor=\"middle\">" + escaped(text) + "</text>\n";
 }
 
 void SvgPage::caption(double x, double y, double size, std::string_view text) {
@@ -78,10 +82,11 @@ void SvgPage::caption(double x, double y, double size, std::string_view text) {
 
 std::string SvgPage::text() const {
   const double side = std::max(width_, height_), margin = side * kMarginShare;
-  return "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"" + number(-margin) + " " + number(-margin) + " " +
-         number(width_ + 2 * margin) + " " + number(height_ + 2 * margin) +
-         "\">\n<g stroke=\"#333\" stroke-width=\"" + number(side * kStrokeShare) + "\">\n<style>text{font-family:" +
-         "sans-serif;fill:#222;stroke:none}</style>\n" + body_ + "</g>\n</svg>\n";
+  return "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"" + number(-margin) + " " + number(-margin) +
+         " " + number(width_ + 2 * margin) + " " + number(height_ + 2 * margin) +
+         "\">\n<g stroke=\"#333\" stroke-width=\"" + number(side * kStrokeShare) +
+         "\">\n<style>text{font-family:" + "sans-serif;fill:#222;stroke:none}</style>\n" + body_ +
+         "</g>\n</svg>\n";
 }
 
 std::string_view fillColour(int index) {

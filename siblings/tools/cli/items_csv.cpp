@@ -114,7 +114,8 @@ bool layoutFromNames(const std::vector<std::string>& fields, int line, Layout& l
   layout.fill(kNoColumn);
   for (std::size_t i = 0; i < fields.size(); ++i)
     for (std::size_t column = 0; column < kColumns; ++column)
-      if (layout[column] == kNoColumn && platform::equalNoCase(std::string_view(fields[i]), kColumnNames[column]))
+      if (layout[column] == kNoColumn &&
+          platform::equalNoCase(std::string_view(fields[i]), kColumnNames[column]))
         layout[column] = static_cast<int>(i);
   if (layout[kHeight] != kNoColumn) return true;
   error = "line " + std::to_string(line) + ": expected a column named height";
@@ -149,11 +150,13 @@ class ItemReader {
  private:
   std::string_view field(const std::vector<std::string>& fields, Column column) const {
     const int index = layout_[column];
-    return index >= 0 && static_cast<std::size_t>(index) < fields.size() ? fields[static_cast<std::size_t>(index)]
-                                                                         : std::string_view();
+    return index >= 0 && static_cast<std::size_t>(index) < fields.size()
+               ? fields[static_cast<std::size_t>(index)]
+               : std::string_view();
   }
 
-  bool size(const std::vector<std::string>& fields, Column column, int line, double& value, std::string& error) {
+  bool size(const std::vector<std::string>& fields, Column column, int line, double& value,
+            std::string& error) {
     const std::string_view text = trimmed(field(fields, column));
     if (parse(text, value) && std::isfinite(value) && value > 0) return true;
     return fail(line, std::string("a ") + kColumnNames[column] + " above 0", text, error);

@@ -64,7 +64,7 @@ void layOut(const Options& options, Plan& plan) {
   std::vector<NestItem> frames;
   for (const CsvItem& item : plan.items)
     frames.push_back({kAside - item.width, kAside - item.height, kAside, kAside, 0, 0, nullptr});
-  const NestParams params = {plan.height, plan.strip ? -1 : plan.length, 0, options.gap, options.edge,
+  const NestParams params = {plan.height,    plan.strip ? -1 : plan.length, 0, options.gap, options.edge,
                              options.between};
   NesterFrame(frames.data(), static_cast<int>(frames.size()), &params, &plan.sheets);
   double end = 0;
@@ -91,16 +91,20 @@ void layOut(const Options& options, Plan& plan) {
   if (plan.strip) plan.length = end;
 }
 
-std::string percent(double share) { return platform::formatText<char>("%.1f %%", {100 * share}); }
+std::string percent(double share) {
+  return platform::formatText<char>("%.1f %%", {100 * share});
+}
 
 void printText(const Plan& plan, std::ostream& out) {
   const std::ptrdiff_t unplaced = plan.unplaced();
-  out << plan.sheets << (plan.sheets == 1 ? " sheet of " : " sheets of ") << platform::shortest(plan.length) << " x "
-      << platform::shortest(plan.height) << ", " << plan.items.size() - static_cast<std::size_t>(unplaced) << " of "
-      << plan.items.size() << " items placed, " << percent(plan.used(0)) << " used\n";
+  out << plan.sheets << (plan.sheets == 1 ? " sheet of " : " sheets of ") << platform::shortest(plan.length)
+      << " x " << platform::shortest(plan.height) << ", "
+      << plan.items.size() - static_cast<std::size_t>(unplaced) << " of " << plan.items.size()
+      << " items placed, " << percent(plan.used(0)) << " used\n";
   for (int sheet = 1; sheet <= plan.sheets; ++sheet) {
-    const auto count = std::count_if(plan.places.begin(), plan.places.end(),
-                                     [sheet](const Placement& place) { return place.placed && place.sheet == sheet; });
+    const auto count = std::count_if(plan.places.begin(), plan.places.end(), [sheet](const Placement& place) {
+      return place.placed && place.sheet == sheet;
+    });
     out << "  sheet " << sheet << ": " << count << " items, " << percent(plan.used(sheet)) << "\n";
   }
   for (std::size_t i = 0; i < plan.items.size(); ++i)
@@ -112,13 +116,15 @@ void printText(const Plan& plan, std::ostream& out) {
 
 void printJson(const Plan& plan, std::ostream& out) {
   out << "{\"sheets\":" << plan.sheets << ",\"sheet\":{\"length\":" << platform::shortest(plan.length)
-      << ",\"height\":" << platform::shortest(plan.height) << "},\"used\":" << platform::shortest(plan.used(0))
-      << ",\"notPlaced\":" << plan.unplaced() << ",\"items\":[";
+      << ",\"height\":" << platform::shortest(plan.height)
+      << "},\"used\":" << platform::shortest(plan.used(0)) << ",\"notPlaced\":" << plan.unplaced()
+      << ",\"items\":[";
   for (std::size_t i = 0; i < plan.items.size(); ++i) {
     const CsvItem& item = plan.items[i];
     const Placement& place = plan.places[i];
     out << (i == 0 ? "\n" : ",\n") << "{\"line\":" << item.line << ",\"name\":" << jsonText(item.name)
-        << ",\"width\":" << platform::shortest(item.width) << ",\"height\":" << platform::shortest(item.height);
+        << ",\"width\":" << platform::shortest(item.width)
+        << ",\"height\":" << platform::shortest(item.height);
     if (place.placed)
       out << ",\"sheet\":" << place.sheet << ",\"x\":" << platform::shortest(place.x)
           << ",\"y\":" << platform::shortest(place.y) << ",\"turned\":" << (place.turned ? "true" : "false");
@@ -190,11 +196,14 @@ int work(const Options& options, Plan& plan, std::ostream& out, std::ostream& er
 int runNestCommand(int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
   Options options;
   CLI::App app("Lays frames out on sheets.", "korvane nest");
-  app.footer("ITEMS.csv has columns width, height, and if wanted count and name, named in its first row or in this order.\n"
-             "Exit code: 0 every frame placed, 1 some not placed or a file failed, 2 wrong use.");
+  app.footer(
+      "ITEMS.csv has columns width, height, and if wanted count and name, named in its first row or in this "
+      "order.\n"
+      "Exit code: 0 every frame placed, 1 some not placed or a file failed, 2 wrong use.");
   app.add_option("items", options.table, "Table of frames")->required()->type_name("ITEMS.csv");
   app.add_option("--sheet", options.sheet, "Sheet: length along x, height")->type_name("594x841");
-  app.add_option("--strip", options.strip, "One sheet of this height without end")->check(CLI::Range(1e-6, 1e12));
+  app.add_option("--strip", options.strip, "One sheet of this height without end")
+      ->check(CLI::Range(1e-6, 1e12));
   const auto distance = [&](const char* name, double& value, const char* help) {
     app.add_option(name, value, help)->check(CLI::Range(0.0, 1e9));
   };

@@ -26,16 +26,17 @@ struct Options {
 
 bool isDriverForm(int argc, const char* const* argv) {
   if (argc != kFileForm && argc != kRandomForm && argc != kAskingForm) return false;
-  return std::none_of(argv + 1, argv + argc, [](const char* text) { return text[0] == '-' && text[1] == '-'; });
+  return std::none_of(argv + 1, argv + argc,
+                      [](const char* text) { return text[0] == '-' && text[1] == '-'; });
 }
 
 bool readInstance(const Options& options, mek::PackInstance& instance, std::ostream& err) {
   if (options.file.empty()) {
-    if (mek::randomPackInstance(options.n, options.bindim, options.type, static_cast<std::uint32_t>(options.seed),
-                                instance))
+    if (mek::randomPackInstance(options.n, options.bindim, options.type,
+                                static_cast<std::uint32_t>(options.seed), instance))
       return true;
-    err << "pack: no instance of type " << options.type << " with " << options.n << " boxes and a bin of side "
-        << options.bindim << "\n";
+    err << "pack: no instance of type " << options.type << " with " << options.n
+        << " boxes and a bin of side " << options.bindim << "\n";
     return false;
   }
   std::string text, error;
@@ -49,23 +50,24 @@ bool readInstance(const Options& options, mek::PackInstance& instance, std::ostr
 }
 
 void printText(const mek::PackInstance& instance, const mek::PackResult& result, std::ostream& out) {
-  out << instance.n() << " boxes in " << result.ub << (result.ub == 1 ? " bin of " : " bins of ") << instance.W << " x "
-      << instance.H << " x " << instance.D << ", at least " << result.lb << " needed"
+  out << instance.n() << " boxes in " << result.ub << (result.ub == 1 ? " bin of " : " bins of ")
+      << instance.W << " x " << instance.H << " x " << instance.D << ", at least " << result.lb << " needed"
       << (result.lb == result.ub ? "" : " (a limit was met)") << "\n";
   for (std::size_t i = 0; i < result.bno.size(); ++i)
     out << platform::formatText<char>("%4d (%d %d %d) : bin %d (%d, %d, %d)\n",
-                                      {i + 1, instance.w[i], instance.h[i], instance.d[i], result.bno[i], result.x[i],
-                                       result.y[i], result.z[i]});
+                                      {i + 1, instance.w[i], instance.h[i], instance.d[i], result.bno[i],
+                                       result.x[i], result.y[i], result.z[i]});
 }
 
 void printJson(const mek::PackInstance& instance, const mek::PackResult& result, std::ostream& out) {
-  out << "{\"bins\":" << result.ub << ",\"bound\":" << result.lb << ",\"bin\":[" << instance.W << "," << instance.H
-      << "," << instance.D << "],\"nodes\":" << result.nodes << ",\"iterations\":" << result.iterations
-      << ",\"milliseconds\":" << result.milliseconds << ",\"boxes\":[";
+  out << "{\"bins\":" << result.ub << ",\"bound\":" << result.lb << ",\"bin\":[" << instance.W << ","
+      << instance.H << "," << instance.D << "],\"nodes\":" << result.nodes
+      << ",\"iterations\":" << result.iterations << ",\"milliseconds\":" << result.milliseconds
+      << ",\"boxes\":[";
   for (std::size_t i = 0; i < result.bno.size(); ++i)
-    out << (i == 0 ? "\n" : ",\n") << "{\"size\":[" << instance.w[i] << "," << instance.h[i] << "," << instance.d[i]
-        << "],\"bin\":" << result.bno[i] << ",\"at\":[" << result.x[i] << "," << result.y[i] << "," << result.z[i]
-        << "]}";
+    out << (i == 0 ? "\n" : ",\n") << "{\"size\":[" << instance.w[i] << "," << instance.h[i] << ","
+        << instance.d[i] << "],\"bin\":" << result.bno[i] << ",\"at\":[" << result.x[i] << "," << result.y[i]
+        << "," << result.z[i] << "]}";
   out << "\n]}\n";
 }
 
@@ -134,13 +136,15 @@ int work(const Options& options, std::ostream& out, std::ostream& err) {
 }  // namespace
 
 int runPackCommand(int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
-  if (isDriverForm(argc, argv)) return mek::packProblemDriver(argc, argv, std::cin, out) == 0 ? kSuccess : kWorkFailed;
+  if (isDriverForm(argc, argv))
+    return mek::packProblemDriver(argc, argv, std::cin, out) == 0 ? kSuccess : kWorkFailed;
   Options options;
   CLI::App app("Packs boxes without turning them into the fewest equal bins.", "korvane pack");
-  app.footer("Also: korvane pack FILE NODELIMIT ITERLIMIT TIMELIMIT PACKINGTYPE,\n"
-             "      korvane pack N BINDIM TYPE NODELIMIT ITERLIMIT TIMELIMIT PACKINGTYPE (10 runs),\n"
-             "      korvane pack (asks for the seven numbers).\n"
-             "Exit code: 0 success, 1 wrong input or a file failed, 2 wrong use.");
+  app.footer(
+      "Also: korvane pack FILE NODELIMIT ITERLIMIT TIMELIMIT PACKINGTYPE,\n"
+      "      korvane pack N BINDIM TYPE NODELIMIT ITERLIMIT TIMELIMIT PACKINGTYPE (10 runs),\n"
+      "      korvane pack (asks for the seven numbers).\n"
+      "Exit code: 0 success, 1 wrong input or a file failed, 2 wrong use.");
   const auto whole = [&](const char* name, int& value, int least, const char* help) {
     return app.add_option(name, value, help)->check(CLI::Range(least, 2147483647));
   };
@@ -152,7 +156,8 @@ int runPackCommand(int argc, const char* const* argv, std::ostream& out, std::os
   whole("--nodelimit", options.limits.nodes, 0, "Search nodes in thousands, 0 for no limit");
   whole("--iterlimit", options.limits.iterations, 0, "Single-bin iterations in thousands, 0 for no limit");
   whole("--timelimit", options.limits.seconds, 0, "Seconds, 0 for no limit");
-  app.add_flag("--robot", options.robot, "Only packings that can be filled box by box from right, above and front");
+  app.add_flag("--robot", options.robot,
+               "Only packings that can be filled box by box from right, above and front");
   app.add_option("--svg", options.picture, "Draw each bin's layers")->type_name("BINS.svg");
   app.add_flag("--json", options.json, "Print the result as JSON");
   try {
