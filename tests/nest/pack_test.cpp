@@ -58,6 +58,11 @@ Packed packedFrom(std::span<const Box3D> boxes, int bins) {
   return packed;
 }
 
+bool fitsOneBin(AllInfo3D& a) {
+  return (a.packtype == 1 ? mek::pack::robotTest(a, a.boxes, 0) : mek::pack::generalTest(a, a.boxes, 0)) ==
+         mek::pack::Answer::Yes;
+}
+
 std::size_t timesIn(const std::string& text, const std::string& part) {
   std::size_t times = 0;
   for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++times;
@@ -97,8 +102,7 @@ TEST(SingleBin, FullBinsFitExactlyWhenTryingEverythingSaysSo) {
       const bool expected = fewestBins(problem, type) == 1;
       AllInfo3D& a = load(problem, type);
       for (Box3D& box : a.boxes) box.bno = 1;
-      const bool fits =
-          type == 1 ? mek::pack::robotTest(a, a.boxes, 0) : mek::pack::generalTest(a, a.boxes, 0);
+      const bool fits = fitsOneBin(a);
       ASSERT_EQ(fits, expected) << describe(problem) << " type " << type;
       if (fits) {
         ASSERT_EQ(packingFault(problem, packedFrom(a.boxes, 1), type), "") << describe(problem);
@@ -160,8 +164,7 @@ TEST(SingleBin, HundredsOfBoxesStayWithinTheTables) {
       AllInfo3D& a = load(problem, type);
       a.iterlimit = kShare == 1 ? 2 : 1;
       for (Box3D& box : a.boxes) box.bno = 1;
-      const bool fits =
-          type == 1 ? mek::pack::robotTest(a, a.boxes, 0) : mek::pack::generalTest(a, a.boxes, 0);
+      const bool fits = fitsOneBin(a);
       if (fits)
         EXPECT_EQ(packingFault(problem, packedFrom(a.boxes, 1), type), "");
       else

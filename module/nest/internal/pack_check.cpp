@@ -34,7 +34,9 @@ bool liesBeyond(const Box3D& box, const Box3D& other) {
   return box.x >= other.x + other.w || box.y >= other.y + other.h || box.z >= other.z + other.d;
 }
 
-bool checkRobotOrder(std::span<const Box3D> boxes) {
+}  // namespace
+
+int barredBoxes(std::span<const Box3D> boxes) {
   std::array<const Box3D*, kTableSide> left;
   int size = 0;
   for (const Box3D& box : boxes)
@@ -51,15 +53,14 @@ bool checkRobotOrder(std::span<const Box3D> boxes) {
       taken = true;
     }
   }
-  for (int i = 0; i < size; ++i) report("not robot packable");
-  return size == 0;
+  return size;
 }
-
-}  // namespace
 
 bool checkPacking(const AllInfo3D& a, std::span<const Box3D> boxes) {
   const bool apart = checkPairs(boxes);
-  return (a.packtype != kRobotPacking || checkRobotOrder(boxes)) && apart;
+  const int barred = a.packtype == kRobotPacking ? barredBoxes(boxes) : 0;
+  for (int i = 0; i < barred; ++i) report("not robot packable");
+  return apart && barred == 0;
 }
 
 void storeSolution(AllInfo3D& a, std::span<const Box3D> solution, int bins) {

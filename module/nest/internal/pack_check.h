@@ -4,6 +4,9 @@
 
 namespace mek::pack {
 
+/// How many boxes can't be taken out of their bins in a robot's order, without a report.
+int barredBoxes(std::span<const Box3D> boxes);
+
 /// Tests every two boxes of a bin: "duplicated box %d\n", "overlap box %d,%d: [%d,%d,%d] [%d,%d,%d]" (the
 /// numbers, then the corners). Robot packings are emptied bin by bin: a box goes when every box left in the
 /// bin lies left of, under or behind it (smaller x, y, z); "not robot packable" for each box that can't go

@@ -34,7 +34,7 @@ class GeneralSearch {
         nodeLimit_(nodeLimit),
         limit_{a.W, a.H, a.D} {}
 
-  bool run();
+  Answer run();
 
  private:
   bool start();
@@ -287,13 +287,13 @@ bool GeneralSearch::nextRelation(int depth) {
   return false;
 }
 
-bool GeneralSearch::run() {
-  if (!start()) return false;
+Answer GeneralSearch::run() {
+  if (!start()) return aborted_ ? Answer::Cut : Answer::No;
   int depth = 0;
   openPair(0, 0, 1);
   while (depth >= 0) {
     if (!nextRelation(depth)) {
-      if (aborted_ || a_.stopped) return false;
+      if (aborted_ || a_.stopped) return Answer::Cut;
       --depth;
       continue;
     }
@@ -305,18 +305,18 @@ bool GeneralSearch::run() {
     else
       openPair(depth, i + 1, i + 2);
   }
-  if (depth < 0) return false;
+  if (depth < 0) return Answer::No;
   for (int i = 0; i < n_; ++i) {
     boxes_[at(i)].x = toShort(t_.head[0][i]);
     boxes_[at(i)].y = toShort(t_.head[1][i]);
     boxes_[at(i)].z = toShort(t_.head[2][i]);
   }
-  return true;
+  return Answer::Yes;
 }
 
 }  // namespace
 
-bool generalTest(AllInfo3D& a, std::span<Box3D> boxes, int nodeLimit) {
+Answer generalTest(AllInfo3D& a, std::span<Box3D> boxes, int nodeLimit) {
   GeneralSearch search(a, boxes, nodeLimit);
   return search.run();
 }

@@ -5,9 +5,9 @@
 
 namespace mek::pack {
 
-/// True when all `boxes` (at least 2) fit one bin; their corners are set then. The packing is the first one
-/// in the order pairs row by row, relations 0 to 5. `nodeLimit` 0 means none. False also when a limit of the
-/// run strikes or the undo stack is filled ("stack filled\n"), both of which set `a.stopped`.
-bool generalTest(AllInfo3D& a, std::span<Box3D> boxes, int nodeLimit);
+/// Do all `boxes` (at least 2) fit one bin? Their corners are set on Yes: the first packing in the order
+/// pairs row by row, relations 0 to 5. Cut after `nodeLimit` nodes (0 means none), when a limit of the run
+/// strikes, or when the undo stack is filled ("stack filled\n"); the latter two set `a.stopped`.
+Answer generalTest(AllInfo3D& a, std::span<Box3D> boxes, int nodeLimit);
 
 }  // namespace mek::pack

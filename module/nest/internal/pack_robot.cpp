@@ -254,21 +254,22 @@ int cornerPoints(const AllInfo3D& a, std::span<const Box3D> boxes, std::span<con
   return size;
 }
 
-bool robotTest(AllInfo3D& a, std::span<Box3D> boxes, int nodeLimit) {
+Answer robotTest(AllInfo3D& a, std::span<Box3D> boxes, int nodeLimit) {
   std::int64_t volume = 0;
   for (const Box3D& box : boxes) volume += box.vol;
   a.fillLimit = 0;
   a.fillNodeLimit = nodeLimit;
   RobotSearch search(a, boxes, volume - 1);
   search.run();
-  if (!search.found()) return false;
+  const bool cut = a.stopped || (nodeLimit != 0 && a.fillNodes >= nodeLimit);
+  if (!search.found()) return cut ? Answer::Cut : Answer::No;
   for (int i = 0; i < count(boxes.size()); ++i) {
     const Corner3D corner = search.best(i);
     boxes[at(i)].x = corner.x;
     boxes[at(i)].y = corner.y;
     boxes[at(i)].z = corner.z;
   }
-  return true;
+  return Answer::Yes;
 }
 
 int fillBin(AllInfo3D& a, std::span<Box3D> boxes, int bin) {

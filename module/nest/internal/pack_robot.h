@@ -13,9 +13,9 @@ namespace mek::pack {
 int cornerPoints(const AllInfo3D& a, std::span<const Box3D> boxes, std::span<const std::int16_t> order,
                  const Corner3D& least, std::span<Corner3D> corners, std::int64_t& room);
 
-/// True when all `boxes` fit one bin as a robot packing; their corners are set then. `nodeLimit` 0 means
-/// none. False also when a limit of the run strikes, which sets `a.stopped`.
-bool robotTest(AllInfo3D& a, std::span<Box3D> boxes, int nodeLimit);
+/// Do all `boxes` fit one bin as a robot packing? Their corners are set on Yes. Cut after `nodeLimit` nodes
+/// (0 means none), or when a limit of the run strikes, which sets `a.stopped`.
+Answer robotTest(AllInfo3D& a, std::span<Box3D> boxes, int nodeLimit);
 
 /// Fills one bin with as much volume of `boxes` (copies with `ref` set) as `a.fillLimit` and
 /// `a.fillNodeLimit` allow. The real boxes of the best filling get `bin` and their corners. Gives their

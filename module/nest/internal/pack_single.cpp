@@ -3,6 +3,7 @@
 #include <array>
 
 #include "module/nest/internal/pack_bounds.h"
+#include "module/nest/internal/pack_check.h"
 #include "module/nest/internal/pack_general.h"
 #include "module/nest/internal/pack_robot.h"
 
@@ -10,6 +11,11 @@ namespace mek::pack {
 namespace {
 
 constexpr int kHeuristicNodes = 1000;
+// Nodes of a decision before the other test is asked, and how many times that it gets.
+constexpr int kFirstShare = 1000;
+constexpr int kLastShare = 16000;
+constexpr int kShareGrowth = 16;
+constexpr int kHelpShare = 4;
 
 void moveTo(Box3D& box, int x, int y, int z) {
   box.x = toShort(x);
@@ -49,11 +55,41 @@ bool volumeFits(const AllInfo3D& a, std::span<const Box3D> boxes) {
   return volume <= a.BVOL;
 }
 
+/// A general packing that happens to be one of a robot too.
+bool isRobotPacking(std::span<Box3D> boxes) {
+  for (Box3D& box : boxes) box.bno = 1;
+  return barredBoxes(boxes) == 0;
+}
+
+/// The test of the packing type; when it takes long, the other one has a try: what fits in no way doesn't fit
+/// a robot's way, and what fits a robot's way fits. Either may know much sooner.
+Answer decide(AllInfo3D& a, std::span<Box3D> boxes) {
+  const bool robot = a.packtype == kRobotPacking;
+  const auto own = [&](int nodes) {
+    return robot ? robotTest(a, boxes, nodes) : generalTest(a, boxes, nodes);
+  };
+  const auto other = [&](int nodes) {
+    return robot ? generalTest(a, boxes, nodes) : robotTest(a, boxes, nodes);
+  };
+  for (int nodes = kFirstShare; nodes <= kLastShare; nodes *= kShareGrowth) {
+    const Answer answer = own(nodes);
+    if (answer != Answer::Cut || a.stopped) return answer;
+    const Answer help = other(nodes * kHelpShare);
+    if (a.stopped) return Answer::Cut;
+    if (help == (robot ? Answer::No : Answer::Yes)) return help;
+    if (robot && help == Answer::Yes && isRobotPacking(boxes)) return Answer::Yes;
+    if (help != Answer::Cut) break;
+  }
+  return own(0);
+}
+
 bool exactTest(AllInfo3D& a, std::span<Box3D> boxes, int nodeLimit) {
   if (!volumeFits(a, boxes) || boundByBoth(a, boxes) > 1) return false;
   ++a.exactCalls;
   a.maxTried = std::max(a.maxTried, count(boxes.size()));
-  return a.packtype == kRobotPacking ? robotTest(a, boxes, nodeLimit) : generalTest(a, boxes, nodeLimit);
+  if (nodeLimit == 0) return decide(a, boxes) == Answer::Yes;
+  const bool robot = a.packtype == kRobotPacking;
+  return (robot ? robotTest(a, boxes, nodeLimit) : generalTest(a, boxes, nodeLimit)) == Answer::Yes;
 }
 
 bool fitCopies(AllInfo3D& a, std::span<Box3D> boxes, int nodeLimit) {

@@ -121,6 +121,9 @@ struct RelationTables {
   } forced[kMaxPairs];  ///< pairs that came down to one relation and wait to be decided, a stack
 };
 
+/// The answer of a search within a number of nodes. Cut: it ended before it knew.
+enum class Answer { No, Yes, Cut };
+
 struct Corner3D {
   std::int16_t x, y, z;
 };
