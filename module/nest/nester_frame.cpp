@@ -76,6 +76,14 @@ struct Room {
   bool takesWidth(double partWidth) const {
     return width - partWidth - partGap >= -kRounding && freeWidth - offsetX - partWidth >= -kRounding;
   }
+  /// False when no orientation can pass a test below: a glance for the many parts that are too large for a
+  /// small gap.
+  bool mayTake(const Part& part) const {
+    const double high = height - below - above + kRounding;
+    const double wide = std::min(width - partGap, freeWidth - offsetX) + kRounding;
+    return std::min(part.width, part.height) <= std::min(high, wide) &&
+           std::max(part.width, part.height) <= std::max(high, wide);
+  }
   bool fitsWell(double share, double partWidth, double partHeight) const {
     return takesHeight(share, partHeight) && left(share, partHeight) < kGoodFit && takesWidth(partWidth);
   }
@@ -160,10 +168,12 @@ bool Nester::fill(const NestGap& gap) {
   if (wasRefused(gap)) return false;
   const Room room = roomOf(gap);
   Fit fit = Fit::None;
-  Part* part =
-      parts_.find([&](const Part& candidate) { return (fit = goodFit(room, candidate)) != Fit::None; });
-  if (!part)
-    part = parts_.find([&](const Part& candidate) { return (fit = anyFit(room, candidate)) != Fit::None; });
+  const auto pass = [&](Fit (*test)(const Room&, const Part&)) {
+    return parts_.find(
+        [&](const Part& part) { return room.mayTake(part) && (fit = test(room, part)) != Fit::None; });
+  };
+  Part* part = pass(goodFit);
+  if (!part) part = pass(anyFit);
   if (!part) {
     refused_.push_back(gap);
     return false;
