@@ -15,7 +15,8 @@ int main(int argc, char** argv) {
   if (argc > 1 && korvane::isModuleCommand(argv[1])) return korvane::runModuleCommand(argc - 1, argv + 1);
   CLI::App app("Korvane Mechanical: drafts from a command line, a script, or a shell.", "korvane");
   app.set_version_flag("--version", "korvane 0.1.0");
-  app.footer("More sub-commands, each with --help: query (ask a folder of standard tables).\n"
+  app.footer("More sub-commands, each with --help: query (ask a folder of standard tables),\n"
+             "nest (lay frames out on sheets), pack (pack boxes into bins).\n"
              "Without --script and --command it reads commands from the terminal, or from standard input.\n"
              "Exit code: 0 success, 1 the work failed, 2 wrong use.");
 

@@ -7,6 +7,8 @@
 #include "host/base/context.h"
 #include "host/editor/prompts.h"
 #include "module/core/paths.h"
+#include "siblings/tools/cli/nest_command.h"
+#include "siblings/tools/cli/pack_command.h"
 #include "siblings/tools/cli/query_command.h"
 
 namespace {
@@ -20,6 +22,8 @@ struct SubCommand {
 };
 
 constexpr SubCommand kSubCommands[] = {
+    {"nest", runNestCommand},
+    {"pack", runPackCommand},
     {"query", runQueryCommand},
 };
 
