@@ -79,6 +79,23 @@ KvDbStub& KvDbDatabase::newStub(std::uint64_t handle) {
   return stub;
 }
 
+KvDbStub& KvDbDatabase::newFreeStub() {
+  if (!isReading_) return newStub(nextHandle_);
+  KvDbStub& stub = stubs_.emplace_back();
+  stub.database = this;
+  unnumbered_.push_back(&stub);
+  return stub;
+}
+
+void KvDbDatabase::numberTheUnnumbered() {
+  isReading_ = false;
+  for (KvDbStub* stub : unnumbered_) {
+    stub->handle = nextHandle_++;
+    byHandle_.put(stub->handle, stub);
+  }
+  unnumbered_.clear();
+}
+
 void KvDbDatabase::place(KvDbStub& stub, KvDbObject* object) {
   stub.object = object;
   object->stub_ = &stub;
@@ -86,7 +103,7 @@ void KvDbDatabase::place(KvDbStub& stub, KvDbObject* object) {
 }
 
 KvDbObjectId KvDbDatabase::addObject(KvDbObject* object, KvDbObjectId owner) {
-  KvDbStub& stub = newStub(nextHandle_);
+  KvDbStub& stub = newFreeStub();
   place(stub, object);
   stub.isOpenForWrite = true;
   object->setOwnerId(owner);
@@ -99,7 +116,7 @@ KvDbObjectId KvDbDatabase::addAsRead(KvDbObject* object, KvDbHandle handle, bool
   KvDbStub* stub = handle.isNull() ? nullptr : byHandle_.find(handle.value());
   const bool isTaken = stub && stub->object;
   if (isReplaced) *isReplaced = isTaken;
-  if (isTaken || handle.isNull()) stub = &newStub(nextHandle_);
+  if (isTaken || handle.isNull()) stub = &newFreeStub();
   else if (!stub) stub = &newStub(handle.value());
   place(*stub, object);
   return KvDbObjectId(stub);
@@ -166,6 +183,7 @@ void KvDbDatabase::ensureSpaces() {
 }
 
 void KvDbDatabase::completeAfterReading() {
+  numberTheUnnumbered();
   for (const TableRow& row : kTables) ensureTable(row.table);
   for (const wchar_t* name : {L"ByBlock", L"ByLayer", L"Continuous"}) ensureRecord(KvDbTable::Linetype, name);
   ensureRecord(KvDbTable::Layer, L"0");

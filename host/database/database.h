@@ -55,6 +55,8 @@ class KvDbDatabase {
   /// For readers: the same under the handle that the file gives, left closed. A handle that is taken, or 0, is replaced by a free one;
   /// `isReplaced` tells.
   KvDbObjectId addAsRead(KvDbObject* object, KvDbHandle handle, bool* isReplaced = nullptr);
+  /// While a file is being read, objects that it doesn't name itself get their handles at the end, when those of the file are all known.
+  void beginReading() { isReading_ = true; }
   /// The id of a handle that an object bears; null when nothing bears it.
   KvDbObjectId idFromHandle(KvDbHandle handle) const;
   /// The id of a handle, made when missing, so that a reference may be kept before (or without) its object being there. Null for 0.
@@ -131,6 +133,8 @@ class KvDbDatabase {
     std::unordered_map<std::uint64_t, Page> pages_;
   };
   KvDbStub& newStub(std::uint64_t handle);
+  KvDbStub& newFreeStub();
+  void numberTheUnnumbered();
   void place(KvDbStub& stub, KvDbObject* object);
   void ensureTable(KvDbTable table);
   void ensureRecord(KvDbTable table, const wchar_t* name);
@@ -140,6 +144,8 @@ class KvDbDatabase {
   std::vector<KvDbStub*> placed_;  // stubs that bear an object, in the order in which they got it
   HandleMap byHandle_;
   std::uint64_t nextHandle_ = 1;
+  std::vector<KvDbStub*> unnumbered_;  // stubs that wait for their handle
+  bool isReading_ = false;
   KvDbObjectId tables_[kKvDbTableCount];
   KvDbObjectId namedObjects_;
   KvDbObjectId currentLayer_;

@@ -84,6 +84,7 @@ std::int64_t DxfReader::Record::owner() const {
 DxfReader::DxfReader(KvDbDatabase& database, std::string_view bytes, KvIoReport& report, KvIoMode mode)
     : database_(database), tokens_(bytes), report_(report), mode_(mode) {
   findEncoding(bytes);
+  database_.beginReading();
   if (mode_ == KvIoMode::Recover) tokens_.tolerate();
 }
 

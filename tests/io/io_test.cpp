@@ -113,6 +113,15 @@ TEST(DrawingFile, VersionIsKeptAndRaisedWhereItMust) {
   }
 }
 
+TEST(DrawingFile, RecordsThatNoTableHasTakeNoHandleOfTheFile) {
+  // The layer comes into being between two entities that bear the next handles.
+  Parsed parsed(header("AC1015") + entities("0\nLINE\n5\n50\n8\nNEW\n0\nLINE\n5\n51\n8\nNEWER\n0\nLINE\n5\n52\n8\n0\n"));
+  ASSERT_EQ(parsed.status, Kvad::eOk) << platform::utf8From(parsed.report.error.describe());
+  EXPECT_EQ(parsed.layers(), L"NEW;NEWER;0;");
+  EXPECT_GT(parsed.drawing.recordId(KvDbTable::Layer, L"NEWER").handle().value(), 0x52u);
+  EXPECT_EQ(Parsed(kvdbFormatDrawing(parsed.drawing)).status, Kvad::eOk);
+}
+
 TEST(DrawingFile, UnknownThingsStay) {
   const std::string odd = header("AC1015") +
                           lines({"0", "SECTION", "2", "ENTITIES", "0", "GIZMO", "5", "AB", "102", "{MYAPP", "90", "7", "102", "}", "330", "1F", "100", "AcDbEntity", "8",
