@@ -72,7 +72,7 @@ TEST(DrawingFile, FaultsAreReportedWhereTheyStand) {
 TEST(DrawingFile, WhatIsNoDrawingIsRefusedInWords) {
   Parsed empty(" \n");
   EXPECT_EQ(empty.status, Kvad::eFileInternalErr);
-  Parsed foreign(std::string("AC1032\0\0\0\0\0\x03 binary", 24));
+  Parsed foreign(std::string("AC1032\0\0\0\0\0\x03 binary", 19));
   EXPECT_EQ(foreign.status, Kvad::eUnsupportedFileVersion);
   EXPECT_GE(foreign.report.error.text.Find(L"AC1032"), 0);
   EXPECT_EQ(Parsed(header("AC9999")).status, Kvad::eUnsupportedFileVersion);
