@@ -6,8 +6,9 @@ KVRX_DEFINE(KvDbPoint, KvDbEntity, L"POINT")
 KVRX_DEFINE(KvDbLine, KvDbEntity, L"LINE")
 KVRX_DEFINE(KvDbCircle, KvDbEntity, L"CIRCLE")
 KVRX_DEFINE(KvDbArc, KvDbEntity, L"ARC")
-KVRX_DEFINE(KvDbRay, KvDbEntity, L"RAY")
-KVRX_DEFINE(KvDbXline, KvDbEntity, L"XLINE")
+KVRX_DEFINE_ABSTRACT(KvDbEndlessLine, KvDbEntity)
+KVRX_DEFINE(KvDbRay, KvDbEndlessLine, L"RAY")
+KVRX_DEFINE(KvDbXline, KvDbEndlessLine, L"XLINE")
 KVRX_DEFINE(KvDbEllipse, KvDbEntity, L"ELLIPSE")
 KVRX_DEFINE(KvDbTrace, KvDbEntity, L"TRACE")
 KVRX_DEFINE(KvDbSolid, KvDbTrace, L"SOLID")
@@ -231,50 +232,32 @@ Kvad::ErrorStatus KvDbArc::transformBy(const KvGeMatrix3d& matrix) {
 
 const KvDbField KvDbRay::kFields[] = {
     kvdbMarker(L"AcDbRay"),
-    kvdbField<&KvDbRay::base_>(Type::Point, 10),
-    kvdbField<&KvDbRay::direction_>(Type::Vector, 11, kAlways, 0),
+    kvdbField<&KvDbRay::base_, KvDbRay>(Type::Point, 10),
+    kvdbField<&KvDbRay::direction_, KvDbRay>(Type::Vector, 11, kAlways, 0),
 };
-KVDB_FIELDS_DEFINE(KvDbRay, KvDbEntity)
-
-Kvad::ErrorStatus KvDbRay::setBasePoint(const KvGePoint3d& point) {
-  assertWriteEnabled();
-  base_ = point;
-  return Kvad::eOk;
-}
-
-Kvad::ErrorStatus KvDbRay::setUnitDir(const KvGeVector3d& direction) {
-  if (direction.isZeroLength()) return Kvad::eInvalidInput;
-  assertWriteEnabled();
-  direction_ = direction.normal();
-  return Kvad::eOk;
-}
-
-Kvad::ErrorStatus KvDbRay::transformBy(const KvGeMatrix3d& matrix) {
-  setBasePoint(matrix * base_);
-  return setUnitDir(matrix * direction_);
-}
+KVDB_FIELDS_DEFINE(KvDbRay, KvDbEndlessLine)
 
 const KvDbField KvDbXline::kFields[] = {
     kvdbMarker(L"AcDbXline"),
-    kvdbField<&KvDbXline::base_>(Type::Point, 10),
-    kvdbField<&KvDbXline::direction_>(Type::Vector, 11, kAlways, 0),
+    kvdbField<&KvDbXline::base_, KvDbXline>(Type::Point, 10),
+    kvdbField<&KvDbXline::direction_, KvDbXline>(Type::Vector, 11, kAlways, 0),
 };
-KVDB_FIELDS_DEFINE(KvDbXline, KvDbEntity)
+KVDB_FIELDS_DEFINE(KvDbXline, KvDbEndlessLine)
 
-Kvad::ErrorStatus KvDbXline::setBasePoint(const KvGePoint3d& point) {
+Kvad::ErrorStatus KvDbEndlessLine::setBasePoint(const KvGePoint3d& point) {
   assertWriteEnabled();
   base_ = point;
   return Kvad::eOk;
 }
 
-Kvad::ErrorStatus KvDbXline::setUnitDir(const KvGeVector3d& direction) {
+Kvad::ErrorStatus KvDbEndlessLine::setUnitDir(const KvGeVector3d& direction) {
   if (direction.isZeroLength()) return Kvad::eInvalidInput;
   assertWriteEnabled();
   direction_ = direction.normal();
   return Kvad::eOk;
 }
 
-Kvad::ErrorStatus KvDbXline::transformBy(const KvGeMatrix3d& matrix) {
+Kvad::ErrorStatus KvDbEndlessLine::transformBy(const KvGeMatrix3d& matrix) {
   setBasePoint(matrix * base_);
   return setUnitDir(matrix * direction_);
 }

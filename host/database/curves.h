@@ -102,10 +102,9 @@ class KvDbArc : public KvDbEntity {
   KvDbAngle startAngle_, endAngle_;
 };
 
-/// A line without end in one direction.
-class KvDbRay : public KvDbEntity {
-  KVRX_DECLARE(KvDbRay)
-  KVDB_FIELDS_DECLARE
+/// What lines without end share.
+class KvDbEndlessLine : public KvDbEntity {
+  KVRX_DECLARE(KvDbEndlessLine)
  public:
   KvGePoint3d basePoint() const { return base_; }
   KvGeVector3d unitDir() const { return direction_; }
@@ -114,26 +113,21 @@ class KvDbRay : public KvDbEntity {
   Kvad::ErrorStatus setUnitDir(const KvGeVector3d& direction);
   Kvad::ErrorStatus transformBy(const KvGeMatrix3d& matrix) override;
 
- private:
+ protected:
   KvGePoint3d base_;
   KvGeVector3d direction_ = KvGeVector3d::kXAxis;
 };
 
+/// A line without end in one direction.
+class KvDbRay : public KvDbEndlessLine {
+  KVRX_DECLARE(KvDbRay)
+  KVDB_FIELDS_DECLARE
+};
+
 /// A line without end in both directions.
-class KvDbXline : public KvDbEntity {
+class KvDbXline : public KvDbEndlessLine {
   KVRX_DECLARE(KvDbXline)
   KVDB_FIELDS_DECLARE
- public:
-  KvGePoint3d basePoint() const { return base_; }
-  KvGeVector3d unitDir() const { return direction_; }
-  Kvad::ErrorStatus setBasePoint(const KvGePoint3d& point);
-  /// eInvalidInput for a vector of no length.
-  Kvad::ErrorStatus setUnitDir(const KvGeVector3d& direction);
-  Kvad::ErrorStatus transformBy(const KvGeMatrix3d& matrix) override;
-
- private:
-  KvGePoint3d base_;
-  KvGeVector3d direction_ = KvGeVector3d::kXAxis;
 };
 
 /// An ellipse or an arc of one. Parameters run from the major axis, 0 to 2 pi.

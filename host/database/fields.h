@@ -61,11 +61,10 @@ struct KvDbMemberOf<M C::*> {
   using Class = C;
 };
 
-/// A row for a data member. `standard` is its default.
-template <auto Member>
+/// A row for a data member. `standard` is its default. `Class` is named where the member is a base's.
+template <auto Member, class Class = typename KvDbMemberOf<decltype(Member)>::Class>
 constexpr KvDbField kvdbField(KvDbField::Type type, int code, KvDbField::Write write = KvDbField::Write::Always, double standard = 0,
                               double lowest = 0, double highest = 0) {
-  using Class = typename KvDbMemberOf<decltype(Member)>::Class;
   return {type, write, static_cast<std::int16_t>(code), standard, nullptr,
           [](KvDbObject& object) -> void* { return &(static_cast<Class&>(object).*Member); }, lowest, highest};
 }
