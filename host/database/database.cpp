@@ -108,6 +108,7 @@ KvDbObjectId KvDbDatabase::addObject(KvDbObject* object, KvDbObjectId owner) {
   stub.isOpenForWrite = true;
   object->setOwnerId(owner);
   noteOpened();
+  if (isUndoRecording_) undo_.noteCreation(stub);
   noteModified();
   return KvDbObjectId(&stub);
 }
@@ -131,6 +132,13 @@ KvDbObjectId KvDbDatabase::referenceTo(KvDbHandle handle) {
   if (handle.isNull()) return {};
   KvDbStub* stub = byHandle_.find(handle.value());
   return KvDbObjectId(stub ? stub : &newStub(handle.value()));
+}
+
+std::uint64_t KvDbDatabase::savedHandleSeed() const {
+  std::uint64_t seed = seedAsRead_;
+  for (const KvDbStub* stub : placed_)
+    if (!stub->isErased && stub->handle >= seed) seed = stub->handle + 1;
+  return seed;
 }
 
 std::vector<KvDbObjectId> KvDbDatabase::allObjects() const {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/database/dbobject.h"
+#include "host/database/undo.h"
 
 class KvDbBlockTable;
 class KvDbBlockTableRecord;
@@ -65,6 +66,13 @@ class KvDbDatabase {
   std::vector<KvDbObjectId> allObjects() const;
   /// Larger than every handle in the drawing.
   std::uint64_t handleSeed() const { return nextHandle_; }
+  /// The seed for a file: larger than every handle that isn't erased, and not below the one of the file that was read, so that what was
+  /// undone leaves no trace.
+  std::uint64_t savedHandleSeed() const;
+  void setSeedAsRead(std::uint64_t seed) {
+    seedAsRead_ = seed;
+    raiseHandleSeed(seed);
+  }
   void raiseHandleSeed(std::uint64_t seed) { nextHandle_ = seed > nextHandle_ ? seed : nextHandle_; }
 
   KvDbObjectId tableId(KvDbTable table) const { return tables_[static_cast<std::size_t>(table)]; }
@@ -99,6 +107,12 @@ class KvDbDatabase {
   /// Gives a drawing that was read what files need and this one lacked: tables, layer 0, model space, the root dictionary.
   void completeAfterReading();
 
+  KvDbUndoRecorder& undoRecorder() { return undo_; }
+  /// An object is about to change.
+  void noteChange(KvDbStub& stub) {
+    if (isUndoRecording_) undo_.noteChange(stub);
+    noteModified();
+  }
   /// While recording is off, changes make no undo step. Calls do not nest: the last one holds.
   void disableUndoRecording(bool disable) { isUndoRecording_ = !disable; }
   bool undoRecording() const { return isUndoRecording_; }
@@ -144,6 +158,7 @@ class KvDbDatabase {
   std::vector<KvDbStub*> placed_;  // stubs that bear an object, in the order in which they got it
   HandleMap byHandle_;
   std::uint64_t nextHandle_ = 1;
+  std::uint64_t seedAsRead_ = 0;
   std::vector<KvDbStub*> unnumbered_;  // stubs that wait for their handle
   bool isReading_ = false;
   KvDbObjectId tables_[kKvDbTableCount];
@@ -154,6 +169,7 @@ class KvDbDatabase {
   int openCount_ = 0;
   std::uint32_t serial_;
   bool isUndoRecording_ = true;
+  KvDbUndoRecorder undo_;
 };
 
 /// What the current host offers to the database: above all the working drawing.

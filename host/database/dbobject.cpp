@@ -117,7 +117,7 @@ Kvad::ErrorStatus KvDbObject::erase(bool erasing) {
 
 void KvDbObject::assertWriteEnabled() {
   assert(isWriteEnabled());
-  if (stub_) stub_->database->noteModified();
+  if (stub_) stub_->database->noteChange(*stub_);
 }
 
 Kvad::ErrorStatus KvDbObject::subErase(bool) { return Kvad::eOk; }

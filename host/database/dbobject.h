@@ -26,6 +26,7 @@ struct KvDbStub {
   std::uint16_t readers = 0;
   bool isOpenForWrite = false;
   bool isErased = false;
+  std::uint32_t undoSerial = 0;  // of the group that has kept its state last
 };
 
 /// Groups that a class doesn't know, by the subclass marker behind which they stood.

@@ -274,7 +274,7 @@ bool DxfReader::readHeader() {
     }
   }
   if (const auto* seed = database_.extras().find(L"$HANDSEED"); seed && !seed->groups.empty())
-    database_.raiseHandleSeed(static_cast<std::uint64_t>(seed->groups.front().integer));
+    database_.setSeedAsRead(static_cast<std::uint64_t>(seed->groups.front().integer));
   return true;
 }
 

@@ -188,7 +188,7 @@ void DxfFileWriter::writeHeader() {
     writeVariable(variable.name, variable.groups);
   }
   writer_.text(9, L"$HANDSEED");
-  writer_.handleValue(5, database_.handleSeed());
+  writer_.handleValue(5, database_.savedHandleSeed());
   endSection();
 }
 

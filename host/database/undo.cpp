@@ -1,0 +1,107 @@
+#include "host/database/undo.h"
+
+#include <algorithm>
+
+namespace {
+
+/// The state of an object at the end of `bytes`; its length.
+std::uint32_t keepState(const KvDbStub& stub, std::vector<std::byte>& bytes) {
+  KvDbMemoryFiler filer(KvDbDwgFiler::Purpose::Undo);
+  stub.object->dwgOutFields(filer);
+  bytes.insert(bytes.end(), filer.bytes().begin(), filer.bytes().end());
+  return static_cast<std::uint32_t>(filer.bytes().size());
+}
+
+}  // namespace
+
+void KvDbUndoRecorder::beginGroup() {
+  if (depth_++ > 0) return;
+  current_ = Group();
+  ++serial_;
+}
+
+void KvDbUndoRecorder::endGroup() {
+  if (depth_ == 0 || --depth_ > 0 || current_.entries.empty()) return;
+  current_.bytes.shrink_to_fit();
+  current_.entries.shrink_to_fit();
+  done_.push_back(std::move(current_));
+  current_ = Group();
+  undone_.clear();
+}
+
+void KvDbUndoRecorder::noteChange(KvDbStub& stub) {
+  if (depth_ == 0 || stub.undoSerial == serial_) return;
+  stub.undoSerial = serial_;
+  const auto offset = static_cast<std::uint32_t>(current_.bytes.size());
+  const std::uint32_t size = keepState(stub, current_.bytes);
+  current_.entries.push_back({&stub, offset, size, false, stub.isErased});
+}
+
+void KvDbUndoRecorder::noteCreation(KvDbStub& stub) {
+  if (depth_ == 0) return;
+  stub.undoSerial = serial_;
+  current_.entries.push_back({&stub, static_cast<std::uint32_t>(current_.bytes.size()), 0, true, true});
+}
+
+/// Puts the kept states back and keeps the present ones in their place.
+void KvDbUndoRecorder::exchange(Group& group, bool backwards) {
+  Group present;
+  const auto swapOne = [&](const Entry& entry) {
+    KvDbStub& stub = *entry.stub;
+    Entry fresh{&stub, static_cast<std::uint32_t>(present.bytes.size()), 0, entry.isCreation, stub.isErased};
+    if (!entry.isCreation) {
+      fresh.size = keepState(stub, present.bytes);
+      KvDbMemoryFiler filer(KvDbDwgFiler::Purpose::Undo);
+      filer.setBytes(std::span(group.bytes).subspan(entry.offset, entry.size));
+      stub.object->dwgInFields(filer);
+    }
+    stub.isErased = entry.wasErased;
+    present.entries.push_back(fresh);
+  };
+  if (backwards)
+    std::for_each(group.entries.rbegin(), group.entries.rend(), swapOne);
+  else
+    std::for_each(group.entries.begin(), group.entries.end(), swapOne);
+  // Kept in the order of the changes, whichever way it was walked.
+  if (backwards) std::reverse(present.entries.begin(), present.entries.end());
+  group = std::move(present);
+}
+
+bool KvDbUndoRecorder::undo() {
+  if (depth_ > 0 || done_.empty()) return false;
+  exchange(done_.back(), true);
+  undone_.push_back(std::move(done_.back()));
+  done_.pop_back();
+  while (!marks_.empty() && marks_.back() > done_.size()) marks_.pop_back();
+  return true;
+}
+
+bool KvDbUndoRecorder::redo() {
+  if (depth_ > 0 || undone_.empty()) return false;
+  exchange(undone_.back(), false);
+  done_.push_back(std::move(undone_.back()));
+  undone_.pop_back();
+  return true;
+}
+
+void KvDbUndoRecorder::mark() { marks_.push_back(done_.size()); }
+
+void KvDbUndoRecorder::undoToMark() {
+  if (depth_ > 0) return;
+  const std::size_t target = marks_.empty() ? 0 : marks_.back();
+  if (!marks_.empty()) marks_.pop_back();
+  while (done_.size() > target) undo();
+}
+
+void KvDbUndoRecorder::clear() {
+  done_.clear();
+  undone_.clear();
+  marks_.clear();
+}
+
+std::size_t KvDbUndoRecorder::memory() const {
+  std::size_t total = 0;
+  for (const auto* groups : {&done_, &undone_})
+    for (const Group& group : *groups) total += group.bytes.capacity() + group.entries.capacity() * sizeof(Entry);
+  return total;
+}

@@ -1,0 +1,56 @@
+#pragma once
+// Undo and redo by groups: what one command changed is one step.
+//
+// Before an object is changed for the first time inside a group, its state is kept; undoing a group puts the states back and keeps the
+// present ones for redo. Objects that came into being are erased by undo and brought back by redo; they stay in memory, so their ids
+// stay good. Changes outside a group make no step.
+#include <cstdint>
+#include <vector>
+
+#include "host/database/dbobject.h"
+
+class KvDbUndoRecorder {
+ public:
+  /// Groups nest; the outermost one is the step. An empty group makes none. A new step ends what could be redone.
+  void beginGroup();
+  void endGroup();
+  bool isInGroup() const { return depth_ > 0; }
+
+  /// Steps that can be undone and redone.
+  int undoCount() const { return static_cast<int>(done_.size()); }
+  int redoCount() const { return static_cast<int>(undone_.size()); }
+  /// False when there is nothing to do, or inside a group.
+  bool undo();
+  bool redo();
+  /// A place to come back to; undoToMark undoes all steps since the last one and takes it away. Without a mark it undoes everything.
+  void mark();
+  void undoToMark();
+  /// Forgets all steps.
+  void clear();
+  /// Bytes that the kept states take.
+  std::size_t memory() const;
+
+  /// Called by objects before a change, and by the drawing for a new object.
+  void noteChange(KvDbStub& stub);
+  void noteCreation(KvDbStub& stub);
+
+ private:
+  struct Entry {
+    KvDbStub* stub;
+    std::uint32_t offset, size;  // of the kept state in the group's bytes
+    bool isCreation;
+    bool wasErased;
+  };
+  struct Group {
+    std::vector<Entry> entries;
+    std::vector<std::byte> bytes;
+  };
+  Group& open();
+  static void exchange(Group& group, bool backwards);
+
+  std::vector<Group> done_, undone_;
+  std::vector<std::size_t> marks_;  // numbers of steps at the marks
+  Group current_;
+  std::uint32_t serial_ = 0;
+  int depth_ = 0;
+};
