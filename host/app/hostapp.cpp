@@ -56,6 +56,7 @@ struct KvHostApp::State {
   KvApDocManager documents;
   kvapp::ModuleLoader modules;
   std::filesystem::path root;
+  KvApDocument* stepDocument = nullptr;  // of the command that is running
   int drawingsMade = 0;
 };
 
@@ -65,6 +66,18 @@ KvHostApp::KvHostApp(KvHostOptions options) : state_(std::make_unique<State>(opt
   context = {&state_->registry, &state_->services, &state_->editor, &state_->documents};
   state_->registry.atPut(L"DynamicLinker", &state_->modules);
   state_->registry.atPut(L"ACRX_REGISTERED_COMMANDS", &state_->editor.commands());
+
+  // What one command changes is one step of undo, in the drawing that was current when it began.
+  state_->editor.onCommandStarted = [this] {
+    state_->stepDocument = state_->documents.curDocument();
+    if (state_->stepDocument) state_->stepDocument->database()->undoRecorder().beginGroup();
+  };
+  state_->editor.onCommandEnded = [this](KvEdOutcome) {
+    // The command may have closed the drawing that it began in.
+    for (auto all = state_->documents.newKvApDocumentIterator(); !all->done(); all->step())
+      if (all->document() == state_->stepDocument) all->document()->database()->undoRecorder().endGroup();
+    state_->stepDocument = nullptr;
+  };
 
   KvEdSysVars& variables = state_->editor.variables();
   variables.define(readOnlyVariable(L"DBMOD", RTSHORT, [] {

@@ -105,6 +105,7 @@ KvEdOutcome KvEdEditor::runCommand(const CString& typed) {
     return KvEdOutcome::Unknown;
   }
   lastCommand_ = command->globalName();
+  if (frames_.empty() && onCommandStarted) onCommandStarted();
   auto frame = std::make_unique<Frame>();
   frame->command = command;
   frame->name = CString(command->globalName()).MakeUpper();

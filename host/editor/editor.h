@@ -76,7 +76,8 @@ class KvEdEditor {
   /// What the last prompt got when it answered RTKWORD, or the text that was typed.
   CString lastInput;
 
-  /// Runs when the outermost command has ended, with its outcome.
+  /// Run when the outermost command begins, and when it has ended, with its outcome.
+  std::function<void()> onCommandStarted;
   std::function<void(KvEdOutcome)> onCommandEnded;
 
  private:

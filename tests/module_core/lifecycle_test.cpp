@@ -143,6 +143,26 @@ TEST_F(LifecycleTest, DrawingGetsTheNamesWithoutATrace) {
   EXPECT_EQ(command(L"QX_ABOUT"), nullptr);
 }
 
+TEST_F(LifecycleTest, OneCommandIsOneStep) {
+  app.editor().commands().addCommand(L"T", L"REGISTER", L"REGISTER", 0, [] {
+    kvdbRegApp(L"STEP ONE");
+    kvedCommandS(RTSTR, L"INNER", RTNONE);
+  });
+  app.editor().commands().addCommand(L"T", L"INNER", L"INNER", 0, [] { kvdbRegApp(L"STEP TWO"); });
+  kvrxEntryPoint(3, nullptr);
+  KvDbUndoRecorder& undo = drawing().undoRecorder();
+  EXPECT_EQ(undo.undoCount(), 0);  // the names of the product left no step
+  const int before = applicationCount();
+  run(L"REGISTER");
+  EXPECT_EQ(undo.undoCount(), 1);
+  EXPECT_EQ(applicationCount(), before + 2);
+  EXPECT_TRUE(undo.undo());
+  EXPECT_EQ(applicationCount(), before);
+  EXPECT_TRUE(undo.redo());
+  EXPECT_EQ(applicationCount(), before + 2);
+  EXPECT_EQ(drawing().openCount(), 0);
+}
+
 TEST_F(LifecycleTest, ApplicationNames) {
   EXPECT_EQ(IM_GetAppName(0, 2), L"");
   EXPECT_EQ(IM_GetAppName(51, 2), L"");
