@@ -1,6 +1,8 @@
 // Simple entities: extents, affine maps, and angles that files keep to the last digit.
 #include "host/database/curves.h"
 
+#include "host/database/polyline.h"
+
 #include <gtest/gtest.h>
 
 #include <random>
@@ -44,6 +46,56 @@ TEST(Curves, MapsMoveEveryPointOfAnArc) {
     const bool turned = arc.startPoint().distanceTo(ends[1]) < allowed && arc.endPoint().distanceTo(ends[0]) < allowed;
     EXPECT_TRUE(same || (isMirrored && turned)) << round;
     EXPECT_LT(arc.pointAtAngle(arc.startAngle() + arc.totalAngle() / 2).distanceTo(middle), allowed) << round << (isMirrored ? " mirrored" : "");
+  }
+}
+
+TEST(Polylines, ExtentsReachTheTopsOfArcs) {
+  KvDbPolyline polyline;
+  polyline.addVertexAt(0, {0, 0}, 1);  // a half circle below the X axis
+  polyline.addVertexAt(1, {2, 0});
+  polyline.addVertexAt(2, {2, 3}, -1);  // and one above, turned the other way
+  polyline.addVertexAt(3, {4, 3});
+  expectBox(polyline, {0, -1, 0}, {4, 4, 0});
+  EXPECT_EQ(polyline.segType(0), KvDbPolyline::kArc);
+  EXPECT_EQ(polyline.segType(1), KvDbPolyline::kLine);
+  EXPECT_EQ(polyline.segType(3), KvDbPolyline::kEmpty);
+  polyline.setClosed(true);
+  EXPECT_EQ(polyline.segType(3), KvDbPolyline::kLine);
+  EXPECT_EQ(polyline.addVertexAt(9, {}), Kvad::eInvalidIndex);
+  EXPECT_EQ(polyline.removeVertexAt(-1), Kvad::eInvalidIndex);
+}
+
+TEST(Polylines, MapsCarryVerticesBulgesAndWidths) {
+  std::mt19937 random(3);
+  std::uniform_real_distribution<double> number(-5, 5), angle(0, kvge::kTwoPi), size(0.1, 3);
+  for (int round = 0; round < 500; ++round) {
+    KvDbPolyline polyline;
+    for (int i = 0; i < 4; ++i) polyline.addVertexAt(i, {number(random), number(random)}, number(random) / 5);
+    polyline.setElevation(number(random));
+    polyline.setConstantWidth(0.5);
+    KvGeMatrix3d map = KvGeMatrix3d::rotation(angle(random), {number(random), number(random), 1}) * KvGeMatrix3d::scaling(2);
+    if (round % 2) map = map * KvGeMatrix3d().setToMirroring(KvGePlane({1, 0, 0}, {number(random), 1, number(random)}));
+    // The top of an arc segment: the middle of the chord, moved by half the bulge of its length.
+    const auto top = [](const KvDbPolyline& p, int i) {
+      KvGePoint3d from, to;
+      double bulge = 0;
+      p.getPointAt(i, from);
+      p.getPointAt(i + 1, to);
+      p.getBulgeAt(i, bulge);
+      const KvGeVector3d chord = to - from;
+      return kvge::midpoint(from, to) - p.normal().crossProduct(chord) * (bulge / 2);
+    };
+    const KvGePoint3d before = map * top(polyline, 1);
+    KvGePoint3d corner;
+    polyline.getPointAt(3, corner);
+    ASSERT_EQ(polyline.transformBy(map), Kvad::eOk);
+    EXPECT_LT(top(polyline, 1).distanceTo(before), 1e-9) << round;
+    KvGePoint3d moved;
+    polyline.getPointAt(3, moved);
+    EXPECT_LT(moved.distanceTo(map * corner), 1e-9) << round;
+    double width = 0;
+    EXPECT_EQ(polyline.getConstantWidth(width), Kvad::eOk);
+    EXPECT_NEAR(width, 1.0, 1e-12);
   }
 }
 

@@ -1,0 +1,63 @@
+#pragma once
+// The light polyline: vertices in a plane, straight or curved segments between them, widths.
+#include "host/database/entity.h"
+
+/// Vertices are kept in the coordinates of the polyline's plane (arbitrary-axis rule of drawing files). A bulge is the tangent of a quarter
+/// of the angle that the arc to the next vertex sweeps, positive counter-clockwise; 0 is a straight segment. Indices outside the vertices
+/// answer eInvalidIndex.
+class KvDbPolyline : public KvDbEntity {
+  KVRX_DECLARE(KvDbPolyline)
+ public:
+  enum SegType { kLine, kArc, kCoincident, kPoint, kEmpty };
+  struct Vertex {
+    KvGePoint2d point;
+    double bulge = 0, startWidth = 0, endWidth = 0;
+    std::int32_t id = 0;
+  };
+
+  int numVerts() const { return static_cast<int>(vertices_.size()); }
+  /// Inserts before `index`; the number of vertices appends.
+  Kvad::ErrorStatus addVertexAt(int index, const KvGePoint2d& point, double bulge = 0, double startWidth = -1, double endWidth = -1);
+  Kvad::ErrorStatus removeVertexAt(int index);
+  /// In world coordinates.
+  Kvad::ErrorStatus getPointAt(int index, KvGePoint3d& point) const;
+  /// In the plane's coordinates.
+  Kvad::ErrorStatus getPointAt(int index, KvGePoint2d& point) const;
+  Kvad::ErrorStatus setPointAt(int index, const KvGePoint2d& point);
+  Kvad::ErrorStatus getBulgeAt(int index, double& bulge) const;
+  Kvad::ErrorStatus setBulgeAt(int index, double bulge);
+  /// The segment that begins at the vertex; kEmpty behind the last vertex of an open polyline, kPoint for a single vertex.
+  SegType segType(int index) const;
+
+  bool isClosed() const { return (flags_ & kClosedFlag) != 0; }
+  void setClosed(bool closed);
+  double elevation() const { return elevation_; }
+  void setElevation(double elevation);
+  double thickness() const { return thickness_; }
+  KvGeVector3d normal() const { return normal_; }
+  /// eInvalidInput when the widths differ.
+  Kvad::ErrorStatus getConstantWidth(double& width) const;
+  Kvad::ErrorStatus setConstantWidth(double width);
+
+  Kvad::ErrorStatus getGeomExtents(KvDbExtents& extents) const override;
+  /// eCannotScaleNonUniformly.
+  Kvad::ErrorStatus transformBy(const KvGeMatrix3d& matrix) override;
+
+  void dwgOutFields(KvDbDwgFiler& filer) const override;
+  void dwgInFields(KvDbDwgFiler& filer) override;
+  void dxfOutFields(KvDxfWriter& writer) const override;
+  bool knowsMarker(std::wstring_view marker) const override;
+  bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;
+
+ private:
+  static constexpr int kClosedFlag = 1;
+  bool has(int index) const { return index >= 0 && index < numVerts(); }
+  const Vertex& vertex(int index) const { return vertices_[static_cast<std::size_t>(index)]; }
+  bool hasOwnWidths() const;
+
+  std::vector<Vertex> vertices_;
+  double constantWidth_ = 0, elevation_ = 0, thickness_ = 0;
+  KvGeVector3d normal_ = KvGeVector3d::kZAxis;
+  std::int16_t flags_ = 0;
+  bool hasConstantWidth_ = false;  // as the file had it
+};
