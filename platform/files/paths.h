@@ -3,7 +3,7 @@
 //
 // The product writes `\` between the parts of a path and may begin it with a drive or a share:
 //
-//   C:\work\a.dwg        <drives>/C/work/a.dwg         <drives> is Environment::drivesRoot
+//   C:\jobs\a.dwg        <drives>/C/jobs/a.dwg         <drives> is Environment::drivesRoot
 //   \\server\share\a     <drives>/UNC/server/share/a
 //   \home\x              /home/x                       a root without a drive is the machine's own
 //   work\a.dwg           work/a.dwg                    relative stays relative

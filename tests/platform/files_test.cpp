@@ -23,8 +23,8 @@ TEST(Paths, BothWays) {
     const wchar_t* back;
   };
   const Case cases[] = {
-      {LR"(C:\work\shaft.dwg)", drives / "C/work/shaft.dwg", LR"(C:\work\shaft.dwg)"},
-      {LR"(c:/work\x\)", drives / "C/work/x", LR"(C:\work\x)"},
+      {LR"(C:\jobs\shaft.dwg)", drives / "C/jobs/shaft.dwg", LR"(C:\jobs\shaft.dwg)"},
+      {LR"(c:/jobs\x\)", drives / "C/jobs/x", LR"(C:\jobs\x)"},
       {LR"(D:)", drives / "D", LR"(D:\)"},
       {LR"(D:\)", drives / "D", LR"(D:\)"},
       {LR"(D:a\b)", drives / "D/a/b", LR"(D:\a\b)"},
