@@ -1,5 +1,6 @@
 #include "platform/text/number.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -69,13 +70,29 @@ std::size_t numberShape(View text, std::string& narrow) {
   return at;
 }
 
+/// Which way a number left the range of a double: true when its first digit that counts stands behind the point.
+bool isBelowOne(const std::string& narrow) {
+  const std::string_view all(narrow);
+  const std::string_view mantissa = all.substr(0, all.find('e'));
+  const std::size_t first = mantissa.find_first_of("123456789");
+  if (first == std::string_view::npos) return true;
+  std::int64_t exponent = 0;
+  if (mantissa.size() < all.size()) {
+    std::string_view digits = all.substr(mantissa.size() + 1);
+    if (digits.starts_with('+')) digits.remove_prefix(1);
+    const auto status = std::from_chars(digits.data(), digits.data() + digits.size(), exponent).ec;
+    if (status == std::errc::result_out_of_range) return digits.starts_with('-');
+  }
+  const auto lead = static_cast<std::int64_t>(std::min(mantissa.find('.'), mantissa.size())) - static_cast<std::int64_t>(first);
+  return exponent < -lead;
+}
+
 double readShape(const std::string& narrow) {
   double value = 0;
   auto [end, error] = std::from_chars(narrow.data(), narrow.data() + narrow.size(), value);
   if (error == std::errc::result_out_of_range) {
-    // from_chars leaves the value alone; the exponent's sign tells which way it went.
-    const bool tiny = narrow.find("e-") != std::string::npos || narrow.starts_with("0.") || narrow.starts_with("-0.");
-    const double limit = tiny ? 0.0 : std::numeric_limits<double>::infinity();
+    // from_chars leaves the value alone.
+    const double limit = isBelowOne(narrow) ? 0.0 : std::numeric_limits<double>::infinity();
     return narrow.front() == '-' ? -limit : limit;
   }
   return error == std::errc() ? value : 0.0;

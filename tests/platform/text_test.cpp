@@ -58,6 +58,18 @@ TEST(Number, ReadsLikeTheProductExpects) {
   EXPECT_EQ(_wtof(L"inf"), 0);
   EXPECT_EQ(_wtof(L"1e999"), std::numeric_limits<double>::infinity());
   EXPECT_EQ(_wtof(L"-1e-999"), 0);
+  const std::wstring zeros(400, L'0');
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  const std::pair<std::wstring, double> beyond[] = {{L"0.5e400", kInfinity},
+                                                    {L"-0.5e+400", -kInfinity},
+                                                    {L"1" + zeros + L"e-10", kInfinity},
+                                                    {L"." + zeros + L"1", 0},
+                                                    {L"00." + zeros + L"1", 0},
+                                                    {L"0." + zeros + L"1e800", kInfinity},
+                                                    {L"1e" + std::wstring(30, L'9'), kInfinity},
+                                                    {L"1e-" + std::wstring(30, L'9'), 0}};
+  for (const auto& [text, value] : beyond)
+    EXPECT_EQ(_wtof(text.c_str()), value) << platform::toUtf8(text).substr(0, 12);
   double value = 0;
   EXPECT_TRUE(platform::parseWhole(L" 2.5 ", value));
   EXPECT_FALSE(platform::parseWhole(L"2.5x", value));
