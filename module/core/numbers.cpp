@@ -55,9 +55,11 @@ int IM_IsStringInteger(CString text, int firstFlag, int allowPlus, int allowFull
 int IM_IsStringFraction(CString text, double* value, int firstFlag, int allowPlus, int allowFullWidth) {
   std::vector<CString> parts;
   if (IM_SplitString(text, L"/", parts) != 2) return 0;
-  const CString &above = parts[0], &below = parts[1];
+  CString& above = parts[0];
+  const CString& below = parts[1];
   if (!IM_IsStringInteger(above, firstFlag, allowPlus, allowFullWidth)) return 0;
   if (!IM_IsStringInteger(below, firstFlag, 0, allowFullWidth) || isMinus(below.GetAt(0))) return 0;
+  above.Replace(kWidePlus, L'+');  // which IM_tstof doesn't read
   if (value) *value = IM_tstof(above) / IM_tstof(below);
   return 1;
 }

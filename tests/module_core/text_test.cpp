@@ -114,6 +114,9 @@ TEST(Numbers, Fractions) {
   EXPECT_DOUBLE_EQ(value, 0.75);
   EXPECT_EQ(IM_IsStringFraction(L"-１/２", &value, 0, 0, 1), 1);
   EXPECT_DOUBLE_EQ(value, -0.5);
+  EXPECT_EQ(IM_IsStringFraction(L"＋１/４", &value, 0, 1, 1), 1);
+  EXPECT_DOUBLE_EQ(value, 0.25);
+  EXPECT_DOUBLE_EQ(IM_StringToDouble(L"＋1/4"), 0.25);
   for (const wchar_t* wrong : {L"3/-4", L"3/+4", L"1/2/3", L"1.5/2", L"/2", L"3/", L"3"})
     EXPECT_EQ(IM_IsStringFraction(wrong, nullptr, 0, 1, 1), 0) << platform::utf8From(wrong);
 }
