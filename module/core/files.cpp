@@ -7,6 +7,8 @@
 
 namespace {
 
+/// Beyond it no file system takes a path; without the limit every part of one would be tried.
+constexpr int kLongestPath = 4096;
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
 
 int collect(const std::vector<platform::FoundFile>& found, const CString& folder, std::vector<CString>& out, int fullPath) {
@@ -31,7 +33,7 @@ int IM_FindFile(CString const& pathPattern, std::vector<CString>& out, int fullP
 
 int IM_CreateAllDirectory(CString path) {
   path.TrimRight(L'\\');
-  if (path.IsEmpty()) return 0;
+  if (path.IsEmpty() || path.GetLength() > kLongestPath) return 0;
   if (platform::isFolder(path) || platform::createFolder(path)) return 1;
   const CString parent = ImFileName::GetFilePath(path, 0);
   return !parent.IsEmpty() && IM_CreateAllDirectory(parent) && platform::createFolder(path);

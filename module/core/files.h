@@ -11,7 +11,7 @@ MEK_API int IM_IsFileExist(CString path);
 /// name. 1 if `out` isn't empty afterwards.
 MEK_API int IM_FindFile(CString const& folder, CString const& pattern, std::vector<CString>& out, int fullPath);
 MEK_API int IM_FindFile(CString const& pathPattern, std::vector<CString>& out, int fullPath);
-/// Makes the folder with its parents; 1 if it is there afterwards.
+/// Makes the folder with its parents; 1 if it is there afterwards. 0, and nothing made, beyond 4096 characters.
 MEK_API int IM_CreateAllDirectory(CString path);
 /// The same for the folder of a file; 0 for a name without folder.
 MEK_API int IM_EnsureFileDirectory(CString filePath);

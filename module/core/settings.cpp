@@ -1,5 +1,7 @@
 #include "module/core/settings.h"
 
+#include <algorithm>
+#include <cwchar>
 #include <vector>
 
 #include "module/core/files.h"
@@ -24,6 +26,9 @@ bool isEmpty(LPCWSTR text) { return !text || !*text; }
 CString readProfile(LPCWSTR section, LPCWSTR key, LPCWSTR defaultValue, LPCWSTR file, unsigned long size, unsigned long& count) {
   count = 0;
   if (size == 0) return CString();
+  // No value is longer than its file or the default, however much room the caller offers.
+  const std::size_t longest = platform::kProfileLimit + (defaultValue ? std::wcslen(defaultValue) : 0);
+  size = std::min<unsigned long>(size, longest + 1);
   std::vector<wchar_t> buffer(size);
   count = GetPrivateProfileStringW(section, key, defaultValue, buffer.data(), static_cast<std::uint32_t>(size), file);
   return CString(buffer.data(), static_cast<int>(count));

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <limits>
 
 #include "host/app/hostapp.h"
 #include "module/core/files.h"
@@ -89,6 +90,7 @@ TEST_F(SettingsTest, ProfileFiles) {
   EXPECT_TRUE(bytes.starts_with("\xFF\xFE"));
   EXPECT_EQ(IM_GetPrivateProfileString(L"S", L"k", L"d", file, 256), L"值 𝄞");
   EXPECT_EQ(IM_GetPrivateProfileString(L"S", L"k", L"d", file, 2), L"值");
+  EXPECT_EQ(IM_GetPrivateProfileString(L"S", L"k", L"d", file, std::numeric_limits<unsigned long>::max()), L"值 𝄞");
   EXPECT_EQ(IM_GetPrivateProfileString(L"", L"k", L"d", file, 256), L"");
   EXPECT_EQ(IM_GetPrivateProfileString(L"S", nullptr, L"d", file, 256), L"");
   EXPECT_EQ(IM_GetPrivateProfileString(L"S", L"none", L"d", file, 256), L"d");
@@ -181,6 +183,10 @@ TEST_F(SettingsTest, Files) {
   EXPECT_EQ(IM_CreateAllDirectory(place(L"x")), 1);
   EXPECT_EQ(IM_EnsureFileDirectory(place(L"n\\m\\f.txt")), 1);
   EXPECT_EQ(IM_EnsureFileDirectory(L"f.txt"), 0);
+  CString endless = place(L"deep");
+  for (int level = 0; level < 2500; ++level) endless += L"\\a";
+  EXPECT_EQ(IM_CreateAllDirectory(endless), 0);
+  EXPECT_EQ(IM_IsFileExist(place(L"deep")), 0);
   EXPECT_EQ(IM_WriteUnicodeFile(place(L"x\\u.txt"), L"中𝄞\r\n"), 1);
   EXPECT_EQ(IM_WriteCFile(place(L"x\\B.TXT"), L"中"), 1);
   CString text = L"untouched";
