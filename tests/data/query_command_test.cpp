@@ -127,6 +127,9 @@ TEST_F(QueryForms, ReasonsAndExitCodes) {
       EXPECT_EQ(answer.out, "");
     }
   }
+  folder_.schema("7 Up", "7_x0020_Up", {"a"});
+  folder_.rows("7 Up", "");
+  EXPECT_NE(query({folder, "select a from 7 Up"}).err.find("isn't one that XML allows"), std::string::npos);
   EXPECT_EQ(query({"--help"}).code, 0);
   EXPECT_NE(query({"--help"}).out.find("GB 70"), std::string::npos);
 }

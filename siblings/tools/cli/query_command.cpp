@@ -100,15 +100,20 @@ class TellingConnection : public _Connection {
     _Tables bare;
     tagSQL everything;
     const CString path = DataPath(sql.table);
-    if (!ReadTableData(path, bare, MakeRowFilter(everything, sql.table))) {
-      platform::XmlError error;
-      const bool isRead = platform::loadXml(platform::toNative(path), &error) != nullptr;
-      return tell(isRead ? platform::toNative(path).string() + ": its element isn't dataroot"
-                         : error.message());
-    }
+    if (!ReadTableData(path, bare, MakeRowFilter(everything, sql.table))) return tellUnreadable(path);
     if (ReadTableData(path, bare, MakeRowFilter(sql, sql.table))) return true;
     return tell("the condition isn't understood: " + platform::utf8From(sql.where) + "\n  fields of " +
                 platform::utf8From(table.name.text()) + ": " + fieldNames(table));
+  }
+
+  bool tellUnreadable(const CString& path) {
+    const std::filesystem::path file = platform::toNative(path);
+    platform::XmlError error;
+    const auto document = platform::loadXml(file, &error);
+    if (!document) return tell(error.message());
+    if (document->documentElement().tagName() != L"dataroot")
+      return tell(file.string() + ": its element isn't dataroot");
+    return tell(file.string() + ": no row can bear the table's name, which isn't one that XML allows");
   }
 
   static std::string fieldNames(const _Tables& table) {
