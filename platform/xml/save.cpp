@@ -14,15 +14,21 @@ struct StringWriter : pugi::xml_writer {
 
 constexpr std::string_view kPlainDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 
-/// The file's declaration with its encoding made UTF-8, which stands behind the version.
+bool isVersion(std::string_view text) {
+  return text.starts_with("1.") && text.size() > 2 &&
+         text.find_first_not_of("0123456789", 2) == std::string_view::npos;
+}
+
+/// The file's declaration with its encoding made UTF-8, which stands behind the version. Words that XML
+/// doesn't allow there are left out, so that what is written can be read again.
 std::string declaration(pugi::xml_node node) {
   if (node.type() != pugi::node_declaration) return std::string(kPlainDeclaration);
+  const std::string_view version = node.attribute("version").value();
   std::string out = "<?xml version=\"";
-  const pugi::xml_attribute version = node.attribute("version");
-  out += version ? version.value() : "1.0";
+  out += isVersion(version) ? version : "1.0";
   out += "\" encoding=\"UTF-8\"";
-  if (const pugi::xml_attribute standalone = node.attribute("standalone"))
-    out.append(" standalone=\"").append(standalone.value()).append("\"");
+  const std::string_view standalone = node.attribute("standalone").value();
+  if (standalone == "yes" || standalone == "no") out.append(" standalone=\"").append(standalone).append("\"");
   return out + "?>\n";
 }
 

@@ -224,6 +224,21 @@ TEST(XmlChange, BuildsSetsAndRemoves) {
   EXPECT_EQ(root.childNodes().length(), 1);
 }
 
+TEST(XmlSave, OddDeclarationsCanBeReadAgain) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"<?xml version=\"1.1\" standalone=\"yes\"?><r/>",
+       "version=\"1.1\" encoding=\"UTF-8\" standalone=\"yes\"?>"},
+      {"<?xml version=\"1.0\" standalone='a\"b'?><r/>", "version=\"1.0\" encoding=\"UTF-8\"?>"},
+      {"<?xml version='1\"0'?><r/>", "version=\"1.0\" encoding=\"UTF-8\"?>"},
+  };
+  for (const auto& [text, expected] : cases) {
+    const auto document = parseXml(text);
+    ASSERT_TRUE(document) << text;
+    EXPECT_NE(document->toUtf8().find(expected), std::string::npos) << document->toUtf8();
+    EXPECT_TRUE(parseXml(document->toUtf8())) << text;
+  }
+}
+
 TEST(XmlSave, WritesIndentedUtf8WithCommentsKept) {
   auto document = parseXml(
       "<?xml version=\"1.0\" encoding=\"GB2312\" standalone=\"no\"?>"
