@@ -51,14 +51,30 @@ void stopModule() {
   mek::releaseTranslations();
 }
 
+/// No undo recording for its own lifetime, whatever ends it. A null drawing is allowed.
+class WithoutUndo {
+ public:
+  explicit WithoutUndo(KvDbDatabase* database) : database_(database) {
+    if (database_) database_->disableUndoRecording(true);
+  }
+  ~WithoutUndo() {
+    if (database_) database_->disableUndoRecording(false);
+  }
+  WithoutUndo(const WithoutUndo&) = delete;
+  WithoutUndo& operator=(const WithoutUndo&) = delete;
+
+ private:
+  KvDbDatabase* database_;
+};
+
 /// Loading a drawing leaves neither an undo step nor a changed mark behind, although names are added to it. Undo recording is on
 /// again before the mark is cleared.
 void prepareDrawing() {
-  KvDbDatabase* database = kvdbHostApplicationServices()->workingDatabase();
-  if (database) database->disableUndoRecording(true);
-  kvutPrintf(L"%s", IM_GetStringFromRc(kBannerMessage, kMessageLength));
-  for (IM_APPLICATION app = 0; app <= kApplicationCount; ++app) IM_GetAppName(app, 0);
-  if (database) database->disableUndoRecording(false);
+  {
+    const WithoutUndo guard(kvdbHostApplicationServices()->workingDatabase());
+    kvutPrintf(L"%s", IM_GetStringFromRc(kBannerMessage, kMessageLength));
+    for (IM_APPLICATION app = 0; app <= kApplicationCount; ++app) IM_GetAppName(app, 0);
+  }
   IM_SetDbModZero();
 }
 
