@@ -25,7 +25,10 @@ KvGePoint3d raised(KvGePoint2d p) {
 double slackOf(const Span& s, double tol) {
   if (s.kind == SpanKind::kLine) return tol;
   if (s.radius > 0) return tol / s.radius;
-  if (s.kind == SpanKind::kConic) return tol / std::max(std::min(s.u.length(), s.v.length()), tol);
+  if (s.kind == SpanKind::kConic) {
+    const auto [least, most] = std::minmax(s.u.length(), s.v.length());
+    return tol / (least > 1e-6 * most ? least : most);
+  }
   return 1e-9 * (s.knotHigh - s.knotLow);
 }
 
@@ -369,6 +372,16 @@ void bezierBezier(const Span& a, const Span& b, double tol, Hits& hits) {
   search.visit(partOf(a), partOf(b), 0);
 }
 
+/// The angle that a parameter of one of a conic's rational parts stands for; holds for edge-on conics too.
+double angleOfPart(const Span& conic, int count, int index, double x) {
+  const double step = (conic.high - conic.low) / count, from = conic.low + step * index;
+  const double first = (1 - x) * (1 - x), second = 2 * x * (1 - x), third = x * x;
+  // Measured from the part's middle, where the sine of the middle pole is 0.
+  const double sine = (third - first) * std::sin(step / 2),
+               cosine = (first + third) * std::cos(step / 2) + second;
+  return from + step / 2 + std::atan2(sine, cosine);
+}
+
 /// An edge-on or very thin conic, or two ellipses: the first one's quarters against the other.
 void quartersAgainst(const Span& conic, const Span& other, double tol, bool isSwapped, Hits& hits) {
   Span parts[4];
@@ -379,7 +392,7 @@ void quartersAgainst(const Span& conic, const Span& other, double tol, bool isSw
     Hits found;
     crossFlat(parts[i], other, tol, found);
     for (const FlatHit& one : found) {
-      const double t = angleOn(conic, pointAt(parts[i], one.ta));
+      const double t = angleOfPart(conic, count, i, one.ta);
       addRefined(conic, other, tol, t, isSwapped, hits, first);
     }
   }
