@@ -26,7 +26,7 @@ double slackOf(const Span& s, double tol) {
   if (s.kind == SpanKind::kLine) return tol;
   if (s.radius > 0) return tol / s.radius;
   if (s.kind == SpanKind::kConic) {
-    const auto [least, most] = std::minmax(s.u.length(), s.v.length());
+    const double u = s.u.length(), v = s.v.length(), least = std::min(u, v), most = std::max(u, v);
     return tol / (least > 1e-6 * most ? least : most);
   }
   return 1e-9 * (s.knotHigh - s.knotLow);
