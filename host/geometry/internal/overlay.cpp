@@ -93,6 +93,8 @@ class Arrangement {
     addSources();
     findCuts();
     makePieces();
+    levelVertices();
+    for (Piece& p : pieces_) orient(p);
     mergeEqual();
     connect();
     windAll();
@@ -171,18 +173,36 @@ class Arrangement {
   }
 
   void addPiece(int source, double t0, double t1, int v0, int v1) {
+    if (v0 == v1) return;
     Piece p;
     p.source = source;
     p.t0 = t0;
     p.t1 = t1;
-    const KvGePoint2d a = pool_.points[ix(v0)], b = pool_.points[ix(v1)];
+    p.from = v0;
+    p.to = v1;
+    pieces_.push_back(p);
+  }
+
+  /// Heights within the tolerance become one, so that a level stretch is level through and through and rays can't tell its parts apart.
+  void levelVertices() {
+    std::vector<int> order(pool_.points.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::sort(order.begin(), order.end(), [&](int i, int k) { return pool_.points[ix(i)].y < pool_.points[ix(k)].y; });
+    double level = -KvGeBox3d::kFar;
+    for (const int v : order) {
+      double& y = pool_.points[ix(v)].y;
+      if (y - level > tol_) level = y;
+      y = level;
+    }
+  }
+
+  void orient(Piece& p) const {
+    const KvGePoint2d a = pool_.points[ix(p.from)], b = pool_.points[ix(p.to)];
     p.isLevel = a.y == b.y;
     p.isFlipped = p.isLevel ? a.x > b.x : a.y > b.y;
-    p.from = p.isFlipped ? v1 : v0;
-    p.to = p.isFlipped ? v0 : v1;
-    const Source& s = sources_[ix(source)];
+    if (p.isFlipped) std::swap(p.from, p.to);
+    const Source& s = sources_[ix(p.source)];
     p.delta[s.operand] = s.edge.isReversed == p.isFlipped ? 1 : -1;
-    if (v0 != v1) pieces_.push_back(p);
   }
 
   KvGePoint3d middleOf(const Piece& p) const {
@@ -257,7 +277,9 @@ class Arrangement {
   /// Windings just right of a rising piece, just above a level one.
   void wind(Piece& p) {
     const KvGePoint3d m = middleOf(p);
-    const double y = p.isLevel ? pool_.points[ix(p.from)].y : m.y;
+    const double bottom = pool_.points[ix(p.from)].y, top = pool_.points[ix(p.to)].y;
+    // A level piece is looked at from just above: what begins at its height counts, what ends there doesn't.
+    const double y = p.isLevel ? bottom : std::clamp(m.y, bottom, std::nextafter(top, bottom));
     int sum[2] = {0, 0};
     for (const int i : bands_[bandAt(y)]) {
       const Piece& q = pieces_[ix(i)];
