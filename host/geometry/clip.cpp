@@ -187,6 +187,7 @@ struct KvGeClipper::Data {
       for (int r = r0; r <= r1; ++r)
         for (int c = c0; c <= c1; ++c) look(c, r, s);
     s.hits.clear();
+    if (s.edges.empty()) return;
     for (const int e : s.edges) kvge::crossFlat(span, edges[ix(e)], tol, s.hits);
   }
 };
@@ -195,8 +196,15 @@ namespace {
 
 /// A box that may be a little larger than needed but takes no inverse tangents.
 KvGeBox3d quickBox(const Span& span) {
-  if (span.radius == 0 || span.high - span.low >= 1) return kvge::boxOf(span);
   KvGeBox3d box;
+  if (span.kind == SpanKind::kBezier) {
+    for (int i = 0; i <= span.degree; ++i) {
+      const double* p = span.poles + 4 * i;
+      box.add(KvGePoint3d(p[0] / p[3], p[1] / p[3], 0));
+    }
+    return box;
+  }
+  if (span.radius == 0 || span.high - span.low >= 1) return kvge::boxOf(span);
   const double middle = (span.low + span.high) / 2, reach = 1 / std::cos((span.high - span.low) / 2);
   box.add(kvge::startOf(span));
   box.add(kvge::endOf(span));
@@ -267,6 +275,15 @@ void KvGeClipper::clip(const KvGeCurve3d& curve, std::vector<KvGeParamRange>& in
       continue;
     }
     data_->cross(span, box.grown(2 * data_->tol), s);
+    if (s.edges.empty()) {
+      // The cells passed hang together and have no edges: all lie on one side.
+      const KvGePoint3d start = kvge::startOf(span);
+      const bool isInside =
+          data_->box.contains({start.x, start.y, 0}) &&
+          data_->cells[ix(data_->cellOf(data_->column(start.x), data_->row(start.y)))] == Cell::kInside;
+      add(isInside ? inside : outside, from, end, i > 0);
+      continue;
+    }
     s.cuts.assign(1, span.low);
     for (const FlatHit& hit : s.hits) s.cuts.push_back(hit.ta);
     if (s.cuts.size() > 2) std::sort(s.cuts.begin() + 1, s.cuts.end());

@@ -11,6 +11,11 @@ void setSegmentRange(kvge::Span& s, int index) {
   s.base = index - s.low * s.scale;
 }
 
+/// Beside the chord's middle by (1 - b^2) / (4 b) chords, to the left for a positive bulge below 1.
+KvGePoint2d centerOfBulge(KvGePoint2d from, KvGeVector2d chord, double bulge) {
+  return from + chord * 0.5 + chord.perpVector() * ((1 - bulge * bulge) / (4 * bulge));
+}
+
 /// A number that is a whole one but for rounding: so cutting at a vertex doesn't leave a segment without
 /// length.
 double wholeNear(double t) {
@@ -23,9 +28,7 @@ kvge::BulgeArc kvge::arcOfBulge(KvGePoint2d from, KvGePoint2d to, double bulge) 
   BulgeArc arc;
   const KvGeVector2d chord = to - from;
   if (bulge == 0 || chord.lengthSqrd() == 0) return arc;
-  // Centre beside the chord's middle by (1 - b^2) / (4 b) chords, to the left for a positive bulge below 1.
-  const KvGeVector2d out = chord.perpVector() * ((1 - bulge * bulge) / (4 * bulge));
-  arc.center = from + chord * 0.5 + out;
+  arc.center = centerOfBulge(from, chord, bulge);
   arc.radius = chord.length() * (1 + bulge * bulge) / (4 * std::fabs(bulge));
   arc.startAngle = (from - arc.center).angle();
   arc.sweep = 4 * std::atan(bulge);
@@ -52,19 +55,20 @@ int KvGePolyline3d::spanCount() const {
 kvge::Span KvGePolyline3d::span(int index) const {
   const size_t i = static_cast<size_t>(index), next = i + 1 < vertices_.size() ? i + 1 : 0;
   const KvGePoint2d from = vertices_[i].point, to = vertices_[next].point;
-  const kvge::BulgeArc arc = kvge::arcOfBulge(from, to, vertices_[i].bulge);
+  const double bulge = vertices_[i].bulge;
   kvge::Span s;
-  if (arc.radius == 0) {
+  if (bulge == 0 || from == to) {
     s = kvge::lineSpan(inSpace(from), inSpace(to));
   } else {
     // The radius to the start is the first axis, so that both ends come out exactly.
-    const KvGeVector2d out = from - arc.center, across = arc.sweep > 0 ? out.perpVector() : -out.perpVector();
+    const KvGePoint2d center = centerOfBulge(from, to - from, bulge);
+    const KvGeVector2d out = from - center, across = bulge > 0 ? out.perpVector() : -out.perpVector();
     s.kind = kvge::SpanKind::kConic;
-    s.origin = inSpace(arc.center);
+    s.origin = inSpace(center);
     s.u = x_ * out.x + y_ * out.y;
     s.v = x_ * across.x + y_ * across.y;
-    s.radius = out.length();
-    s.high = std::fabs(arc.sweep);
+    s.radius = std::sqrt(out.lengthSqrd());
+    s.high = 4 * std::atan(std::fabs(bulge));
   }
   setSegmentRange(s, index);
   return s;

@@ -59,6 +59,7 @@ struct Piece {
   int delta[2] = {0, 0};  ///< winding to the left less winding to the right
   int left[2] = {0, 0}, right[2] = {0, 0};
   bool isWound = false, isLevel = false;
+  KvGePoint2d middle;
 };
 
 struct Source {
@@ -68,12 +69,13 @@ struct Source {
   KvGePoint2d start, end;
 };
 
-double xAt(const Span& s, double t0, double t1, KvGePoint2d from, KvGePoint2d to, double y) {
+/// `middle` is the stretch's point at the middle of its parameters.
+double xAt(const Span& s, double t0, double t1, KvGePoint2d from, KvGePoint2d to, KvGePoint2d middle,
+           double y) {
   if (s.kind == SpanKind::kLine) return from.x + (to.x - from.x) * ((y - from.y) / (to.y - from.y));
   if (s.radius > 0) {
     const double dy = y - s.origin.y, half = std::sqrt(std::max(0.0, (s.radius - dy) * (s.radius + dy)));
-    const double middle = pointAt(s, (t0 + t1) / 2).x;
-    return middle >= s.origin.x ? s.origin.x + half : s.origin.x - half;
+    return middle.x >= s.origin.x ? s.origin.x + half : s.origin.x - half;
   }
   double low = t0, high = t1;
   const bool isRising = pointAt(s, t0).y < pointAt(s, t1).y;
@@ -183,11 +185,13 @@ class Arrangement {
     pieces_.push_back(p);
   }
 
-  /// Heights within the tolerance become one, so that a level stretch is level through and through and rays can't tell its parts apart.
+  /// Heights within the tolerance become one, so that a level stretch is level through and through and rays
+  /// can't tell its parts apart.
   void levelVertices() {
     std::vector<int> order(pool_.points.size());
     std::iota(order.begin(), order.end(), 0);
-    std::sort(order.begin(), order.end(), [&](int i, int k) { return pool_.points[ix(i)].y < pool_.points[ix(k)].y; });
+    std::sort(order.begin(), order.end(),
+              [&](int i, int k) { return pool_.points[ix(i)].y < pool_.points[ix(k)].y; });
     double level = -KvGeBox3d::kFar;
     for (const int v : order) {
       double& y = pool_.points[ix(v)].y;
@@ -203,6 +207,8 @@ class Arrangement {
     if (p.isFlipped) std::swap(p.from, p.to);
     const Source& s = sources_[ix(p.source)];
     p.delta[s.operand] = s.edge.isReversed == p.isFlipped ? 1 : -1;
+    const bool isLine = s.edge.span.kind == SpanKind::kLine;
+    p.middle = isLine ? a + (b - a) * 0.5 : planar(pointAt(s.edge.span, (p.t0 + p.t1) / 2));
   }
 
   KvGePoint3d middleOf(const Piece& p) const {
@@ -212,31 +218,30 @@ class Arrangement {
   bool isSame(const Piece& a, const Piece& b) const {
     const Span &sa = sources_[ix(a.source)].edge.span, &sb = sources_[ix(b.source)].edge.span;
     if (sa.kind == SpanKind::kLine && sb.kind == SpanKind::kLine) return true;  // between the same two points
-    const KvGePoint3d m = middleOf(a);
-    if (m.distanceTo(middleOf(b)) <= 4 * tol_) return true;
+    if (a.middle.distanceTo(b.middle) <= 4 * tol_) return true;
     if (sa.radius > 0 && sb.radius > 0) return false;
     Span part = sb;
     part.low = b.t0;
     part.high = b.t1;
+    const KvGePoint3d m = spatial(a.middle);
     return pointAt(part, nearestOn(part, m)).distanceTo(m) <= 4 * tol_;
   }
 
   void mergeEqual() {
-    std::vector<std::vector<int>> byVertex(pool_.points.size());
+    std::vector<int> latest(pool_.points.size(), -1), earlier;
     std::vector<Piece> kept;
     kept.reserve(pieces_.size());
+    earlier.reserve(pieces_.size());
     for (const Piece& p : pieces_) {
-      bool isKnown = false;
-      for (const int i : byVertex[ix(p.from)]) {
-        Piece& other = kept[ix(i)];
-        if (other.to != p.to || !isSame(other, p)) continue;
-        other.delta[0] += p.delta[0];
-        other.delta[1] += p.delta[1];
-        isKnown = true;
-        break;
+      int i = latest[ix(p.from)];
+      while (i >= 0 && (kept[ix(i)].to != p.to || !isSame(kept[ix(i)], p))) i = earlier[ix(i)];
+      if (i >= 0) {
+        kept[ix(i)].delta[0] += p.delta[0];
+        kept[ix(i)].delta[1] += p.delta[1];
+        continue;
       }
-      if (isKnown) continue;
-      byVertex[ix(p.from)].push_back(static_cast<int>(kept.size()));
+      earlier.push_back(latest[ix(p.from)]);
+      latest[ix(p.from)] = static_cast<int>(kept.size());
       kept.push_back(p);
     }
     std::erase_if(kept, [](const Piece& p) { return p.delta[0] == 0 && p.delta[1] == 0; });
@@ -258,7 +263,7 @@ class Arrangement {
       low_ = std::min(low_, pool_.points[ix(p.from)].y);
       high = std::max(high, pool_.points[ix(p.to)].y);
     }
-    const size_t count = std::max<size_t>(1, pieces_.size() / 4);
+    const size_t count = std::max<size_t>(1, pieces_.size() / 8);
     bands_.assign(count, {});
     bandScale_ = high > low_ ? static_cast<double>(count) / (high - low_) : 0;
     for (size_t i = 0; i < pieces_.size(); ++i) {
@@ -276,7 +281,7 @@ class Arrangement {
 
   /// Windings just right of a rising piece, just above a level one.
   void wind(Piece& p) {
-    const KvGePoint3d m = middleOf(p);
+    const KvGePoint2d m = p.middle;
     const double bottom = pool_.points[ix(p.from)].y, top = pool_.points[ix(p.to)].y;
     // A level piece is looked at from just above: what begins at its height counts, what ends there doesn't.
     const double y = p.isLevel ? bottom : std::clamp(m.y, bottom, std::nextafter(top, bottom));
@@ -285,7 +290,7 @@ class Arrangement {
       const Piece& q = pieces_[ix(i)];
       const KvGePoint2d a = pool_.points[ix(q.from)], b = pool_.points[ix(q.to)];
       if (&q == &p || a.y > y || b.y <= y) continue;
-      if (xAt(sources_[ix(q.source)].edge.span, q.t0, q.t1, a, b, y) <= m.x) continue;
+      if (xAt(sources_[ix(q.source)].edge.span, q.t0, q.t1, a, b, q.middle, y) <= m.x) continue;
       sum[0] += q.delta[0];
       sum[1] += q.delta[1];
     }
@@ -592,6 +597,13 @@ int windingOf(const Loop& loop, KvGePoint2d p) {
   std::vector<double> cuts;
   for (const Edge& e : loop) {
     const Span& s = e.span;
+    if (s.kind == SpanKind::kLine) {
+      const KvGePoint2d a(s.origin.x + s.u.x * s.low, s.origin.y + s.u.y * s.low),
+          b(s.origin.x + s.u.x * s.high, s.origin.y + s.u.y * s.high);
+      if ((a.y <= p.y) != (b.y <= p.y) && a.x + (b.x - a.x) * ((p.y - a.y) / (b.y - a.y)) > p.x)
+        winding += (a.y < b.y) != e.isReversed ? 1 : -1;
+      continue;
+    }
     cuts.assign(1, s.low);
     extremesOf(s, KvGeVector3d::kYAxis, cuts);
     cuts.push_back(s.high);
@@ -599,7 +611,8 @@ int windingOf(const Loop& loop, KvGePoint2d p) {
     for (size_t i = 0; i + 1 < cuts.size(); ++i) {
       const KvGePoint2d a = planar(pointAt(s, cuts[i])), b = planar(pointAt(s, cuts[i + 1]));
       if ((a.y <= p.y) == (b.y <= p.y)) continue;
-      if (xAt(s, cuts[i], cuts[i + 1], a, b, p.y) > p.x) winding += (a.y < b.y) != e.isReversed ? 1 : -1;
+      if (xAt(s, cuts[i], cuts[i + 1], a, b, planar(pointAt(s, (cuts[i] + cuts[i + 1]) / 2)), p.y) > p.x)
+        winding += (a.y < b.y) != e.isReversed ? 1 : -1;
     }
   }
   return winding;
