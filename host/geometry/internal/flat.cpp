@@ -227,8 +227,20 @@ double largestWeight(const Span& s) {
   return most;
 }
 
+/// All poles well within the circle: so is the curve.
+bool isWithinCircle(const Span& bezier, const Span& circle, double tol) {
+  const double reach = circle.radius - 2 * tol;
+  for (int i = 0; i <= bezier.degree; ++i) {
+    const double* p = bezier.poles + 4 * i;
+    const double x = p[0] / p[3] - circle.origin.x, y = p[1] / p[3] - circle.origin.y;
+    if (reach <= 0 || x * x + y * y >= reach * reach) return false;
+  }
+  return true;
+}
+
 void bezierConic(const Span& bezier, const Span& conic, double tol, bool isSwapped, Hits& hits) {
   const double w = largestWeight(bezier);
+  if (conic.radius > 0 && isWithinCircle(bezier, conic, tol)) return;
   std::vector<double> zeros;
   if (zerosOf(onConic(bezier, conic), 3 * tol / smallestRadius(conic) * w * w, zeros)) {
     const size_t before = hits.size();
