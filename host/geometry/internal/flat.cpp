@@ -324,8 +324,17 @@ struct BezierSearch {
   size_t first;
   int budget = 20000;  ///< pairs looked at; more are only needed where the curves run along one another
 
-  void add(FlatHit hit) {
-    if (!refine(a, b, tol, hit)) return;
+  /// Looks for the one meeting of two parts; false when the search doesn't come to one.
+  bool find(const Part& p, const Part& q) {
+    Span pa = a, qb = b;
+    pa.low = std::max(p.low, a.low), pa.high = std::min(p.high, a.high);
+    qb.low = std::max(q.low, b.low), qb.high = std::min(q.high, b.high);
+    FlatHit hit{(pa.low + pa.high) / 2, (qb.low + qb.high) / 2, {}};
+    if (!refine(pa, qb, tol, hit)) return false;
+    add(hit);
+    return true;
+  }
+  void add(const FlatHit& hit) {
     for (size_t i = first; i < hits.size(); ++i) {
       const FlatHit& other = hits[i];
       if (std::fabs(other.ta - hit.ta) > 1e-3 * (a.high - a.low) ||
@@ -343,15 +352,16 @@ struct BezierSearch {
       return;
     double angle = p.chord.angleTo(q.chord);
     angle = std::min(angle, kPi - angle);
-    constexpr int kDeepest = 24;
+    constexpr int kDeepest = 40;
     // When the directions within one don't reach those within the other, they meet once at most.
     if (p.turn + q.turn < angle / 2 || depth >= kDeepest) {
-      const double ta = std::clamp((p.low + p.high) / 2, a.low, a.high),
-                   tb = std::clamp((q.low + q.high) / 2, b.low, b.high);
-      return add({ta, tb, {}});
+      const bool isNearlyStraight = std::max(p.turn, q.turn) < 0.25;
+      if (find(p, q) || isNearlyStraight || depth >= kDeepest) return;
     }
     Part p0, p1, q0, q1;
-    if (p.turn >= q.turn || p.chord.lengthSqrd() > 16 * q.chord.lengthSqrd()) {
+    // The more bent one is halved; of two nearly straight ones the longer.
+    const bool areStraight = std::max(p.turn, q.turn) < 0.1;
+    if (areStraight ? p.chord.lengthSqrd() >= q.chord.lengthSqrd() : p.turn >= q.turn) {
       halve(p, p0, p1);
       visit(p0, q, depth + 1);
       visit(p1, q, depth + 1);

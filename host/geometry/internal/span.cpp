@@ -114,6 +114,21 @@ struct Stretch {
   double low, high;
 };
 
+/// All legs of the polygon point nearly along its chord: no loop, no cusp, no turn to speak of.
+bool isNearlyStraight(const Stretch& part, int degree) {
+  const auto pole = [&](int i) {
+    const Pole& w = part.w[static_cast<size_t>(i)];
+    return KvGePoint3d(w[0] / w[3], w[1] / w[3], w[2] / w[3]);
+  };
+  constexpr double kTurn = 0.05;
+  const KvGeVector3d chord = pole(degree) - pole(0);
+  for (int i = 0; i < degree; ++i) {
+    const KvGeVector3d leg = pole(i + 1) - pole(i);
+    if (leg.crossProduct(chord).length() > kTurn * leg.dotProduct(chord)) return false;
+  }
+  return true;
+}
+
 double leastDistance(const Stretch& part, int degree, const KvGePoint3d& p) {
   KvGeBox3d box;
   for (int i = 0; i <= degree; ++i) {
@@ -141,11 +156,11 @@ struct NearestSearch {
     const Jet a = jetAt(s, low), b = jetAt(s, high);
     const double ga = (a.point - p).dotProduct(a.first), gb = (b.point - p).dotProduct(b.first);
     offer(low), offer(high);
-    if (ga < 0 && gb > 0) offer(stationary(s, p, low, high));
+    if (ga <= 0 && gb >= 0) offer(stationary(s, p, low, high));
     constexpr int kDeepest = 40;
     if (depth >= kDeepest) return;
     // A stretch that turns this little has no second nearest place in it that differs by more than rounding.
-    if (depth >= 3 && a.first.angleTo(b.first) < 0.05) return;
+    if (depth >= 3 && isNearlyStraight(part, s.degree)) return;
     Stretch left = part, right = part;
     left.high = right.low = mid;
     const size_t n = static_cast<size_t>(s.degree);
