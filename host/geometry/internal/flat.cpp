@@ -322,7 +322,7 @@ struct BezierSearch {
   double tol;
   Hits& hits;
   size_t first;
-  int budget = 20000;  ///< pairs looked at; more are only needed where the curves run along one another
+  int budget = 100000;  ///< pairs looked at; more are only needed where the curves run along one another
 
   /// Looks for the one meeting of two parts; false when the search doesn't come to one.
   bool find(const Part& p, const Part& q) {
@@ -355,7 +355,7 @@ struct BezierSearch {
     constexpr int kDeepest = 40;
     // When the directions within one don't reach those within the other, they meet once at most.
     if (p.turn + q.turn < angle / 2 || depth >= kDeepest) {
-      const bool isNearlyStraight = std::max(p.turn, q.turn) < 0.25;
+      const bool isNearlyStraight = std::max(p.turn, q.turn) < 0.02;
       if (find(p, q) || isNearlyStraight || depth >= kDeepest) return;
     }
     Part p0, p1, q0, q1;
