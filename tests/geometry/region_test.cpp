@@ -61,6 +61,11 @@ TEST(Region, NamedBooleans) {
        KvGeEllipArc3d({0, 0, 0}, {3, 0, 0}, {0, 2, 0}).clone(), 6 * kPi, 3 * kPi, 1},
       {"clockwise outline", KvGePolyline3d({{{0, 0}}, {{0, 4}}, {{4, 4}}, {{4, 0}}}, true).clone(),
        box(2, 2, 6, 6).clone(), 4, 12, 1},
+      // The right side is an arc of a circle of radius 125,000: next to a line, and no line.
+      {"nearly straight arc and circle",
+       KvGePolyline3d({{{0, -2}}, {{3, -2}, 8e-6}, {{3, 2}}, {{0, 2}}}, true).clone(),
+       circle(3, 0, 1).clone(), kPi / 2 + 3.2e-5 - 16e-6 / 6,
+       12 - kPi / 2 + 64e-6 * 2 / 3 - (3.2e-5 - 16e-6 / 6), 1},
       {"repeated points",
        KvGePolyline3d({{{0, 0}}, {{0, 0}}, {{4, 0}}, {{4, 4}}, {{4, 4}}, {{0, 4}}, {{0, 0}}}, true).clone(),
        box(2, 2, 6, 6).clone(), 4, 12, 1},

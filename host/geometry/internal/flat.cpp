@@ -136,6 +136,13 @@ void circleCircle(const Span& a, const Span& b, double tol, Hits& hits) {
   const KvGeVector2d between = flat(b.origin) - flat(a.origin);
   const double d = between.length();
   if (d <= tol && std::fabs(ra - rb) <= tol) return addCommonEnds(a, b, tol, hits);
+  if (ra > rb) {
+    // Seen from the smaller circle the crossing keeps its digits, however large the other one is.
+    const size_t first = hits.size();
+    circleCircle(b, a, tol, hits);
+    for (size_t i = first; i < hits.size(); ++i) std::swap(hits[i].ta, hits[i].tb);
+    return;
+  }
   if (d == 0 || d > ra + rb + tol || d < std::fabs(ra - rb) - tol) return;
   const KvGeVector2d u = between / d;
   const auto add = [&](KvGePoint2d p) {
