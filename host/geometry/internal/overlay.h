@@ -36,6 +36,10 @@ struct OverlayInput {
 /// outlines at this tolerance.
 bool overlay(const OverlayInput& input, const std::function<bool(int, int)>& keep, Loops& result);
 
+/// Where a stretch that only rises or only falls has the height `y`. `middle` is its point at the middle of
+/// its parameters.
+double xAt(const Span& s, double t0, double t1, KvGePoint2d from, KvGePoint2d to, KvGePoint2d middle,
+           double y);
 /// Twice the signed area between an edge and `origin`.
 double doubleAreaOf(const Edge& edge, KvGePoint2d origin);
 double areaOf(const Loop& loop);
