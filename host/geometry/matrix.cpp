@@ -17,7 +17,8 @@ KvGeMatrix3d operator*(const KvGeMatrix3d& a, const KvGeMatrix3d& b) {
 
 KvGePoint3d operator*(const KvGeMatrix3d& m, const KvGePoint3d& p) {
   const auto& e = m.entry;
-  return {e[0][0] * p.x + e[0][1] * p.y + e[0][2] * p.z + e[0][3], e[1][0] * p.x + e[1][1] * p.y + e[1][2] * p.z + e[1][3],
+  return {e[0][0] * p.x + e[0][1] * p.y + e[0][2] * p.z + e[0][3],
+          e[1][0] * p.x + e[1][1] * p.y + e[1][2] * p.z + e[1][3],
           e[2][0] * p.x + e[2][1] * p.y + e[2][2] * p.z + e[2][3]};
 }
 
@@ -27,7 +28,9 @@ KvGeVector3d operator*(const KvGeMatrix3d& m, const KvGeVector3d& v) {
           e[2][0] * v.x + e[2][1] * v.y + e[2][2] * v.z};
 }
 
-double KvGeMatrix3d::det() const { return column(0).crossProduct(column(1)).dotProduct(column(2)); }
+double KvGeMatrix3d::det() const {
+  return column(0).crossProduct(column(1)).dotProduct(column(2));
+}
 
 bool KvGeMatrix3d::isSingular(const KvGeTol& tol) const {
   // Measured against the axes' images, so that a small drawing scale isn't taken for a flat map.
@@ -39,7 +42,8 @@ KvGeMatrix3d KvGeMatrix3d::inverse(const KvGeTol& tol) const {
   if (isSingular(tol)) return KvGeMatrix3d();
   const double scaleOfAll = 1 / det();
   const KvGeVector3d x = column(0), y = column(1), z = column(2);
-  const KvGeVector3d rows[3] = {y.crossProduct(z) * scaleOfAll, z.crossProduct(x) * scaleOfAll, x.crossProduct(y) * scaleOfAll};
+  const KvGeVector3d rows[3] = {y.crossProduct(z) * scaleOfAll, z.crossProduct(x) * scaleOfAll,
+                                x.crossProduct(y) * scaleOfAll};
   const KvGeVector3d shift = translation();
   KvGeMatrix3d result;
   for (int i = 0; i < 3; ++i) {
@@ -65,7 +69,8 @@ KvGeMatrix3d& KvGeMatrix3d::setTranslation(const KvGeVector3d& v) {
   return *this;
 }
 
-KvGeMatrix3d& KvGeMatrix3d::setCoordSystem(const KvGePoint3d& origin, const KvGeVector3d& x, const KvGeVector3d& y, const KvGeVector3d& z) {
+KvGeMatrix3d& KvGeMatrix3d::setCoordSystem(const KvGePoint3d& origin, const KvGeVector3d& x,
+                                           const KvGeVector3d& y, const KvGeVector3d& z) {
   const KvGeVector3d columns[4] = {x, y, z, origin.asVector()};
   for (int i = 0; i < 4; ++i) {
     entry[0][i] = columns[i].x;
@@ -76,7 +81,8 @@ KvGeMatrix3d& KvGeMatrix3d::setCoordSystem(const KvGePoint3d& origin, const KvGe
   return *this;
 }
 
-void KvGeMatrix3d::getCoordSystem(KvGePoint3d& origin, KvGeVector3d& x, KvGeVector3d& y, KvGeVector3d& z) const {
+void KvGeMatrix3d::getCoordSystem(KvGePoint3d& origin, KvGeVector3d& x, KvGeVector3d& y,
+                                  KvGeVector3d& z) const {
   origin = KvGePoint3d::kOrigin + translation();
   x = column(0);
   y = column(1);
@@ -100,11 +106,14 @@ KvGeMatrix3d& KvGeMatrix3d::setToRotation(double angle, const KvGeVector3d& axis
 }
 
 KvGeMatrix3d& KvGeMatrix3d::setToScaling(double factor, const KvGePoint3d& center) {
-  setCoordSystem(KvGePoint3d::kOrigin + center.asVector() * (1 - factor), {factor, 0, 0}, {0, factor, 0}, {0, 0, factor});
+  setCoordSystem(KvGePoint3d::kOrigin + center.asVector() * (1 - factor), {factor, 0, 0}, {0, factor, 0},
+                 {0, 0, factor});
   return *this;
 }
 
-KvGeMatrix3d& KvGeMatrix3d::setToMirroring(const KvGePoint3d& point) { return setToScaling(-1, point); }
+KvGeMatrix3d& KvGeMatrix3d::setToMirroring(const KvGePoint3d& point) {
+  return setToScaling(-1, point);
+}
 
 KvGeMatrix3d& KvGeMatrix3d::setToMirroring(const KvGeLine3d& line) {
   return setToRotation(kvge::kPi, line.direction(), line.pointOnLine());
@@ -114,8 +123,8 @@ KvGeMatrix3d& KvGeMatrix3d::setToMirroring(const KvGePlane& plane) {
   const KvGeVector3d n = plane.normal();
   const auto mirrored = [&](const KvGeVector3d& v) { return v - n * (2 * v.dotProduct(n)); };
   const KvGeVector3d foot = n * plane.pointOnPlane().asVector().dotProduct(n);
-  return setCoordSystem(KvGePoint3d::kOrigin + foot * 2, mirrored(KvGeVector3d::kXAxis), mirrored(KvGeVector3d::kYAxis),
-                        mirrored(KvGeVector3d::kZAxis));
+  return setCoordSystem(KvGePoint3d::kOrigin + foot * 2, mirrored(KvGeVector3d::kXAxis),
+                        mirrored(KvGeVector3d::kYAxis), mirrored(KvGeVector3d::kZAxis));
 }
 
 KvGeMatrix3d& KvGeMatrix3d::setToPlaneToWorld(const KvGeVector3d& normal) {
@@ -137,11 +146,13 @@ KvGeMatrix3d& KvGeMatrix3d::setToProjection(const KvGePlane& plane, const KvGeVe
   const KvGeVector3d step = direction / along;
   const auto projected = [&](const KvGeVector3d& v) { return v - step * v.dotProduct(n); };
   const KvGeVector3d origin = step * plane.pointOnPlane().asVector().dotProduct(n);
-  return setCoordSystem(KvGePoint3d::kOrigin + origin, projected(KvGeVector3d::kXAxis), projected(KvGeVector3d::kYAxis),
-                        projected(KvGeVector3d::kZAxis));
+  return setCoordSystem(KvGePoint3d::kOrigin + origin, projected(KvGeVector3d::kXAxis),
+                        projected(KvGeVector3d::kYAxis), projected(KvGeVector3d::kZAxis));
 }
 
-double KvGeMatrix3d::scale() const { return std::max({column(0).length(), column(1).length(), column(2).length()}); }
+double KvGeMatrix3d::scale() const {
+  return std::max({column(0).length(), column(1).length(), column(2).length()});
+}
 
 bool KvGeMatrix3d::isUniScaledOrtho(const KvGeTol& tol) const {
   const double a = column(0).length(), b = column(1).length(), c = column(2).length();

@@ -30,30 +30,38 @@ class KvGeMatrix3d {
   KvGeVector3d column(int index) const { return {entry[0][index], entry[1][index], entry[2][index]}; }
 
   /// Columns: the images of the axes and of the origin.
-  KvGeMatrix3d& setCoordSystem(const KvGePoint3d& origin, const KvGeVector3d& x, const KvGeVector3d& y, const KvGeVector3d& z);
+  KvGeMatrix3d& setCoordSystem(const KvGePoint3d& origin, const KvGeVector3d& x, const KvGeVector3d& y,
+                               const KvGeVector3d& z);
   void getCoordSystem(KvGePoint3d& origin, KvGeVector3d& x, KvGeVector3d& y, KvGeVector3d& z) const;
 
   KvGeMatrix3d& setToTranslation(const KvGeVector3d& v);
-  KvGeMatrix3d& setToRotation(double angle, const KvGeVector3d& axis, const KvGePoint3d& center = KvGePoint3d::kOrigin);
+  KvGeMatrix3d& setToRotation(double angle, const KvGeVector3d& axis,
+                              const KvGePoint3d& center = KvGePoint3d::kOrigin);
   KvGeMatrix3d& setToScaling(double factor, const KvGePoint3d& center = KvGePoint3d::kOrigin);
   KvGeMatrix3d& setToMirroring(const KvGePoint3d& point);
   KvGeMatrix3d& setToMirroring(const KvGeLine3d& line);
   KvGeMatrix3d& setToMirroring(const KvGePlane& plane);
-  /// From world coordinates into those of the plane with this normal (arbitrary-axis rule of drawing files), and back.
+  /// From world coordinates into those of the plane with this normal (arbitrary-axis rule of drawing files),
+  /// and back.
   KvGeMatrix3d& setToWorldToPlane(const KvGeVector3d& normal);
   KvGeMatrix3d& setToPlaneToWorld(const KvGeVector3d& normal);
   /// Along `direction` onto the plane.
   KvGeMatrix3d& setToProjection(const KvGePlane& plane, const KvGeVector3d& direction);
 
   static KvGeMatrix3d translation(const KvGeVector3d& v) { return KvGeMatrix3d().setToTranslation(v); }
-  static KvGeMatrix3d rotation(double angle, const KvGeVector3d& axis, const KvGePoint3d& center = KvGePoint3d::kOrigin) {
+  static KvGeMatrix3d rotation(double angle, const KvGeVector3d& axis,
+                               const KvGePoint3d& center = KvGePoint3d::kOrigin) {
     return KvGeMatrix3d().setToRotation(angle, axis, center);
   }
   static KvGeMatrix3d scaling(double factor, const KvGePoint3d& center = KvGePoint3d::kOrigin) {
     return KvGeMatrix3d().setToScaling(factor, center);
   }
-  static KvGeMatrix3d worldToPlane(const KvGeVector3d& normal) { return KvGeMatrix3d().setToWorldToPlane(normal); }
-  static KvGeMatrix3d planeToWorld(const KvGeVector3d& normal) { return KvGeMatrix3d().setToPlaneToWorld(normal); }
+  static KvGeMatrix3d worldToPlane(const KvGeVector3d& normal) {
+    return KvGeMatrix3d().setToWorldToPlane(normal);
+  }
+  static KvGeMatrix3d planeToWorld(const KvGeVector3d& normal) {
+    return KvGeMatrix3d().setToPlaneToWorld(normal);
+  }
 
   /// The largest of the lengths that the axes' images have.
   double scale() const;

@@ -51,7 +51,9 @@ class KvGePoint2d {
 
   constexpr KvGeVector2d asVector() const { return {x, y}; }
   double distanceTo(KvGePoint2d p) const { return std::hypot(p.x - x, p.y - y); }
-  bool isEqualTo(KvGePoint2d p, const KvGeTol& tol = KvGeContext::gTol) const { return distanceTo(p) <= tol.equalPoint(); }
+  bool isEqualTo(KvGePoint2d p, const KvGeTol& tol = KvGeContext::gTol) const {
+    return distanceTo(p) <= tol.equalPoint();
+  }
 
   friend constexpr KvGePoint2d operator+(KvGePoint2d p, KvGeVector2d v) { return {p.x + v.x, p.y + v.y}; }
   friend constexpr KvGePoint2d operator-(KvGePoint2d p, KvGeVector2d v) { return {p.x - v.x, p.y - v.y}; }
@@ -75,7 +77,9 @@ class KvGeVector3d {
   double length() const { return std::hypot(x, y, z); }
   constexpr double lengthSqrd() const { return x * x + y * y + z * z; }
   bool isZeroLength(const KvGeTol& tol = KvGeContext::gTol) const { return length() <= tol.equalVector(); }
-  bool isUnitLength(const KvGeTol& tol = KvGeContext::gTol) const { return std::fabs(length() - 1) <= tol.equalVector(); }
+  bool isUnitLength(const KvGeTol& tol = KvGeContext::gTol) const {
+    return std::fabs(length() - 1) <= tol.equalVector();
+  }
   bool isEqualTo(const KvGeVector3d& v, const KvGeTol& tol = KvGeContext::gTol) const {
     return KvGeVector3d(x - v.x, y - v.y, z - v.z).length() <= tol.equalVector();
   }
@@ -89,7 +93,8 @@ class KvGeVector3d {
   KvGeVector3d normal(const KvGeTol& tol = KvGeContext::gTol) const;
   KvGeVector3d& normalize(const KvGeTol& tol = KvGeContext::gTol) { return *this = normal(tol); }
   KvGeVector3d& negate() { return *this = {-x, -y, -z}; }
-  /// Any unit vector at right angles: the X axis of the plane with this normal by the arbitrary-axis rule of drawing files.
+  /// Any unit vector at right angles: the X axis of the plane with this normal by the arbitrary-axis rule of
+  /// drawing files.
   KvGeVector3d perpVector() const;
   /// Turned about an axis, right-handed.
   KvGeVector3d& rotateBy(double angle, const KvGeVector3d& axis);
@@ -99,12 +104,20 @@ class KvGeVector3d {
   /// 0 to 2 pi, counter-clockwise as seen against `reference`.
   double angleTo(const KvGeVector3d& v, const KvGeVector3d& reference) const;
 
-  friend constexpr KvGeVector3d operator+(const KvGeVector3d& a, const KvGeVector3d& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
-  friend constexpr KvGeVector3d operator-(const KvGeVector3d& a, const KvGeVector3d& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
+  friend constexpr KvGeVector3d operator+(const KvGeVector3d& a, const KvGeVector3d& b) {
+    return {a.x + b.x, a.y + b.y, a.z + b.z};
+  }
+  friend constexpr KvGeVector3d operator-(const KvGeVector3d& a, const KvGeVector3d& b) {
+    return {a.x - b.x, a.y - b.y, a.z - b.z};
+  }
   friend constexpr KvGeVector3d operator-(const KvGeVector3d& a) { return {-a.x, -a.y, -a.z}; }
-  friend constexpr KvGeVector3d operator*(const KvGeVector3d& a, double s) { return {a.x * s, a.y * s, a.z * s}; }
+  friend constexpr KvGeVector3d operator*(const KvGeVector3d& a, double s) {
+    return {a.x * s, a.y * s, a.z * s};
+  }
   friend constexpr KvGeVector3d operator*(double s, const KvGeVector3d& a) { return a * s; }
-  friend constexpr KvGeVector3d operator/(const KvGeVector3d& a, double s) { return {a.x / s, a.y / s, a.z / s}; }
+  friend constexpr KvGeVector3d operator/(const KvGeVector3d& a, double s) {
+    return {a.x / s, a.y / s, a.z / s};
+  }
   friend KvGeVector3d operator*(const KvGeMatrix3d& m, const KvGeVector3d& v);
   friend constexpr bool operator==(const KvGeVector3d&, const KvGeVector3d&) = default;
 };
@@ -123,13 +136,22 @@ class KvGePoint3d {
 
   constexpr KvGeVector3d asVector() const { return {x, y, z}; }
   double distanceTo(const KvGePoint3d& p) const { return std::hypot(p.x - x, p.y - y, p.z - z); }
-  bool isEqualTo(const KvGePoint3d& p, const KvGeTol& tol = KvGeContext::gTol) const { return distanceTo(p) <= tol.equalPoint(); }
+  bool isEqualTo(const KvGePoint3d& p, const KvGeTol& tol = KvGeContext::gTol) const {
+    return distanceTo(p) <= tol.equalPoint();
+  }
   KvGePoint3d& transformBy(const KvGeMatrix3d& matrix);
-  KvGePoint3d& rotateBy(double angle, const KvGeVector3d& axis, const KvGePoint3d& center = KvGePoint3d::kOrigin);
+  KvGePoint3d& rotateBy(double angle, const KvGeVector3d& axis,
+                        const KvGePoint3d& center = KvGePoint3d::kOrigin);
 
-  friend constexpr KvGePoint3d operator+(const KvGePoint3d& p, const KvGeVector3d& v) { return {p.x + v.x, p.y + v.y, p.z + v.z}; }
-  friend constexpr KvGePoint3d operator-(const KvGePoint3d& p, const KvGeVector3d& v) { return {p.x - v.x, p.y - v.y, p.z - v.z}; }
-  friend constexpr KvGeVector3d operator-(const KvGePoint3d& a, const KvGePoint3d& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
+  friend constexpr KvGePoint3d operator+(const KvGePoint3d& p, const KvGeVector3d& v) {
+    return {p.x + v.x, p.y + v.y, p.z + v.z};
+  }
+  friend constexpr KvGePoint3d operator-(const KvGePoint3d& p, const KvGeVector3d& v) {
+    return {p.x - v.x, p.y - v.y, p.z - v.z};
+  }
+  friend constexpr KvGeVector3d operator-(const KvGePoint3d& a, const KvGePoint3d& b) {
+    return {a.x - b.x, a.y - b.y, a.z - b.z};
+  }
   friend KvGePoint3d operator*(const KvGeMatrix3d& m, const KvGePoint3d& p);
   KvGePoint3d& operator+=(const KvGeVector3d& v) { return *this = *this + v; }
   KvGePoint3d& operator-=(const KvGeVector3d& v) { return *this = *this - v; }
@@ -144,7 +166,11 @@ namespace kvge {
 constexpr KvGePoint3d midpoint(const KvGePoint3d& a, const KvGePoint3d& b) {
   return {a.x + (b.x - a.x) / 2, a.y + (b.y - a.y) / 2, a.z + (b.z - a.z) / 2};
 }
-constexpr KvGePoint2d planar(const KvGePoint3d& p) { return {p.x, p.y}; }
-constexpr KvGePoint3d spatial(KvGePoint2d p, double z = 0) { return {p.x, p.y, z}; }
+constexpr KvGePoint2d planar(const KvGePoint3d& p) {
+  return {p.x, p.y};
+}
+constexpr KvGePoint3d spatial(KvGePoint2d p, double z = 0) {
+  return {p.x, p.y, z};
+}
 
 }  // namespace kvge

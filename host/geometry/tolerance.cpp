@@ -8,12 +8,17 @@ SinCos sinCos(double angle) {
   constexpr double kQuarterSlack = 1e-15;
   const double quarters = angle / (kPi / 2);
   const double nearest = std::nearbyint(quarters);
-  if (std::fabs(nearest) < 1e9 && std::fabs(quarters - nearest) <= kQuarterSlack * std::fmax(1.0, std::fabs(nearest))) {
+  if (std::fabs(nearest) < 1e9 &&
+      std::fabs(quarters - nearest) <= kQuarterSlack * std::fmax(1.0, std::fabs(nearest))) {
     switch (static_cast<long long>(nearest) & 3) {
-      case 0: return {0, 1};
-      case 1: return {1, 0};
-      case 2: return {0, -1};
-      default: return {-1, 0};
+      case 0:
+        return {0, 1};
+      case 1:
+        return {1, 0};
+      case 2:
+        return {0, -1};
+      default:
+        return {-1, 0};
     }
   }
   return {std::sin(angle), std::cos(angle)};
