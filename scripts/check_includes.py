@@ -3,7 +3,7 @@
 
 Every folder with a CMakeLists.txt that calls korvane_folder(target DEPENDS ...) may include its own headers and
 those of the folders it names there; it may name only folders that stand above it in ORDER. `module/` and
-`siblings/` never include a header below host/*/internal/ or platform/*/internal/.
+`siblings/` never include a header below host/*/internal/ or platform/*/internal/, and no public header includes an internal one.
 """
 import os
 import re
@@ -87,6 +87,8 @@ def main():
                         problems.append(f"{path}:{number}: {folder} may not include {header}")
                     elif "/internal/" in header and target != folder:
                         problems.append(f"{path}:{number}: {header} is internal to {target}")
+                    elif "/internal/" in header and path.endswith(".h") and "/internal/" not in path:
+                        problems.append(f"{path}:{number}: a public header may not include {header}, which is not installed")
     for problem in problems:
         print(problem)
     if checked == 0:

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "host/geometry/internal/span.h"
+#include "host/geometry/span.h"
 
 class KvGePlane;
 

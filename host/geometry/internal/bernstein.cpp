@@ -1,4 +1,4 @@
-#include "host/geometry/internal/bernstein.h"
+#include "host/geometry/bernstein.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #pragma once
 // Crossings of two spans in a plane. The spans' Z is taken for 0.
-#include "host/geometry/internal/span.h"
+#include "host/geometry/span.h"
 
 namespace kvge {
 

@@ -1,4 +1,4 @@
-#include "host/geometry/internal/span.h"
+#include "host/geometry/span.h"
 
 #include <array>
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "host/geometry/box.h"
-#include "host/geometry/internal/bernstein.h"
+#include "host/geometry/bernstein.h"
 #include "host/geometry/matrix.h"
 
 namespace kvge {
