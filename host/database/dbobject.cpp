@@ -12,7 +12,6 @@ KVRX_DEFINE_ABSTRACT(KvDbProxyObject, KvDbObject)
 struct KvDbObject::Extra {
   KvDbObjectId extensionDictionary;
   KvDbObjectIdArray reactors;
-  std::vector<KvDbUnknownSection> unknown;
   std::vector<KvDbUnknownSection> appGroups;  // `{NAME ... }` blocks other than the two that are known
   std::vector<KvDbStoredGroup> xData;         // groups from 1001 on, application by application
 };
@@ -33,7 +32,7 @@ bool isXDataCode(int code) { return code >= 1000; }
 void writeSections(KvDbDwgFiler& filer, const std::vector<KvDbUnknownSection>& sections, const KvDbObject& owner) {
   filer.writeUInt32(static_cast<std::uint32_t>(sections.size()));
   for (const auto& section : sections) {
-    filer.writeString(section.marker);
+    filer.writeString(CString(section.marker.view()));
     kvdbWriteGroups(filer, section.groups, owner);
   }
 }
@@ -41,8 +40,8 @@ void writeSections(KvDbDwgFiler& filer, const std::vector<KvDbUnknownSection>& s
 std::vector<KvDbUnknownSection> readSections(KvDbDwgFiler& filer) {
   std::vector<KvDbUnknownSection> sections(filer.readUInt32());
   for (auto& section : sections) {
-    section.marker = filer.readString();
-    section.groups = kvdbReadGroups(filer);
+    section.marker = KvDbSharedText(filer.readString().view());
+    section.groups = kvdbReadGroupList(filer);
   }
   return sections;
 }
@@ -70,7 +69,7 @@ KvDbObject::Extra& KvDbObject::extra() {
   return *extra_;
 }
 
-CString KvDbObject::fileType() const { return isA()->dxfName(); }
+std::wstring_view KvDbObject::fileTypeView() const { return isA()->dxfName(); }
 
 // --- The open protocol ---------------------------------------------------------------------------------------------------------
 
@@ -126,12 +125,13 @@ Kvad::ErrorStatus KvDbObject::subErase(bool) { return Kvad::eOk; }
 
 void KvDbObject::dwgOutFields(KvDbDwgFiler& filer) const {
   filer.writeId(owner_, KvDbReference::SoftPointer);
+  filer.writeBool(unknown_ != nullptr);
+  if (unknown_) writeSections(filer, *unknown_, *this);
   filer.writeBool(extra_ != nullptr);
   if (!extra_) return;
   filer.writeId(extra_->extensionDictionary, KvDbReference::HardOwnership);
   filer.writeUInt32(static_cast<std::uint32_t>(extra_->reactors.length()));
   for (KvDbObjectId id : extra_->reactors) filer.writeId(id, KvDbReference::SoftPointer);
-  writeSections(filer, extra_->unknown, *this);
   writeSections(filer, extra_->appGroups, *this);
   kvdbWriteGroups(filer, extra_->xData, *this);
 }
@@ -139,13 +139,14 @@ void KvDbObject::dwgOutFields(KvDbDwgFiler& filer) const {
 void KvDbObject::dwgInFields(KvDbDwgFiler& filer) {
   owner_ = filer.readId(KvDbReference::SoftPointer);
   extra_.reset();
+  unknown_.reset();
+  if (filer.readBool()) editUnknownSections() = readSections(filer);
   if (!filer.readBool()) return;
   Extra& own = extra();
   own.extensionDictionary = filer.readId(KvDbReference::HardOwnership);
   const std::uint32_t reactors = filer.readUInt32();
   for (std::uint32_t i = 0; i < reactors; ++i)
     if (const KvDbObjectId id = filer.readId(KvDbReference::SoftPointer); !id.isNull()) own.reactors.append(id);
-  own.unknown = readSections(filer);
   own.appGroups = readSections(filer);
   own.xData = kvdbReadGroups(filer);
 }
@@ -165,14 +166,14 @@ void KvDbObject::dxfInEnd(KvDxfResolver&) {}
 
 void KvDbObject::dxfOut(KvDxfWriter& writer) const {
   writer.beginObject();
-  writer.text(0, fileType().view());
+  writer.text(0, fileTypeView());
   dxfOutIdentity(writer);
   dxfOutFields(writer);
   dxfOutRest(writer);
 }
 
 void KvDbObject::dxfOutIdentity(KvDxfWriter& writer) const {
-  const bool isDimStyle = fileType() == L"DIMSTYLE";
+  const bool isDimStyle = fileTypeView() == L"DIMSTYLE";
   if (!handle().isNull()) writer.handle(isDimStyle ? kDimStyleHandleCode : kHandleCode, objectId());
   if (!writer.hasMarkers()) return;
   writeAppGroups(writer);
@@ -181,22 +182,22 @@ void KvDbObject::dxfOutIdentity(KvDxfWriter& writer) const {
 }
 
 void KvDbObject::dxfOutRest(KvDxfWriter& writer) const {
-  if (!extra_) return;
   // Sections of which the class knows nothing, and what no field table wrote of the last one.
-  for (const KvDbUnknownSection& section : extra_->unknown) {
+  for (const KvDbUnknownSection& section : unknownSections()) {
     const std::wstring_view marker = section.marker.view();
     if (writer.isFlushed(marker)) continue;
     if (!marker.empty() && (marker != writer.lastMarker() || !knowsMarker(marker))) writer.marker(marker);
-    for (const KvDbStoredGroup& group : section.groups) writer.group(group.view());
+    for (const KvDxfGroup& group : section.groups) writer.group(group);
   }
+  if (!extra_) return;
   for (const KvDbStoredGroup& group : extra_->xData) writer.group(group.view());
 }
 
 void KvDbObject::writeAppGroups(KvDxfWriter& writer) const {
   if (!extra_) return;
   for (const auto& block : extra_->appGroups) {
-    writer.text(kAppGroupCode, (L"{" + block.marker).view());
-    for (const auto& group : block.groups) writer.group(group.view());
+    writer.text(kAppGroupCode, (L"{" + CString(block.marker.view())).view());
+    for (const KvDxfGroup& group : block.groups) writer.group(group);
     writer.text(kAppGroupCode, L"}");
   }
   if (!extra_->reactors.isEmpty()) {
@@ -221,9 +222,7 @@ std::size_t KvDbObject::readAppGroup(std::span<const KvDxfGroup> groups, std::si
   } else if (name == L"ACAD_XDICTIONARY") {
     if (!inside.empty()) extra().extensionDictionary = resolver.object(inside.front().integer);
   } else {
-    KvDbUnknownSection block{CString(name), {}};
-    for (const KvDxfGroup& group : inside) block.groups.emplace_back(group);
-    extra().appGroups.push_back(std::move(block));
+    extra().appGroups.push_back({resolver.shared(name), KvDbGroupList(inside)});
   }
   return std::min(end + 1, groups.size());
 }
@@ -251,32 +250,36 @@ void KvDbObject::dxfIn(std::span<const KvDxfGroup> groups, KvDxfResolver& resolv
     std::size_t end = at + 1;
     while (end < groups.size() && groups[end].code != kMarkerCode && !beginsXData(groups[end])) ++end;
     // A section of which the class knows nothing is kept even when it is empty.
-    if (!knowsMarker(marker)) extra().unknown.push_back({CString(marker), {}});
+    if (!knowsMarker(marker)) editUnknownSections().push_back({resolver.shared(marker), {}});
     dxfInSection(marker, groups.subspan(at + 1, end - at - 1), resolver);
     at = end;
   }
-  for (; at < groups.size(); ++at) extra().xData.emplace_back(groups[at]);
+  if (at < groups.size()) extra().xData.reserve(groups.size() - at);
+  for (; at < groups.size(); ++at) extra_->xData.emplace_back(groups[at]);
   dxfInEnd(resolver);
 }
 
 void KvDbObject::keepUnknown(std::wstring_view marker, const KvDxfGroup& group) {
-  auto& sections = extra().unknown;
-  if (sections.empty() || sections.back().marker.view() != marker) sections.push_back({CString(marker), {}});
-  sections.back().groups.emplace_back(group);
+  auto& sections = editUnknownSections();
+  if (sections.empty() || sections.back().marker.view() != marker) sections.push_back({KvDbSharedText(marker), {}});
+  sections.back().groups.append(group);
 }
 
 void KvDbObject::writeUnknown(KvDxfWriter& writer, std::wstring_view marker) const {
   writer.noteFlushed(marker);
   for (const KvDbUnknownSection& section : unknownSections())
     if (section.marker.view() == marker)
-      for (const KvDbStoredGroup& group : section.groups) writer.group(group.view());
+      for (const KvDxfGroup& group : section.groups) writer.group(group);
 }
 
-std::vector<KvDbUnknownSection>& KvDbObject::editUnknownSections() { return extra().unknown; }
+std::vector<KvDbUnknownSection>& KvDbObject::editUnknownSections() {
+  if (!unknown_) unknown_ = std::make_unique<std::vector<KvDbUnknownSection>>();
+  return *unknown_;
+}
 
 const std::vector<KvDbUnknownSection>& KvDbObject::unknownSections() const {
   static const std::vector<KvDbUnknownSection> none;
-  return extra_ ? extra_->unknown : none;
+  return unknown_ ? *unknown_ : none;
 }
 
 // --- Extended data, reactors, extension dictionary -----------------------------------------------------------------------------
@@ -336,21 +339,32 @@ void KvDbObject::removePersistentReactor(KvDbObjectId id) {
 
 void KvDbProxyObject::dwgOutFields(KvDbDwgFiler& filer) const {
   KvDbObject::dwgOutFields(filer);
-  filer.writeString(type_);
+  filer.writeString(CString(type_.view()));
 }
 
 void KvDbProxyObject::dwgInFields(KvDbDwgFiler& filer) {
   KvDbObject::dwgInFields(filer);
-  type_ = filer.readString();
+  type_ = KvDbSharedText(filer.readString().view());
 }
 
-std::vector<KvDbStoredGroup*> KvDbProxyObject::groupsBehind(std::wstring_view marker, int code) {
-  std::vector<KvDbStoredGroup*> found;
-  for (KvDbUnknownSection& section : editUnknownSections())
+void KvDbProxyObject::dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) {
+  if (marker.empty() || knowsMarker(marker))
+    KvDbObject::dxfInSection(marker, groups, resolver);
+  else
+    keepSection(groups);
+}
+
+std::optional<std::int64_t> KvDbProxyObject::handleBehind(std::wstring_view marker, int code) const {
+  for (const KvDbUnknownSection& section : unknownSections())
     if (section.marker.view() == marker)
-      for (KvDbStoredGroup& group : section.groups)
-        if (group.code == code) found.push_back(&group);
-  return found;
+      for (const KvDxfGroup& group : section.groups)
+        if (group.code == code) return group.integer;
+  return std::nullopt;
+}
+
+void KvDbProxyObject::setHandleBehind(std::wstring_view marker, int code, std::int64_t handle) {
+  for (KvDbUnknownSection& section : editUnknownSections())
+    if (section.marker.view() == marker && section.groups.setInteger(code, handle)) return;
 }
 
 // --- Opening by id -------------------------------------------------------------------------------------------------------------
@@ -375,6 +389,10 @@ Kvad::ErrorStatus kvdbOpenAny(KvDbObject*& object, KvDbObjectId id, KvDb::OpenMo
 }
 
 CString kvdbRecordName(KvDbObjectId id) {
+  return CString(kvdbRecordNameView(id));
+}
+
+std::wstring_view kvdbRecordNameView(KvDbObjectId id) {
   const auto* record = id.stub() ? KvDbSymbolTableRecord::cast(id.stub()->object) : nullptr;
-  return record ? record->getName() : CString();
+  return record ? record->getName().view() : std::wstring_view();
 }

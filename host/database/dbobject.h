@@ -8,6 +8,7 @@
 // A class states its fields once, for copies and undo (dwgOutFields, dwgInFields) and for files (dxfOutFields, dxfInGroup or
 // dxfInSection). Groups and whole sections that a class doesn't know are kept and written back.
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "host/base/kvad.h"
@@ -31,8 +32,8 @@ struct KvDbStub {
 
 /// Groups that a class doesn't know, by the subclass marker behind which they stood.
 struct KvDbUnknownSection {
-  CString marker;
-  std::vector<KvDbStoredGroup> groups;
+  KvDbSharedText marker;
+  KvDbGroupList groups;
 };
 
 struct KvDbField;
@@ -63,7 +64,9 @@ class KvDbObject : public KvRxObject {
   bool isErased() const { return stub_ && stub_->isErased; }
 
   /// The type under which the object stands in files: the class's own, but for objects that the host doesn't model.
-  virtual CString fileType() const;
+  CString fileType() const { return CString(fileTypeView()); }
+  /// The same without a copy; good as long as the object is.
+  virtual std::wstring_view fileTypeView() const;
 
   // State for copies and undo. Derived classes call their base first.
   virtual void dwgOutFields(KvDbDwgFiler& filer) const;
@@ -113,6 +116,8 @@ class KvDbObject : public KvRxObject {
   void dxfOutRest(KvDxfWriter& writer) const;
   /// Keeps a group of a section that this class doesn't know.
   void keepUnknown(std::wstring_view marker, const KvDxfGroup& group);
+  /// Keeps the groups of a whole section whose marker the class doesn't know.
+  void keepSection(std::span<const KvDxfGroup> groups) { editUnknownSections().back().groups = KvDbGroupList(groups); }
   /// Writes what is kept of a section behind its known fields.
   void writeUnknown(KvDxfWriter& writer, std::wstring_view marker) const;
 
@@ -127,6 +132,7 @@ class KvDbObject : public KvRxObject {
   KvDbStub* stub_ = nullptr;
   KvDbObjectId owner_;
   std::unique_ptr<Extra> extra_;
+  std::unique_ptr<std::vector<KvDbUnknownSection>> unknown_;  // most objects have none
 };
 
 /// An object of a type that the host doesn't model. It is kept whole.
@@ -134,15 +140,17 @@ class KvDbProxyObject : public KvDbObject {
   KVRX_DECLARE(KvDbProxyObject)
  public:
   KvDbProxyObject() = default;
-  explicit KvDbProxyObject(CString type) : type_(std::move(type)) {}
-  CString fileType() const override { return type_; }
+  explicit KvDbProxyObject(KvDbSharedText type) : type_(std::move(type)) {}
+  std::wstring_view fileTypeView() const override { return type_.view(); }
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;
-  /// For repairs: the kept groups of a code behind a marker.
-  std::vector<KvDbStoredGroup*> groupsBehind(std::wstring_view marker, int code);
+  void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) override;
+  /// For repairs: the value of the first kept group of a code, a handle, behind a marker; nothing when there is none.
+  std::optional<std::int64_t> handleBehind(std::wstring_view marker, int code) const;
+  void setHandleBehind(std::wstring_view marker, int code, std::int64_t handle);
 
  private:
-  CString type_;
+  KvDbSharedText type_;
 };
 
 /// Opens the object of an id. Failures: eNullObjectId, eWasErased (unless `openErased`), eWasOpenForWrite,
@@ -164,6 +172,8 @@ Kvad::ErrorStatus kvdbOpenObject(T*& object, KvDbObjectId id, KvDb::OpenMode mod
 
 /// The name of a symbol table record; empty for any other id.
 CString kvdbRecordName(KvDbObjectId id);
+/// The same without a copy; good until the record gets another name.
+std::wstring_view kvdbRecordNameView(KvDbObjectId id);
 
 /// In a class whose fields stand in a table `kFields` of KvDbField rows: the four calls that follow from it.
 #define KVDB_FIELDS_DECLARE                                                                                          \

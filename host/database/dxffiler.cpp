@@ -61,7 +61,7 @@ void KvDxfWriter::marker(std::wstring_view name) {
 }
 
 void KvDxfWriter::beginObject() {
-  lastMarker_.clear();
+  lastMarker_ = {};
   flushed_.clear();
 }
 

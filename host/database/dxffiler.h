@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/database/objectid.h"
+#include "host/database/sharedtext.h"
 #include "host/geometry/point.h"
 
 /// How the value of a group is held; follows from its code alone.
@@ -58,7 +59,7 @@ class KvDxfWriter {
   /// What was done for the present object: the marker written last, and the sections whose kept groups are written.
   void beginObject();
   std::wstring_view lastMarker() const { return lastMarker_; }
-  void noteFlushed(std::wstring_view marker) { flushed_.emplace_back(marker); }
+  void noteFlushed(std::wstring_view marker) { flushed_.push_back(marker); }
   bool isFlushed(std::wstring_view marker) const;
   void vector(int code, const KvGeVector3d& value) { point(code, {value.x, value.y, value.z}); }
   void angle(int code, double radians) { real(code, kvdxfDegrees(radians)); }
@@ -66,8 +67,9 @@ class KvDxfWriter {
   void group(const KvDxfGroup& group);
 
  private:
-  std::wstring lastMarker_;
-  std::vector<std::wstring> flushed_;
+  // They live in the classes or in the object that is being written.
+  std::wstring_view lastMarker_;
+  std::vector<std::wstring_view> flushed_;
 };
 
 /// The names and references of one drawing while it is being read: what a group's text or handle stands for.
@@ -82,6 +84,8 @@ class KvDxfResolver {
   virtual KvDbObjectId textStyle(std::wstring_view name) = 0;
   virtual KvDbObjectId dimStyle(std::wstring_view name) = 0;
   virtual KvDbObjectId block(std::wstring_view name) = 0;
+  /// A name that other objects may bear too: one text for all of them.
+  virtual KvDbSharedText shared(std::wstring_view name) { return KvDbSharedText(name); }
 };
 
 /// One object's groups, in order.

@@ -116,20 +116,26 @@ Kvad::ErrorStatus KvDbEntity::transformBy(const KvGeMatrix3d&) { return Kvad::eN
 
 void KvDbProxyEntity::dwgOutFields(KvDbDwgFiler& filer) const {
   KvDbEntity::dwgOutFields(filer);
-  filer.writeString(type_);
+  filer.writeString(CString(type_.view()));
 }
 
 void KvDbProxyEntity::dwgInFields(KvDbDwgFiler& filer) {
   KvDbEntity::dwgInFields(filer);
-  type_ = filer.readString();
+  type_ = KvDbSharedText(filer.readString().view());
+}
+
+void KvDbProxyEntity::dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) {
+  if (marker.empty() || knowsMarker(marker))
+    KvDbEntity::dxfInSection(marker, groups, resolver);
+  else
+    keepSection(groups);
 }
 
 void KvDbProxyEntity::dxfInEnd(KvDxfResolver& resolver) {
   KvDbEntity::dxfInEnd(resolver);
   // Groups without any marker come from the oldest files; later ones want them divided.
-  if (unknownSections().size() != 1 || !unknownSections().front().marker.IsEmpty()) return;
-  auto& sections = editUnknownSections();
-  sections = kvdbDivideOldGroups(type_.view(), std::move(sections.front().groups));
+  if (unknownSections().size() != 1 || !unknownSections().front().marker.isEmpty()) return;
+  editUnknownSections() = kvdbDivideOldGroups(type_.view(), unknownSections().front().groups);
 }
 
 KvDbObjectIdArray KvDbSequenceEntity::subEntities() const {

@@ -76,14 +76,15 @@ class KvDbProxyEntity : public KvDbEntity {
   KVRX_DECLARE(KvDbProxyEntity)
  public:
   KvDbProxyEntity() = default;
-  explicit KvDbProxyEntity(CString type) : type_(std::move(type)) {}
-  CString fileType() const override { return type_; }
+  explicit KvDbProxyEntity(KvDbSharedText type) : type_(std::move(type)) {}
+  std::wstring_view fileTypeView() const override { return type_.view(); }
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;
+  void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) override;
   void dxfInEnd(KvDxfResolver& resolver) override;
 
  private:
-  CString type_;
+  KvDbSharedText type_;
 };
 
 /// An entity that owns a row of others, closed by an end mark: a polyline of the old kind with its vertices, a block reference with its

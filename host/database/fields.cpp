@@ -121,7 +121,7 @@ void kvdbDxfOut(const KvDbObject& constObject, KvDbFields fields, KvDxfWriter& w
       case Type::Vector: writer.vector(field.code, at<KvGeVector3d>(field, object)); break;
       case Type::Text: writer.text(field.code, at<CString>(field, object).view()); break;
       case Type::LayerName: case Type::LinetypeName: case Type::TextStyleName: case Type::DimStyleName: case Type::BlockName:
-        writer.text(field.code, kvdbRecordName(at<KvDbObjectId>(field, object)).view());
+        writer.text(field.code, kvdbRecordNameView(at<KvDbObjectId>(field, object)));
         break;
       default: writer.handle(field.code, at<KvDbObjectId>(field, object)); break;
     }

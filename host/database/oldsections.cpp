@@ -69,23 +69,23 @@ std::size_t openSection(const Division& division) {
 
 }  // namespace
 
-std::vector<KvDbUnknownSection> kvdbDivideOldGroups(std::wstring_view type, std::vector<KvDbStoredGroup> groups) {
-  const auto flags = std::find_if(groups.begin(), groups.end(), [](const KvDbStoredGroup& group) { return group.code == 70; });
-  const Division* division = divisionOf(type, flags == groups.end() ? 0 : static_cast<int>(flags->integer));
+std::vector<KvDbUnknownSection> kvdbDivideOldGroups(std::wstring_view type, const KvDbGroupList& groups) {
+  const auto flags = std::find_if(groups.begin(), groups.end(), [](const KvDxfGroup& group) { return group.code == 70; });
+  const Division* division = divisionOf(type, flags == groups.end() ? 0 : (*flags).asInt());
   std::vector<KvDbUnknownSection> sections;
   if (!division) {
-    sections.push_back({CString(), std::move(groups)});
+    sections.push_back({KvDbSharedText(), groups});
     return sections;
   }
-  for (const Section& section : division->sections) sections.push_back({section.marker, {}});
-  for (KvDbStoredGroup& group : groups) {
+  for (const Section& section : division->sections) sections.push_back({KvDbSharedText(section.marker), {}});
+  for (const KvDxfGroup& group : groups) {
     std::size_t place = openSection(*division);
     for (std::size_t i = 0; i < division->sections.size(); ++i)
       if (claims(division->sections.begin()[i], group.code)) {
         place = i;
         break;
       }
-    sections[place].groups.push_back(std::move(group));
+    sections[place].groups.append(group);
   }
   return sections;
 }

@@ -7,4 +7,4 @@
 
 /// The groups of an entity of `type`, divided as later files have them. A type that no table row knows comes back as one section
 /// without a marker.
-std::vector<KvDbUnknownSection> kvdbDivideOldGroups(std::wstring_view type, std::vector<KvDbStoredGroup> groups);
+std::vector<KvDbUnknownSection> kvdbDivideOldGroups(std::wstring_view type, const KvDbGroupList& groups);

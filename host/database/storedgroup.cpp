@@ -44,6 +44,40 @@ resbuf* nodeOf(const KvDbStoredGroup& group, const KvDbDatabase* database) {
   return node;
 }
 
+void writeGroup(KvDbDwgFiler& filer, const KvDxfGroup& group, const KvDbObject& owner) {
+  filer.writeInt16(group.code);
+  filer.writeUInt8(static_cast<std::uint8_t>(group.kind));
+  filer.writeUInt8(group.dimensions);
+  switch (group.kind) {
+    case KvDxfKind::Text: case KvDxfKind::Binary: filer.writeString(CString(group.text)); break;
+    case KvDxfKind::Point: case KvDxfKind::Real: filer.writePoint3d(group.point); break;
+    case KvDxfKind::Handle: {
+      const KvDbHandle handle(static_cast<std::uint64_t>(group.integer));
+      filer.writeInt64(group.integer);
+      filer.writeId(owner.database() ? owner.database()->idFromHandle(handle) : KvDbObjectId(), KvDbReference::SoftPointer);
+      break;
+    }
+    default: filer.writeInt64(group.integer); break;
+  }
+}
+
+void readGroup(KvDbDwgFiler& filer, KvDbStoredGroup& group) {
+  group.code = filer.readInt16();
+  group.kind = static_cast<KvDxfKind>(filer.readUInt8());
+  group.dimensions = filer.readUInt8();
+  switch (group.kind) {
+    case KvDxfKind::Text: case KvDxfKind::Binary: group.text = filer.readString(); break;
+    case KvDxfKind::Point: case KvDxfKind::Real: group.point = filer.readPoint3d(); break;
+    case KvDxfKind::Handle: {
+      group.integer = filer.readInt64();
+      const KvDbObjectId id = filer.readId(KvDbReference::SoftPointer);
+      if (!id.isNull()) group.integer = static_cast<std::int64_t>(id.handle().value());
+      break;
+    }
+    default: group.integer = filer.readInt64(); break;
+  }
+}
+
 }  // namespace
 
 KvDbStoredGroup::KvDbStoredGroup(const KvDxfGroup& group)
@@ -53,41 +87,26 @@ KvDxfGroup KvDbStoredGroup::view() const { return {code, kind, dimensions, text.
 
 void kvdbWriteGroups(KvDbDwgFiler& filer, const std::vector<KvDbStoredGroup>& groups, const KvDbObject& owner) {
   filer.writeUInt32(static_cast<std::uint32_t>(groups.size()));
-  for (const KvDbStoredGroup& group : groups) {
-    filer.writeInt16(group.code);
-    filer.writeUInt8(static_cast<std::uint8_t>(group.kind));
-    filer.writeUInt8(group.dimensions);
-    switch (group.kind) {
-      case KvDxfKind::Text: case KvDxfKind::Binary: filer.writeString(group.text); break;
-      case KvDxfKind::Point: case KvDxfKind::Real: filer.writePoint3d(group.point); break;
-      case KvDxfKind::Handle: {
-        const KvDbHandle handle(static_cast<std::uint64_t>(group.integer));
-        filer.writeInt64(group.integer);
-        filer.writeId(owner.database() ? owner.database()->idFromHandle(handle) : KvDbObjectId(), KvDbReference::SoftPointer);
-        break;
-      }
-      default: filer.writeInt64(group.integer); break;
-    }
-  }
+  for (const KvDbStoredGroup& group : groups) writeGroup(filer, group.view(), owner);
+}
+
+void kvdbWriteGroups(KvDbDwgFiler& filer, const KvDbGroupList& groups, const KvDbObject& owner) {
+  filer.writeUInt32(groups.count());
+  for (const KvDxfGroup& group : groups) writeGroup(filer, group, owner);
 }
 
 std::vector<KvDbStoredGroup> kvdbReadGroups(KvDbDwgFiler& filer) {
   std::vector<KvDbStoredGroup> groups(filer.readUInt32());
-  for (KvDbStoredGroup& group : groups) {
-    group.code = filer.readInt16();
-    group.kind = static_cast<KvDxfKind>(filer.readUInt8());
-    group.dimensions = filer.readUInt8();
-    switch (group.kind) {
-      case KvDxfKind::Text: case KvDxfKind::Binary: group.text = filer.readString(); break;
-      case KvDxfKind::Point: case KvDxfKind::Real: group.point = filer.readPoint3d(); break;
-      case KvDxfKind::Handle: {
-        group.integer = filer.readInt64();
-        const KvDbObjectId id = filer.readId(KvDbReference::SoftPointer);
-        if (!id.isNull()) group.integer = static_cast<std::int64_t>(id.handle().value());
-        break;
-      }
-      default: group.integer = filer.readInt64(); break;
-    }
+  for (KvDbStoredGroup& group : groups) readGroup(filer, group);
+  return groups;
+}
+
+KvDbGroupList kvdbReadGroupList(KvDbDwgFiler& filer) {
+  KvDbGroupList groups;
+  for (std::uint32_t left = filer.readUInt32(); left > 0; --left) {
+    KvDbStoredGroup group;
+    readGroup(filer, group);
+    groups.append(group.view());
   }
   return groups;
 }

@@ -6,6 +6,7 @@
 #include "host/base/resbuf.h"
 #include "host/database/dxffiler.h"
 #include "host/database/filer.h"
+#include "host/database/grouplist.h"
 
 /// A group with its own copy of the value. References are kept as handles.
 struct KvDbStoredGroup {
@@ -25,6 +26,8 @@ struct KvDbStoredGroup {
 /// Filing of groups that `owner` holds. References are filed as ids too, so that they follow a copy.
 void kvdbWriteGroups(KvDbDwgFiler& filer, const std::vector<KvDbStoredGroup>& groups, const KvDbObject& owner);
 std::vector<KvDbStoredGroup> kvdbReadGroups(KvDbDwgFiler& filer);
+void kvdbWriteGroups(KvDbDwgFiler& filer, const KvDbGroupList& groups, const KvDbObject& owner);
+KvDbGroupList kvdbReadGroupList(KvDbDwgFiler& filer);
 
 /// The groups as a chain owned by the caller; null for none. References become entity names of that drawing.
 resbuf* kvdbChainOf(std::span<const KvDbStoredGroup> groups, const KvDbDatabase* database);

@@ -52,7 +52,7 @@ class KvDbSymbolTable : public KvDbObject {
   KvDbObjectIdArray records() const;
   /// Class of the records.
   virtual const KvRxClass* recordClass() const = 0;
-  CString fileType() const override { return L"TABLE"; }
+  std::wstring_view fileTypeView() const override { return L"TABLE"; }
   /// The table's own groups in a file, behind its type and name: handle, owner, the number of records.
   void dxfOutHead(KvDxfWriter& writer) const;
   bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;

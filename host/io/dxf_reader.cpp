@@ -30,20 +30,19 @@ const TableName* tableNamed(std::string_view name) {
 bool ownsSequence(std::wstring_view type) { return type == L"POLYLINE" || type == L"INSERT"; }
 bool belongsToSequence(std::wstring_view type) { return type == L"VERTEX" || type == L"ATTRIB"; }
 
-std::unique_ptr<KvDbEntity> makeEntity(std::wstring_view type) {
-  if (ownsSequence(type)) return std::make_unique<KvDbSequenceEntity>(CString(type));
-  const KvRxClass* known = KvRxClass::findByDxfName(type);
-  if (known && known->isDerivedFrom(KvDbEntity::desc()))
-    if (auto* entity = KvDbEntity::cast(known->create())) return std::unique_ptr<KvDbEntity>(entity);
-  return std::make_unique<KvDbProxyEntity>(CString(type));
+std::unique_ptr<KvDbEntity> makeEntity(const NamedClass& type) {
+  if (ownsSequence(type.name.view())) return std::make_unique<KvDbSequenceEntity>(type.name);
+  if (type.known && type.known->isDerivedFrom(KvDbEntity::desc()))
+    if (auto* entity = KvDbEntity::cast(type.known->create())) return std::unique_ptr<KvDbEntity>(entity);
+  return std::make_unique<KvDbProxyEntity>(type.name);
 }
 
-std::unique_ptr<KvDbObject> makeObject(std::wstring_view type) {
-  const KvRxClass* known = KvRxClass::findByDxfName(type);
+std::unique_ptr<KvDbObject> makeObject(const NamedClass& type) {
+  const KvRxClass* known = type.known;
   const bool isPlain = known && !known->isDerivedFrom(KvDbEntity::desc()) && !known->isDerivedFrom(KvDbSymbolTableRecord::desc());
   if (isPlain)
     if (auto* object = KvDbObject::cast(known->create())) return std::unique_ptr<KvDbObject>(object);
-  return std::make_unique<KvDbProxyObject>(CString(type));
+  return std::make_unique<KvDbProxyObject>(type.name);
 }
 
 CString wide(std::string_view bytes) { return CString(std::wstring(bytes.begin(), bytes.end())); }
@@ -424,7 +423,7 @@ bool DxfReader::readEntities() {
 bool DxfReader::addEntity(Record& record, KvDbBlockTableRecord* block) {
   const bool isEnd = record.type == L"SEQEND";
   if (openSequence_ && (isEnd || belongsToSequence(record.type))) {
-    auto sub = isEnd ? std::unique_ptr<KvDbEntity>(std::make_unique<KvDbSequenceEnd>()) : makeEntity(record.type);
+    auto sub = isEnd ? std::unique_ptr<KvDbEntity>(std::make_unique<KvDbSequenceEnd>()) : makeEntity(named(record.type));
     // Some files name the block as owner, not the entity; what they say is kept.
     const KvDbObjectId owner = record.owner() != 0 ? object(record.owner()) : openSequence_->objectId();
     const KvDbEntity* placed = place(std::move(sub), record, owner);
@@ -439,7 +438,7 @@ bool DxfReader::addEntity(Record& record, KvDbBlockTableRecord* block) {
   }
   openSequence_ = nullptr;
   if (isEnd) return mend(record.place, L"an end mark without a beginning");
-  KvDbEntity* placed = place(makeEntity(record.type), record, block->objectId());
+  KvDbEntity* placed = place(makeEntity(named(record.type)), record, block->objectId());
   if (!placed) return false;
   block->addAsRead(placed->objectId());
   const KvDxfGroup* follows = record.find(66);
@@ -452,7 +451,7 @@ bool DxfReader::readObjects() {
   while (!isSectionEnd()) {
     auto record = takeRecord();
     if (!record) return false;
-    const KvDbObject* placed = place(makeObject(record->type), *record, object(record->owner()));
+    const KvDbObject* placed = place(makeObject(named(record->type)), *record, object(record->owner()));
     if (!placed) return false;
     if (database_.namedObjectsDictionaryId().isNull() && placed->isKindOf(KvDbDictionary::desc()))
       database_.setNamedObjectsDictionaryId(placed->objectId());
@@ -475,6 +474,14 @@ KvDbObjectId DxfReader::record(KvDbTable table, std::wstring_view name) {
   cache.name = std::wstring(name);
   cache.id = id;
   return id;
+}
+
+const NamedClass& DxfReader::named(std::wstring_view name) {
+  constexpr std::size_t kFactor = 31;
+  const std::size_t mark = name.empty() ? 0 : (name.size() * kFactor + static_cast<std::size_t>(name.front())) * kFactor + static_cast<std::size_t>(name.back());
+  NamedClass& place = named_[mark % std::size(named_)];
+  if (place.name.view() != name) place = {KvDbSharedText(name), KvRxClass::findByDxfName(name)};
+  return place;
 }
 
 KvDbObjectId DxfReader::makeRecord(KvDbTable table, const CString& name) { return database_.makeRecordAsRead(table, name); }

@@ -20,21 +20,19 @@ KvDbObjectId blockOfLayout(const KvDbDatabase& database, KvDbObjectId layout) {
 }
 
 void repairLayout(KvDbDatabase& database, KvDbProxyObject& layout, const std::function<void(const CString&)>& report) {
-  for (KvDbStoredGroup* group : layout.groupsBehind(kLayoutMarker, kBlockReference)) {
-    if (!database.idFromHandle(KvDbHandle(static_cast<std::uint64_t>(group->integer))).isNull()) return;
-    const KvDbObjectId block = blockOfLayout(database, layout.objectId());
-    if (!block.isNull()) {
-      report(nameOf(layout) + L" pointed to a block that isn't there; it has its own back");
-      group->integer = static_cast<std::int64_t>(block.handle().value());
-      return;
-    }
-    report(nameOf(layout) + L" has no block; it is left out");
-    KvDbObject* opened = nullptr;
-    if (kvdbOpenAny(opened, layout.objectId(), KvDb::kForWrite) != Kvad::eOk) return;
-    opened->erase();
-    opened->close();
+  const auto handle = layout.handleBehind(kLayoutMarker, kBlockReference);
+  if (!handle || !database.idFromHandle(KvDbHandle(static_cast<std::uint64_t>(*handle))).isNull()) return;
+  const KvDbObjectId block = blockOfLayout(database, layout.objectId());
+  if (!block.isNull()) {
+    report(nameOf(layout) + L" pointed to a block that isn't there; it has its own back");
+    layout.setHandleBehind(kLayoutMarker, kBlockReference, static_cast<std::int64_t>(block.handle().value()));
     return;
   }
+  report(nameOf(layout) + L" has no block; it is left out");
+  KvDbObject* opened = nullptr;
+  if (kvdbOpenAny(opened, layout.objectId(), KvDb::kForWrite) != Kvad::eOk) return;
+  opened->erase();
+  opened->close();
 }
 
 }  // namespace

@@ -11,6 +11,12 @@
 
 namespace kvio {
 
+/// A type or marker as it stands in files, and the class that bears it.
+struct NamedClass {
+  KvDbSharedText name;
+  const KvRxClass* known = nullptr;
+};
+
 class DxfReader : public KvDxfResolver {
  public:
   DxfReader(KvDbDatabase& database, std::string_view bytes, KvIoReport& report, KvIoMode mode);
@@ -22,6 +28,7 @@ class DxfReader : public KvDxfResolver {
   KvDbObjectId textStyle(std::wstring_view name) override { return record(KvDbTable::TextStyle, name); }
   KvDbObjectId dimStyle(std::wstring_view name) override { return record(KvDbTable::DimStyle, name); }
   KvDbObjectId block(std::wstring_view name) override { return record(KvDbTable::Block, name); }
+  KvDbSharedText shared(std::wstring_view name) override { return named(name).name; }
 
  private:
   struct NameCache {
@@ -68,6 +75,7 @@ class DxfReader : public KvDxfResolver {
   T* place(std::unique_ptr<T> object, const Record& record, KvDbObjectId owner);
   KvDbObjectId record(KvDbTable table, std::wstring_view name);
   KvDbObjectId makeRecord(KvDbTable table, const CString& name);
+  const NamedClass& named(std::wstring_view name);
   void finish();
 
   KvDbDatabase& database_;
@@ -79,6 +87,7 @@ class DxfReader : public KvDxfResolver {
   bool hasCurrent_ = false;
   bool failed_ = false;
   std::pmr::monotonic_buffer_resource texts_;
+  NamedClass named_[64];  // by a mark of the name; the last one with that mark stays
   NameCache cache_[kKvDbTableCount];
   KvDbSequenceEntity* openSequence_ = nullptr;
   KvDbBlockTableRecord* lastBlock_ = nullptr;
