@@ -141,6 +141,7 @@ class KvDbProxyObject : public KvDbObject {
  public:
   KvDbProxyObject() = default;
   explicit KvDbProxyObject(KvDbSharedText type) : type_(std::move(type)) {}
+  explicit KvDbProxyObject(const CString& type) : type_(type.view()) {}
   std::wstring_view fileTypeView() const override { return type_.view(); }
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;

@@ -77,6 +77,7 @@ class KvDbProxyEntity : public KvDbEntity {
  public:
   KvDbProxyEntity() = default;
   explicit KvDbProxyEntity(KvDbSharedText type) : type_(std::move(type)) {}
+  explicit KvDbProxyEntity(const CString& type) : type_(type.view()) {}
   std::wstring_view fileTypeView() const override { return type_.view(); }
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;
