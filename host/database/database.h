@@ -64,6 +64,7 @@ class KvDbDatabase {
   KvDbObjectId referenceTo(KvDbHandle handle);
   /// All ids that bear an object, erased ones included, in the order of their making.
   std::vector<KvDbObjectId> allObjects() const;
+  std::size_t objectCount() const { return placed_.size(); }
   /// Larger than every handle in the drawing.
   std::uint64_t handleSeed() const { return nextHandle_; }
   /// The seed for a file: larger than every handle that isn't erased, and not below the one of the file that was read, so that what was

@@ -1,6 +1,7 @@
 #include "host/database/dxffiler.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 
@@ -25,13 +26,20 @@ constexpr KindRange kKinds[] = {
     {1071, 1071, KvDxfKind::Int32},
 };
 
+constexpr auto kKindOfCode = [] {
+  std::array<KvDxfKind, 1072> kinds{};
+  for (const KindRange& range : kKinds)
+    for (int code = range.first; code <= range.last; ++code)
+      kinds[static_cast<std::size_t>(code)] = range.kind;
+  return kinds;
+}();
+static_assert(kKindOfCode.size() == std::size_t{std::end(kKinds)[-1].last + 1});
+
 }  // namespace
 
 KvDxfKind kvdxfKind(int code) {
-  const auto* row = std::upper_bound(std::begin(kKinds), std::end(kKinds), code, [](int value, const KindRange& r) { return value < r.first; });
-  if (row == std::begin(kKinds)) return KvDxfKind::Text;
-  --row;
-  return code <= row->last ? row->kind : KvDxfKind::Text;
+  const auto index = static_cast<std::size_t>(code);
+  return code >= 0 && index < kKindOfCode.size() ? kKindOfCode[index] : KvDxfKind::Text;
 }
 
 double kvdxfRadians(double degrees) { return degrees * (kvge::kPi / 180); }

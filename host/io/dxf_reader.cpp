@@ -141,11 +141,19 @@ bool DxfReader::advance() {
   return hasCurrent_;
 }
 
-std::wstring_view DxfReader::keep(std::wstring text) {
+std::wstring_view DxfReader::keep(std::wstring_view text) {
   if (text.empty()) return {};
   auto* place = static_cast<wchar_t*>(texts_.allocate(text.size() * sizeof(wchar_t), alignof(wchar_t)));
   std::copy(text.begin(), text.end(), place);
   return {place, text.size()};
+}
+
+std::wstring_view DxfReader::keepText(std::string_view bytes) {
+  if (bytes.empty()) return {};
+  if (!isPlainText(bytes)) return keep(decodeText(bytes, encoding_));
+  auto* place = static_cast<wchar_t*>(texts_.allocate(bytes.size() * sizeof(wchar_t), alignof(wchar_t)));
+  std::copy(bytes.begin(), bytes.end(), place);
+  return {place, bytes.size()};
 }
 
 KvDxfGroup DxfReader::takeGroup() {
@@ -153,7 +161,9 @@ KvDxfGroup DxfReader::takeGroup() {
   group.code = static_cast<std::int16_t>(current_.code);
   group.kind = current_.kind;
   switch (current_.kind) {
-    case KvDxfKind::Text: group.text = keep(decodeText(current_.bytes, encoding_)); break;
+    case KvDxfKind::Text:
+      group.text = keepText(current_.bytes);
+      break;
     case KvDxfKind::Binary: {
       std::wstring bytes;
       if (tokens_.isBinary()) {
@@ -163,7 +173,7 @@ KvDxfGroup DxfReader::takeGroup() {
         for (std::size_t i = 0; i + 1 < current_.bytes.size(); i += 2)
           bytes += static_cast<wchar_t>((digit(current_.bytes[i]) << 4 | digit(current_.bytes[i + 1])) & 0xFF);
       }
-      group.text = keep(std::move(bytes));
+      group.text = keep(bytes);
       break;
     }
     case KvDxfKind::Point: {
@@ -190,11 +200,12 @@ KvDxfGroup DxfReader::takeGroup() {
   return group;
 }
 
-std::optional<DxfReader::Record> DxfReader::takeRecord() {
+DxfReader::Record* DxfReader::takeRecord() {
   texts_.release();
-  Record record;
+  Record& record = record_;
+  record.groups.clear();
   record.place = tokens_.here();
-  record.type = keep(decodeText(current_.bytes, encoding_));
+  record.type = keepText(current_.bytes);
   advance();
   while (hasCurrent_ && current_.code != 0) {
     if (current_.code == 999) {
@@ -204,8 +215,7 @@ std::optional<DxfReader::Record> DxfReader::takeRecord() {
     if (current_.code == 5 && record.type == L"DIMSTYLE") current_.kind = KvDxfKind::Text;
     record.groups.push_back(takeGroup());
   }
-  if (tokens_.hasFailed()) return std::nullopt;
-  return record;
+  return tokens_.hasFailed() ? nullptr : &record;
 }
 
 bool DxfReader::fail(const KvIoMessage& place, const CString& text) {
@@ -302,7 +312,7 @@ bool DxfReader::readTables() {
 }
 
 bool DxfReader::readTable() {
-  auto head = takeRecord();
+  const Record* head = takeRecord();
   if (!head) return false;
   const CString name(head->text(2));
   const TableName* known = tableNamed(platform::utf8From(name));
@@ -323,7 +333,7 @@ bool DxfReader::readTable() {
     return false;
   }
   while (!isSectionEnd() && !is(0, "ENDTAB") && !is(0, "TABLE")) {
-    auto record = takeRecord();
+    Record* record = takeRecord();
     if (!record) return false;
     if (record->type != name.view()) {
       if (!mend(record->place, L"a record of table \"" + name + L"\" expected")) return false;
@@ -355,7 +365,7 @@ KvDbBlockTableRecord* DxfReader::blockRecord(const Record& begin, const CString&
 
 bool DxfReader::readBlocks() {
   while (!isSectionEnd()) {
-    auto record = takeRecord();
+    Record* record = takeRecord();
     if (!record) return false;
     if (record->type == L"BLOCK") {
       if (!readBlock(*record)) return false;
@@ -379,7 +389,7 @@ bool DxfReader::readBlock(const Record& beginRecord) {
   block->setMarks(begin->objectId(), block->endId());
   openSequence_ = nullptr;
   while (!isSectionEnd() && !is(0, "BLOCK")) {
-    auto record = takeRecord();
+    Record* record = takeRecord();
     if (!record) return false;
     if (record->type == L"ENDBLK") {
       const KvDbBlockEnd* end = place(std::make_unique<KvDbBlockEnd>(), *record, block->objectId());
@@ -412,7 +422,7 @@ KvDbBlockTableRecord* DxfReader::blockOf(const Record& record) {
 bool DxfReader::readEntities() {
   openSequence_ = nullptr;
   while (!isSectionEnd()) {
-    auto record = takeRecord();
+    Record* record = takeRecord();
     if (!record) return false;
     KvDbBlockTableRecord* block = openSequence_ && belongsToSequence(record->type) ? nullptr : blockOf(*record);
     if (!addEntity(*record, block)) return false;
@@ -449,7 +459,7 @@ bool DxfReader::addEntity(Record& record, KvDbBlockTableRecord* block) {
 
 bool DxfReader::readObjects() {
   while (!isSectionEnd()) {
-    auto record = takeRecord();
+    Record* record = takeRecord();
     if (!record) return false;
     const KvDbObject* placed = place(makeObject(named(record->type)), *record, object(record->owner()));
     if (!placed) return false;
@@ -463,7 +473,8 @@ KvDbObjectId DxfReader::object(std::int64_t handle) { return database_.reference
 
 KvDbObjectId DxfReader::record(KvDbTable table, std::wstring_view name) {
   NameCache& cache = cache_[static_cast<std::size_t>(table)];
-  if (!cache.id.isNull() && cache.name == name) return cache.id;
+  for (const NameCache::Entry& entry : cache.entries)
+    if (!entry.id.isNull() && entry.name == name) return entry.id;
   const CString wanted(name);
   KvDbObjectId id = database_.recordId(table, wanted);
   if (id.isNull() && !wanted.IsEmpty() && table != KvDbTable::Block) {
@@ -471,8 +482,8 @@ KvDbObjectId DxfReader::record(KvDbTable table, std::wstring_view name) {
     if (mode_ == KvIoMode::Recover) mend(tokens_.here(), L"\"" + wanted + L"\" stands in no table");
     id = makeRecord(table, wanted);
   }
-  cache.name = std::wstring(name);
-  cache.id = id;
+  cache.entries[cache.next] = {std::wstring(name), id};
+  cache.next = (cache.next + 1) % cache.entries.size();
   return id;
 }
 

@@ -61,12 +61,6 @@ std::wstring resolveEscapes(std::wstring_view text) {
   return platform::fromUtf16(units);
 }
 
-bool isPlain(std::string_view bytes) {
-  for (char c : bytes)
-    if (static_cast<unsigned char>(c) >= 0x80 || c == '\\') return false;
-  return true;
-}
-
 std::wstring decodeBytes(std::string_view bytes, const TextEncoding& encoding) {
   const bool fitsUtf8 = platform::isUtf8(bytes);
   if (encoding.isUtf8 && fitsUtf8) return platform::fromUtf8(bytes);
@@ -77,15 +71,25 @@ std::wstring decodeBytes(std::string_view bytes, const TextEncoding& encoding) {
 
 }  // namespace
 
+bool isPlainText(std::string_view bytes) {
+  for (char c : bytes)
+    if (static_cast<unsigned char>(c) >= 0x80 || c == '\\') return false;
+  return true;
+}
+
 std::wstring decodeText(std::string_view bytes, const TextEncoding& encoding) {
-  if (isPlain(bytes)) return std::wstring(bytes.begin(), bytes.end());
+  if (isPlainText(bytes)) return std::wstring(bytes.begin(), bytes.end());
   std::wstring text = decodeBytes(bytes, encoding);
   return text.find(L"\\U+") == std::wstring::npos && text.find(L"\\M+") == std::wstring::npos ? text : resolveEscapes(text);
 }
 
 std::string encodeText(std::wstring_view text, const TextEncoding& encoding) {
   std::string out;
-  out.reserve(text.size());
+  appendEncoded(out, text, encoding);
+  return out;
+}
+
+void appendEncoded(std::string& out, std::wstring_view text, const TextEncoding& encoding) {
   const auto escape = [&](std::wstring_view one) {
     constexpr char kDigits[] = "0123456789ABCDEF";
     for (char16_t unit : platform::toUtf16(one)) {
@@ -113,7 +117,6 @@ std::string encodeText(std::wstring_view text, const TextEncoding& encoding) {
         out += bytes;
     }
   }
-  return out;
 }
 
 }  // namespace kvio

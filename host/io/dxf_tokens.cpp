@@ -1,5 +1,6 @@
 #include "host/io/internal/dxf_tokens.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -20,6 +21,19 @@ std::string_view trimmed(std::string_view text) {
 }
 
 bool readWhole(std::string_view text, std::int64_t& value) {
+  constexpr std::size_t kShort = 9;
+  if (text.size() <= kShort) {
+    std::int64_t number = 0;
+    std::size_t at = 0;
+    while (at < text.size() && text[at] == ' ') ++at;
+    const std::size_t first = at;
+    for (; at < text.size() && static_cast<unsigned char>(text[at] - '0') < 10; ++at)
+      number = number * 10 + (text[at] - '0');
+    if (at == text.size() && at > first) {
+      value = number;
+      return true;
+    }
+  }
   text = trimmed(text);
   if (!text.empty() && text.front() == '+') text.remove_prefix(1);
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -32,7 +46,39 @@ bool readWhole(std::string_view text, std::int64_t& value) {
   return true;
 }
 
+constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                   1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+
+/// Plain decimals of at most 15 digits: these digits as a whole number and the power of ten are both exact,
+/// so that their quotient is the nearest number. False for all other forms.
+bool readShortReal(std::string_view text, double& value) {
+  constexpr std::size_t kLongest = 17;  // 15 digits, a sign, a point
+  if (text.size() > kLongest) return false;
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  const bool isNegative = at != end && *at == '-';
+  if (isNegative) ++at;
+  std::int64_t digits = 0;
+  const char* const first = at;
+  const auto takeDigits = [&] {
+    const char* const from = at;
+    for (; at != end && static_cast<unsigned char>(*at - '0') < 10; ++at) digits = digits * 10 + (*at - '0');
+    return static_cast<std::size_t>(at - from);
+  };
+  std::size_t count = takeDigits(), places = 0;
+  if (at != end && *at == '.') {
+    ++at;
+    places = takeDigits();
+    count += places;
+  }
+  if (at != end || first == end || count == 0 || count >= std::size(kPowersOfTen)) return false;
+  const double number = static_cast<double>(digits) / kPowersOfTen[places];
+  value = isNegative ? -number : number;
+  return true;
+}
+
 bool readReal(std::string_view text, double& value) {
+  if (readShortReal(text, value)) return true;
   text = trimmed(text);
   if (!text.empty() && text.front() == '+') text.remove_prefix(1);
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -114,8 +160,12 @@ bool DxfTokens::next(RawGroup& group) {
 
 bool DxfTokens::takeLine(std::string_view& line) {
   if (at_ >= bytes_.size()) return false;
-  auto end = bytes_.find('\n', at_);
-  if (end == std::string_view::npos) end = bytes_.size();
+  // Most lines are shorter than what a call would cost.
+  constexpr std::size_t kNear = 16;
+  std::size_t end = at_;
+  const std::size_t near = std::min(at_ + kNear, bytes_.size());
+  while (end < near && bytes_[end] != '\n') ++end;
+  if (end == near) end = std::min(bytes_.find('\n', end), bytes_.size());
   line = bytes_.substr(at_, end - at_);
   at_ = end < bytes_.size() ? end + 1 : end;
   if (!line.empty() && line.back() == '\r') line.remove_suffix(1);

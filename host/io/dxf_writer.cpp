@@ -1,5 +1,6 @@
 #include "host/io/internal/dxf_writer.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <iterator>
@@ -35,6 +36,41 @@ bool isSpaceOfEntities(const CString& name) {
   return name.CompareNoCase(L"*Model_Space") == 0 || name.CompareNoCase(L"*Paper_Space") == 0;
 }
 
+/// A number of at most six places and 15 digits in plain decimals, where that is the shortest form; null
+/// where it may not be. Such a number has no second form of so few digits, so that the digits are the same
+/// that std::to_chars finds.
+char* formatShortReal(char* out, double value) {
+  constexpr double kScale = 1e6, kLimit = 1e9;
+  constexpr int kPlaces = 6;
+  const double size = std::fabs(value);
+  // Numbers below a tenth and long whole ones may be shorter with an exponent.
+  if (!(size >= 0.1 && size < kLimit)) return nullptr;
+  const auto scaled = static_cast<std::int64_t>(size * kScale + 0.5);
+  if (static_cast<double>(scaled) / kScale != size) return nullptr;
+  constexpr std::int64_t kWhole = 1'000'000;
+  const std::int64_t whole = scaled / kWhole;
+  auto part = static_cast<std::int32_t>(scaled % kWhole);
+  if (part == 0 && whole % 100 == 0) return nullptr;
+  if (value < 0) *out++ = '-';
+  out = std::to_chars(out, out + 20, whole).ptr;
+  if (part == 0) return out;
+  *out++ = '.';
+  char places[kPlaces];
+  for (int i = kPlaces; i-- > 0; part /= 10) places[i] = static_cast<char>('0' + part % 10);
+  int count = kPlaces;
+  while (places[count - 1] == '0') --count;
+  return std::copy_n(places, count, out);
+}
+
+char* formatReal(char* out, char* end, double value) {
+  if (value == 0 && !std::signbit(value)) {
+    *out = '0';
+    return out + 1;
+  }
+  char* shortEnd = formatShortReal(out, value);
+  return shortEnd ? shortEnd : std::to_chars(out, end, value).ptr;
+}
+
 }  // namespace
 
 // --- Bytes ---------------------------------------------------------------------------------------------------------------------
@@ -46,6 +82,13 @@ DxfByteWriter::DxfByteWriter(KvIoForm form, TextEncoding encoding) : form_(form)
 void DxfByteWriter::putCode(int code) {
   if (form_ == KvIoForm::Binary) {
     put(static_cast<std::int16_t>(code));
+    return;
+  }
+  if (code >= 0 && code < 1000) {
+    const char line[] = {code < 100 ? ' ' : static_cast<char>('0' + code / 100),
+                         code < 10 ? ' ' : static_cast<char>('0' + code / 10 % 10),
+                         static_cast<char>('0' + code % 10), '\r', '\n'};
+    bytes_.append(line, sizeof line);
     return;
   }
   // Three places, as is the habit of these files.
@@ -65,7 +108,8 @@ void DxfByteWriter::putLine(std::string_view value) {
 
 void DxfByteWriter::text(int code, std::wstring_view value) {
   putCode(code);
-  putLine(encodeText(value, encoding_));
+  appendEncoded(bytes_, value, encoding_);
+  putLine({});
 }
 
 void DxfByteWriter::real(int code, double value) {
@@ -76,7 +120,7 @@ void DxfByteWriter::real(int code, double value) {
     return;
   }
   char digits[40];
-  auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+  auto end = formatReal(digits, digits + sizeof digits - 2, value);
   // Readers tell real numbers by their point.
   if (std::string_view(digits, static_cast<std::size_t>(end - digits)).find_first_of(".e") == std::string_view::npos) {
     *end++ = '.';
@@ -247,7 +291,7 @@ void DxfFileWriter::writeObjects() {
   // The root comes first; the others in the order in which they came.
   if (const auto* root = peek<KvDbObject>(database_.namedObjectsDictionaryId())) root->dxfOut(writer_);
   for (KvDbObjectId id : database_.allObjects()) {
-    const auto* object = peek<KvDbObject>(id);
+    const KvDbObject* object = id.stub()->object;
     if (id.isErased() || id == database_.namedObjectsDictionaryId()) continue;
     if (object->isKindOf(KvDbEntity::desc()) || object->isKindOf(KvDbSymbolTable::desc()) || object->isKindOf(KvDbSymbolTableRecord::desc()))
       continue;

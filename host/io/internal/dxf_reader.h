@@ -1,5 +1,6 @@
 #pragma once
 // From groups to a drawing.
+#include <array>
 #include <memory>
 #include <memory_resource>
 #include <optional>
@@ -31,9 +32,14 @@ class DxfReader : public KvDxfResolver {
   KvDbSharedText shared(std::wstring_view name) override { return named(name).name; }
 
  private:
+  /// The names looked up last, the newest replacing the oldest.
   struct NameCache {
-    std::wstring name;
-    KvDbObjectId id;
+    struct Entry {
+      std::wstring name;
+      KvDbObjectId id;
+    };
+    std::array<Entry, 8> entries;
+    std::size_t next = 0;
   };
   /// The groups of one object, from behind its type.
   struct Record {
@@ -47,11 +53,15 @@ class DxfReader : public KvDxfResolver {
   };
 
   void findEncoding(std::string_view bytes);
-  bool advance();                     // the next raw group into current_
-  bool is(int code, std::string_view text) const { return hasCurrent_ && current_.code == code && current_.bytes == text; }
-  KvDxfGroup takeGroup();             // the current group, points put together; advances
-  std::wstring_view keep(std::wstring text);
-  std::optional<Record> takeRecord();  // the record that begins at the current group 0
+  bool advance();  // the next raw group into current_
+  bool is(int code, std::string_view text) const {
+    return hasCurrent_ && current_.code == code && current_.bytes == text;
+  }
+  KvDxfGroup takeGroup();  // the current group, points put together; advances
+  std::wstring_view keep(std::wstring_view text);
+  std::wstring_view keepText(std::string_view bytes);  // decoded
+  Record*
+  takeRecord();  // null at a fault; good until the next; the record that begins at the current group 0
   bool isSectionEnd() const { return !hasCurrent_ || is(0, "ENDSEC") || is(0, "EOF") || is(0, "SECTION"); }
 
   bool fail(const KvIoMessage& place, const CString& text);
@@ -86,7 +96,9 @@ class DxfReader : public KvDxfResolver {
   RawGroup current_;
   bool hasCurrent_ = false;
   bool failed_ = false;
-  std::pmr::monotonic_buffer_resource texts_;
+  Record record_;                          // the one taken last
+  std::array<std::byte, 16384> textRoom_;  // enough for most objects
+  std::pmr::monotonic_buffer_resource texts_{textRoom_.data(), textRoom_.size()};
   NamedClass named_[64];  // by a mark of the name; the last one with that mark stays
   NameCache cache_[kKvDbTableCount];
   KvDbSequenceEntity* openSequence_ = nullptr;

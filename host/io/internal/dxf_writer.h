@@ -11,6 +11,8 @@ namespace kvio {
 class DxfByteWriter : public KvDxfWriter {
  public:
   DxfByteWriter(KvIoForm form, TextEncoding encoding);
+  /// Makes room for the bytes of so many objects, as they are on the average.
+  void expect(std::size_t objects) { bytes_.reserve(bytes_.size() + objects * kBytesOfObject); }
   std::string takeBytes() { return std::move(bytes_); }
 
   void text(int code, std::wstring_view value) override;
@@ -22,6 +24,7 @@ class DxfByteWriter : public KvDxfWriter {
   void binary(int code, std::span<const std::uint8_t> bytes) override;
 
  private:
+  static constexpr std::size_t kBytesOfObject = 256;
   void putCode(int code);
   void putLine(std::string_view value);
   template <class T>
