@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::string_view kBinaryMark("AutoCAD Binary DXF\r\n\x1a\0", 22);
 constexpr std::size_t kLongestChunk = 127;  // bytes of binary data in one group
-constexpr int kNarrowCode = 100;
+constexpr std::size_t kCodeLine = 16;       // room for a code and its line end
 
 struct TableName {
   KvDbTable table;
@@ -62,6 +62,19 @@ char* formatShortReal(char* out, double value) {
   return std::copy_n(places, count, out);
 }
 
+/// The line of a code: three places, as is the habit of these files.
+char* formatCode(char* out, int code) {
+  if (code < 0 || code > 999) {
+    if (code < 0) out = std::copy_n("  ", 2, out);
+    out = std::to_chars(out, out + 8, code).ptr;
+  } else {
+    *out++ = code < 100 ? ' ' : static_cast<char>('0' + code / 100);
+    *out++ = code < 10 ? ' ' : static_cast<char>('0' + code / 10 % 10);
+    *out++ = static_cast<char>('0' + code % 10);
+  }
+  return std::copy_n("\r\n", 2, out);
+}
+
 char* formatReal(char* out, char* end, double value) {
   if (value == 0 && !std::signbit(value)) {
     *out = '0';
@@ -84,18 +97,8 @@ void DxfByteWriter::putCode(int code) {
     put(static_cast<std::int16_t>(code));
     return;
   }
-  if (code >= 0 && code < 1000) {
-    const char line[] = {code < 100 ? ' ' : static_cast<char>('0' + code / 100),
-                         code < 10 ? ' ' : static_cast<char>('0' + code / 10 % 10),
-                         static_cast<char>('0' + code % 10), '\r', '\n'};
-    bytes_.append(line, sizeof line);
-    return;
-  }
-  // Three places, as is the habit of these files.
-  char digits[8];
-  const auto end = std::to_chars(digits, digits + sizeof digits, code).ptr;
-  if (code < kNarrowCode) bytes_.append(code < 10 ? "  " : " ");
-  bytes_.append(digits, end).append("\r\n");
+  char line[kCodeLine];
+  bytes_.append(line, formatCode(line, code));
 }
 
 void DxfByteWriter::putLine(std::string_view value) {
@@ -107,26 +110,38 @@ void DxfByteWriter::putLine(std::string_view value) {
 }
 
 void DxfByteWriter::text(int code, std::wstring_view value) {
+  constexpr std::size_t kShort = 64;
+  if (form_ == KvIoForm::Text && value.size() <= kShort) {
+    char line[kCodeLine + kShort + 2];
+    char* end = formatCode(line, code);
+    bool isPlain = true;
+    for (wchar_t c : value) {
+      isPlain = isPlain && c >= 0x20 && c < 0x7F;
+      *end++ = static_cast<char>(c);
+    }
+    if (isPlain) {
+      bytes_.append(line, std::copy_n("\r\n", 2, end));
+      return;
+    }
+  }
   putCode(code);
   appendEncoded(bytes_, value, encoding_);
   putLine({});
 }
 
 void DxfByteWriter::real(int code, double value) {
-  putCode(code);
   if (!std::isfinite(value)) value = 0;
   if (form_ == KvIoForm::Binary) {
+    putCode(code);
     put(value);
     return;
   }
-  char digits[40];
-  auto end = formatReal(digits, digits + sizeof digits - 2, value);
+  char line[kCodeLine + 44];
+  char* const digits = formatCode(line, code);
+  char* end = formatReal(digits, line + sizeof line - 4, value);
   // Readers tell real numbers by their point.
-  if (std::string_view(digits, static_cast<std::size_t>(end - digits)).find_first_of(".e") == std::string_view::npos) {
-    *end++ = '.';
-    *end++ = '0';
-  }
-  putLine({digits, static_cast<std::size_t>(end - digits)});
+  if (std::find_if(digits, end, [](char c) { return c == '.' || c == 'e'; }) == end) end = std::copy_n(".0", 2, end);
+  bytes_.append(line, std::copy_n("\r\n", 2, end));
 }
 
 void DxfByteWriter::integer(int code, std::int64_t value) {
