@@ -34,7 +34,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   app.editor().commands().addCommand(L"F", L"ASK", L"ASK", 0, ask);
   app.editor().commands().addCommand(L"F", L"WORDS", L"WORDS", 0, words);
   app.newDocument();
-  app.editor().pushSource(std::make_unique<KvEdScriptSource>(CString(platform::fromUtf8({reinterpret_cast<const char*>(data), size}))));
+  app.editor().pushSource(std::make_unique<KvEdScriptSource>(
+      CString(platform::fromUtf8({reinterpret_cast<const char*>(data), size}))));
   app.run();
   return 0;
 }

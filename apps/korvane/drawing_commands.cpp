@@ -20,7 +20,9 @@ struct Summary {
   int objects = 0, entities = 0, blocks = 0;
 };
 
-std::string narrow(const CString& text) { return platform::utf8From(text); }
+std::string narrow(const CString& text) {
+  return platform::utf8From(text);
+}
 
 void countApplications(const KvDbObject& object, Counts& applications) {
   resbuf* chain = object.xData();
@@ -38,10 +40,13 @@ Summary summarize(const KvDbDatabase& database) {
     ++summary.objects;
     countApplications(*object, summary.applications);
     if (object->isKindOf(KvDbBlockTableRecord::desc())) ++summary.blocks;
-    const bool isProxy = object->isKindOf(KvDbProxyEntity::desc()) || object->isKindOf(KvDbProxyObject::desc());
-    if (isProxy && !object->isKindOf(KvDbSequenceEntity::desc())) ++summary.unmodelled[narrow(object->fileType())];
+    const bool isProxy =
+        object->isKindOf(KvDbProxyEntity::desc()) || object->isKindOf(KvDbProxyObject::desc());
+    if (isProxy && !object->isKindOf(KvDbSequenceEntity::desc()))
+      ++summary.unmodelled[narrow(object->fileType())];
     const auto* entity = KvDbEntity::cast(object);
-    const bool isMark = object->isKindOf(KvDbBlockBegin::desc()) || object->isKindOf(KvDbBlockEnd::desc()) || object->isKindOf(KvDbSequenceEnd::desc());
+    const bool isMark = object->isKindOf(KvDbBlockBegin::desc()) || object->isKindOf(KvDbBlockEnd::desc()) ||
+                        object->isKindOf(KvDbSequenceEnd::desc());
     if (!entity || isMark) continue;
     ++summary.entities;
     ++summary.types[narrow(entity->fileType())];
@@ -79,7 +84,8 @@ void print(const char* title, const Counts& counts) {
 /// Strictly first; what that refuses, tolerantly. False when nothing can be read.
 bool readSomehow(KvDbDatabase& database, const std::string& drawing, KvIoReport& report) {
   const auto status = kvdbReadDrawing(database, drawing, report, KvIoMode::Recover);
-  if (status != Kvad::eOk) std::cerr << "korvane: " << drawing << ": " << narrow(report.error.describe()) << "\n";
+  if (status != Kvad::eOk)
+    std::cerr << "korvane: " << drawing << ": " << narrow(report.error.describe()) << "\n";
   return status == Kvad::eOk;
 }
 
@@ -91,8 +97,9 @@ int runInfo(const InfoOptions& options) {
   if (!readSomehow(database, options.drawing, report)) return 1;
   const Summary s = summarize(database);
   if (options.json) {
-    std::cout << "{\n  \"version\": " << quoted(s.version) << ",\n  \"codePage\": " << quoted(s.codePage) << ",\n  \"objects\": " << s.objects
-              << ",\n  \"entities\": " << s.entities << ",\n  \"blocks\": " << s.blocks
+    std::cout << "{\n  \"version\": " << quoted(s.version) << ",\n  \"codePage\": " << quoted(s.codePage)
+              << ",\n  \"objects\": " << s.objects << ",\n  \"entities\": " << s.entities
+              << ",\n  \"blocks\": " << s.blocks
               << ",\n  \"repairs\": " << report.repairs.size() + report.repairsLeftOut << ",\n";
     printJson("types", s.types);
     printJson("layers", s.layers);
@@ -101,9 +108,11 @@ int runInfo(const InfoOptions& options) {
     std::cout << "}\n";
     return 0;
   }
-  std::cout << "Version " << s.version << ", code page " << s.codePage << ", " << s.objects << " objects, " << s.entities << " entities, " << s.blocks
-            << " blocks\n";
-  if (!report.repairs.empty()) std::cout << "Mended while reading: " << report.repairs.size() + report.repairsLeftOut << " (see korvane audit)\n";
+  std::cout << "Version " << s.version << ", code page " << s.codePage << ", " << s.objects << " objects, "
+            << s.entities << " entities, " << s.blocks << " blocks\n";
+  if (!report.repairs.empty())
+    std::cout << "Mended while reading: " << report.repairs.size() + report.repairsLeftOut
+              << " (see korvane audit)\n";
   print("Entities by type", s.types);
   print("Entities by layer", s.layers);
   print("Applications with extended data", s.applications);
@@ -120,7 +129,8 @@ int runAudit(const AuditOptions& options) {
   const auto total = report.repairs.size() + report.repairsLeftOut;
   std::cout << total << (total == 1 ? " fault" : " faults") << (options.fix ? " mended" : " found") << "\n";
   if (!options.fix) return total == 0 ? 0 : 1;
-  if (kvdbSaveDrawing(database, options.output, report, kvdbSaveOptionsFor(options.output)) == Kvad::eOk) return 0;
+  if (kvdbSaveDrawing(database, options.output, report, kvdbSaveOptionsFor(options.output)) == Kvad::eOk)
+    return 0;
   std::cerr << "korvane: " << narrow(report.error.text) << "\n";
   return 1;
 }

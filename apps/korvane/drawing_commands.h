@@ -16,7 +16,8 @@ struct AuditOptions {
   std::string output;  ///< where the mended drawing goes; empty: nowhere
   bool fix = false;
 };
-/// Reads as far as anything can be read and lists what had to be mended. 0: sound, or mended and written; 1: faults, or not readable.
+/// Reads as far as anything can be read and lists what had to be mended. 0: sound, or mended and written; 1:
+/// faults, or not readable.
 int runAudit(const AuditOptions& options);
 
 }  // namespace korvane

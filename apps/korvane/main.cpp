@@ -15,25 +15,31 @@ int main(int argc, char** argv) {
   if (argc > 1 && korvane::isModuleCommand(argv[1])) return korvane::runModuleCommand(argc - 1, argv + 1);
   CLI::App app("Korvane Mechanical: drafts from a command line, a script, or a shell.", "korvane");
   app.set_version_flag("--version", "korvane 0.1.0");
-  app.footer("More sub-commands, each with --help: query (ask a folder of standard tables),\n"
-             "nest (lay frames out on sheets), pack (pack boxes into bins).\n"
-             "Without --script and --command it reads commands from the terminal, or from standard input.\n"
-             "Exit code: 0 success, 1 the work failed, 2 wrong use.");
+  app.footer(
+      "More sub-commands, each with --help: query (ask a folder of standard tables),\n"
+      "nest (lay frames out on sheets), pack (pack boxes into bins).\n"
+      "Without --script and --command it reads commands from the terminal, or from standard input.\n"
+      "Exit code: 0 success, 1 the work failed, 2 wrong use.");
 
   korvane::SessionOptions options;
   using Kind = korvane::SessionInput::Kind;
-  const auto add = [&](Kind kind) { return [&options, kind](const std::string& value) { options.inputs.push_back({kind, value}); }; };
-  app.add_option_function<std::string>("--script", add(Kind::ScriptFile), "Run a script: a line or blank ends each input, ';' starts a comment")
+  const auto add = [&](Kind kind) {
+    return [&options, kind](const std::string& value) { options.inputs.push_back({kind, value}); };
+  };
+  app.add_option_function<std::string>("--script", add(Kind::ScriptFile),
+                                       "Run a script: a line or blank ends each input, ';' starts a comment")
       ->type_name("FILE")
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->trigger_on_parse();
-  app.add_option_function<std::string>("--command", add(Kind::Text), "Run a command with its answers, as typed")
+  app.add_option_function<std::string>("--command", add(Kind::Text),
+                                       "Run a command with its answers, as typed")
       ->type_name("TEXT")
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->trigger_on_parse();
   app.add_option("DRAWING", options.drawing, "The drawing to open; a new one without it")->type_name("");
   app.add_option("--save", options.save, "Save the drawing when all is done")->type_name("FILE");
-  app.add_option("--module", options.modules, "Load a further module: a .kvx file, or the bare name of one")->type_name("MODULE");
+  app.add_option("--module", options.modules, "Load a further module: a .kvx file, or the bare name of one")
+      ->type_name("MODULE");
   app.add_flag("--keep-going", options.keepGoing, "Go on after a command that failed");
 
   korvane::InfoOptions infoOptions;
@@ -44,7 +50,8 @@ int main(int argc, char** argv) {
   korvane::AuditOptions auditOptions;
   CLI::App* audit = app.add_subcommand("audit", "List the faults of a drawing file, and mend them");
   audit->add_option("DRAWING", auditOptions.drawing, "A drawing file, text or binary")->required();
-  CLI::Option* output = audit->add_option("-o,--output", auditOptions.output, "Where the mended drawing goes")->type_name("FILE");
+  CLI::Option* output = audit->add_option("-o,--output", auditOptions.output, "Where the mended drawing goes")
+                            ->type_name("FILE");
   audit->add_flag("--fix", auditOptions.fix, "Mend, and write the drawing")->needs(output);
 
   try {

@@ -13,7 +13,9 @@ constexpr std::string_view kCommands[] = {"nest", "pack", "query"};
 
 }  // namespace
 
-bool isModuleCommand(std::string_view name) { return std::find(std::begin(kCommands), std::end(kCommands), name) != std::end(kCommands); }
+bool isModuleCommand(std::string_view name) {
+  return std::find(std::begin(kCommands), std::end(kCommands), name) != std::end(kCommands);
+}
 
 int runModuleCommand(int argc, const char* const* argv) {
   using Run = int(int, const char* const*);

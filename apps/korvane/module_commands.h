@@ -1,6 +1,6 @@
 #pragma once
-// Sub-commands that the product's tools module runs. The program reaches them only by loading it, so that a missing module is told in
-// words.
+// Sub-commands that the product's tools module runs. The program reaches them only by loading it, so that a
+// missing module is told in words.
 #include <string_view>
 
 namespace korvane {

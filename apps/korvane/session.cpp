@@ -16,13 +16,16 @@ namespace {
 
 constexpr const wchar_t* kProductModules[] = {L"MekCore.kvx", L"KmTools.kvx"};
 
-void showError(const CString& text) { std::cerr << "korvane: " << platform::utf8From(text) << "\n"; }
+void showError(const CString& text) {
+  std::cerr << "korvane: " << platform::utf8From(text) << "\n";
+}
 
 /// A script's text: UTF-16 or UTF-8 by its mark, UTF-8 where it is valid, else the system's 8-bit code page.
 CString decodeScript(std::string_view bytes) {
   if (bytes.starts_with("\xFF\xFE")) return platform::fromUtf16Bytes(bytes.substr(2));
   if (bytes.starts_with("\xEF\xBB\xBF")) return platform::fromUtf8(bytes.substr(3));
-  return platform::isUtf8(bytes) ? platform::fromUtf8(bytes) : platform::fromCodePage(bytes, platform::kSystemCodePage);
+  return platform::isUtf8(bytes) ? platform::fromUtf8(bytes)
+                                 : platform::fromCodePage(bytes, platform::kSystemCodePage);
 }
 
 /// Answers to dialogs come from the one stream of input.
@@ -41,7 +44,8 @@ class HostInput : public platform::LineInput {
 
 class Session {
  public:
-  explicit Session(const SessionOptions& options) : options_(options), app_(hostOptions()), input_(app_.editor()), ui_(input_, std::cout, uiTexts()) {
+  explicit Session(const SessionOptions& options)
+      : options_(options), app_(hostOptions()), input_(app_.editor()), ui_(input_, std::cout, uiTexts()) {
     app_.environment().userInterface = &ui_;
   }
   ~Session() { app_.environment().userInterface = nullptr; }
@@ -71,7 +75,9 @@ class Session {
 
   bool saveDrawing() {
     KvIoReport report;
-    if (kvdbSaveDrawing(*app_.documents().curDocument()->database(), options_.save, report, kvdbSaveOptionsFor(options_.save)) == Kvad::eOk) return true;
+    if (kvdbSaveDrawing(*app_.documents().curDocument()->database(), options_.save, report,
+                        kvdbSaveOptionsFor(options_.save)) == Kvad::eOk)
+      return true;
     showError(report.error.text);
     return false;
   }
@@ -87,7 +93,8 @@ class Session {
     for (const std::string& module : options_.modules) {
       // What is written with a separator is a file; a bare name is searched where the product's modules lie.
       const bool isFile = module.find('/') != std::string::npos;
-      names.push_back(isFile ? platform::fromNative(std::filesystem::absolute(module)) : platform::wideFromUtf8(module));
+      names.push_back(isFile ? platform::fromNative(std::filesystem::absolute(module))
+                             : platform::wideFromUtf8(module));
     }
     for (const CString& name : names) {
       CString error;
@@ -161,6 +168,8 @@ class Session {
 
 }  // namespace
 
-int runSession(const SessionOptions& options) { return Session(options).run(); }
+int runSession(const SessionOptions& options) {
+  return Session(options).run();
+}
 
 }  // namespace korvane

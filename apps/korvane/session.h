@@ -20,7 +20,8 @@ struct SessionOptions {
   std::string save;                  ///< where the drawing is saved at the end; empty: nowhere
 };
 
-/// 0 when all commands did their work, 1 when something failed. Results go to standard output, messages to standard error.
+/// 0 when all commands did their work, 1 when something failed. Results go to standard output, messages to
+/// standard error.
 int runSession(const SessionOptions& options);
 
 }  // namespace korvane

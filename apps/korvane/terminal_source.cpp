@@ -14,12 +14,15 @@ constexpr int kWaitMilliseconds = 100;
 
 volatile std::sig_atomic_t g_interrupted = 0;  // set by the signal handler, which can reach nothing else
 
-void onInterrupt(int) { g_interrupted = 1; }
+void onInterrupt(int) {
+  g_interrupted = 1;
+}
 
 }  // namespace
 
 struct TerminalSource::LineEditor {
-  LineEditor(std::function<void()> waiting, std::string file) : whileWaiting(std::move(waiting)), historyFile(std::move(file)) {
+  LineEditor(std::function<void()> waiting, std::string file)
+      : whileWaiting(std::move(waiting)), historyFile(std::move(file)) {
     history = history_init();
     HistEvent event;
     ::history(history, &event, H_SETSIZE, kHistoryLines);
@@ -116,6 +119,8 @@ KvEdToken TerminalSource::read(KvEdReadMode mode, const CString& prompt) {
   return KvEdToken::ofText(std::move(answer));
 }
 
-bool isTerminal() { return isatty(STDIN_FILENO) && isatty(STDOUT_FILENO); }
+bool isTerminal() {
+  return isatty(STDIN_FILENO) && isatty(STDOUT_FILENO);
+}
 
 }  // namespace korvane

@@ -1,5 +1,6 @@
 #pragma once
-// The terminal as a source of input: a line editor with history when a person sits there, plain lines otherwise.
+// The terminal as a source of input: a line editor with history when a person sits there, plain lines
+// otherwise.
 #include <functional>
 #include <memory>
 
@@ -9,7 +10,8 @@ namespace korvane {
 
 class TerminalSource : public KvEdInputSource {
  public:
-  /// `whileWaiting` is called about ten times a second while no key is pressed; history is kept in `historyFile`.
+  /// `whileWaiting` is called about ten times a second while no key is pressed; history is kept in
+  /// `historyFile`.
   TerminalSource(std::function<void()> whileWaiting, std::string historyFile);
   ~TerminalSource() override;
 

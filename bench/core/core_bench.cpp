@@ -55,7 +55,8 @@ CString profileFile() {
 
 void profileRead(benchmark::State& state) {
   const CString file = profileFile();
-  for (auto _ : state) benchmark::DoNotOptimize(IM_GetPrivateProfileString(L"Section9", L"Key19", L"", file, 256));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(IM_GetPrivateProfileString(L"Section9", L"Key19", L"", file, 256));
 }
 BENCHMARK(profileRead);
 
@@ -66,8 +67,10 @@ void profileReadPlainStream(benchmark::State& state) {
     std::ifstream in(file);
     std::string line, section, value;
     while (std::getline(in, line)) {
-      if (line.starts_with("[")) section = line.substr(1, line.find(']') - 1);
-      else if (section == "Section9" && line.starts_with("Key19=")) value = line.substr(6);
+      if (line.starts_with("["))
+        section = line.substr(1, line.find(']') - 1);
+      else if (section == "Section9" && line.starts_with("Key19="))
+        value = line.substr(6);
     }
     benchmark::DoNotOptimize(value);
   }
@@ -76,7 +79,8 @@ BENCHMARK(profileReadPlainStream);
 
 void xmlSettingRead(benchmark::State& state) {
   const auto file = scratch() / "StartupConfig.xml";
-  std::ofstream(file) << "<StartupInfor><About><Title>T</Title><Version>1.0</Version></About><System><DETAILTEXT>1</DETAILTEXT></System></StartupInfor>";
+  std::ofstream(file) << "<StartupInfor><About><Title>T</Title><Version>1.0</Version></"
+                         "About><System><DETAILTEXT>1</DETAILTEXT></System></StartupInfor>";
   const CString path = platform::fromNative(file);
   for (auto _ : state) {
     const auto document = IM_LoadXmlFromFile(path);
@@ -109,7 +113,8 @@ void splitPlainStream(benchmark::State& state) {
 }
 BENCHMARK(splitPlainStream);
 
-const wchar_t* const kNumbers[] = {L"12.5", L"-3", L"１２．５", L"1e5", L"abc", L"+7", L"0.000001", L"99999999"};
+const wchar_t* const kNumbers[] = {L"12.5", L"-3", L"１２．５", L"1e5",
+                                   L"abc",  L"+7", L"0.000001", L"99999999"};
 
 void numberRecognition(benchmark::State& state) {
   for (auto _ : state)

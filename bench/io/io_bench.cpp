@@ -1,4 +1,5 @@
-// Reading and writing a drawing file, from memory and from a file: KORVANE_BENCH_DRAWING names the file (bench/gen/drawing.py makes it).
+// Reading and writing a drawing file, from memory and from a file: KORVANE_BENCH_DRAWING names the file
+// (bench/gen/drawing.py makes it).
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
@@ -35,9 +36,11 @@ void readFromMemory(benchmark::State& state) {
     const std::size_t before = heapInUse();
     KvIoReport report;
     auto database = std::make_unique<KvDbDatabase>(false, true);
-    if (kvdbParseDrawing(*database, bytes, report) != Kvad::eOk) return state.SkipWithError("KORVANE_BENCH_DRAWING can't be read");
+    if (kvdbParseDrawing(*database, bytes, report) != Kvad::eOk)
+      return state.SkipWithError("KORVANE_BENCH_DRAWING can't be read");
     state.PauseTiming();
-    state.counters["bytes/object"] = static_cast<double>(heapInUse() - before) / static_cast<double>(database->objectCount());
+    state.counters["bytes/object"] =
+        static_cast<double>(heapInUse() - before) / static_cast<double>(database->objectCount());
     database.reset();
     state.ResumeTiming();
   }
@@ -47,7 +50,8 @@ void readFromFile(benchmark::State& state) {
   for (auto _ : state) {
     KvIoReport report;
     auto database = std::make_unique<KvDbDatabase>(false, true);
-    if (kvdbReadDrawing(*database, inputPath(), report) != Kvad::eOk) return state.SkipWithError("KORVANE_BENCH_DRAWING can't be read");
+    if (kvdbReadDrawing(*database, inputPath(), report) != Kvad::eOk)
+      return state.SkipWithError("KORVANE_BENCH_DRAWING can't be read");
     state.PauseTiming();
     database.reset();
     state.ResumeTiming();
@@ -57,7 +61,8 @@ void readFromFile(benchmark::State& state) {
 void write(benchmark::State& state, bool toFile) {
   KvDbDatabase database(false, true);
   KvIoReport report;
-  if (kvdbParseDrawing(database, inputBytes(), report) != Kvad::eOk) return state.SkipWithError("KORVANE_BENCH_DRAWING can't be read");
+  if (kvdbParseDrawing(database, inputBytes(), report) != Kvad::eOk)
+    return state.SkipWithError("KORVANE_BENCH_DRAWING can't be read");
   const std::string path = inputPath() + ".written";
   for (auto _ : state) {
     if (!toFile)

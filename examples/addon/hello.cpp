@@ -15,4 +15,6 @@ extern "C" MEK_API std::int64_t kvrxEntryPoint(unsigned int message, void*) {
   return 0;
 }
 
-extern "C" MEK_API int kvrxGetApiVersion() { return kKvHostApiVersion; }
+extern "C" MEK_API int kvrxGetApiVersion() {
+  return kKvHostApiVersion;
+}

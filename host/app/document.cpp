@@ -24,7 +24,8 @@ Kvad::ErrorStatus KvApDocManager::setCurDocument(KvApDocument* document) {
   return Kvad::eOk;
 }
 
-Kvad::ErrorStatus KvApDocManager::lockDocument(KvApDocument* document, KvAp::DocLockMode, const wchar_t*, const wchar_t*, bool) {
+Kvad::ErrorStatus KvApDocManager::lockDocument(KvApDocument* document, KvAp::DocLockMode, const wchar_t*,
+                                               const wchar_t*, bool) {
   if (!has(document)) return Kvad::eNoDocument;
   ++document->lockCount_;
   return Kvad::eOk;
@@ -55,7 +56,10 @@ Kvad::ErrorStatus KvApDocManager::close(KvApDocument* document) {
 }
 
 bool KvApDocManager::has(const KvApDocument* document) const {
-  return std::any_of(documents_.begin(), documents_.end(), [&](const auto& one) { return one.get() == document; });
+  return std::any_of(documents_.begin(), documents_.end(),
+                     [&](const auto& one) { return one.get() == document; });
 }
 
-KvApDocManager* kvDocManagerPtr() { return KvHostContext::current().documents; }
+KvApDocManager* kvDocManagerPtr() {
+  return KvHostContext::current().documents;
+}

@@ -8,8 +8,16 @@
 
 namespace KvAp {
 /// What a lock allows its holder.
-enum DocLockMode { kNone = 0, kAutoWrite = 1, kNotLocked = 2, kWrite = 4, kProtectedAutoWrite = 0x14, kRead = 0x20, kXWrite = 0x40 };
-}
+enum DocLockMode {
+  kNone = 0,
+  kAutoWrite = 1,
+  kNotLocked = 2,
+  kWrite = 4,
+  kProtectedAutoWrite = 0x14,
+  kRead = 0x20,
+  kXWrite = 0x40
+};
+}  // namespace KvAp
 
 /// One open drawing.
 class KvApDocument {
@@ -56,15 +64,18 @@ class KvApDocManager {
 
   /// Makes it the current one and its drawing the working one. eNoDocument.
   Kvad::ErrorStatus setCurDocument(KvApDocument* document);
-  /// Locks nest. The other arguments (global and local command name, whether to prompt) are for the signature. eNoDocument.
-  Kvad::ErrorStatus lockDocument(KvApDocument* document, KvAp::DocLockMode mode = KvAp::kWrite, const wchar_t* globalName = nullptr,
-                                 const wchar_t* localName = nullptr, bool prompt = true);
+  /// Locks nest. The other arguments (global and local command name, whether to prompt) are for the
+  /// signature. eNoDocument.
+  Kvad::ErrorStatus lockDocument(KvApDocument* document, KvAp::DocLockMode mode = KvAp::kWrite,
+                                 const wchar_t* globalName = nullptr, const wchar_t* localName = nullptr,
+                                 bool prompt = true);
   /// eNoDocument, eNotLocked.
   Kvad::ErrorStatus unlockDocument(KvApDocument* document);
 
   /// Takes a drawing over and makes it the current one.
   KvApDocument* add(std::unique_ptr<KvDbDatabase> database, CString fileName);
-  /// Closes without saving. The drawing opened last becomes the current one. eNoDocument, eLockConflict while it is locked.
+  /// Closes without saving. The drawing opened last becomes the current one. eNoDocument, eLockConflict while
+  /// it is locked.
   Kvad::ErrorStatus close(KvApDocument* document);
 
  private:

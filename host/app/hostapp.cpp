@@ -34,8 +34,9 @@ KvEdVariable readOnlyVariable(const wchar_t* name, KvEdVarType type, std::functi
 
 struct KvHostApp::State {
   explicit State(KvHostOptions& options)
-      : ownEnvironment(options.environment ? std::move(options.environment)
-                                           : std::make_unique<platform::Environment>(platform::Environment::fromProcess())),
+      : ownEnvironment(options.environment
+                           ? std::move(options.environment)
+                           : std::make_unique<platform::Environment>(platform::Environment::fromProcess())),
         scope(*ownEnvironment),
         editor(std::move(options.output)) {
     std::filesystem::path hostFile;
@@ -98,10 +99,18 @@ KvHostApp::~KvHostApp() {
   KvHostContext::current() = KvHostContext();
 }
 
-platform::Environment& KvHostApp::environment() { return *state_->ownEnvironment; }
-KvEdEditor& KvHostApp::editor() { return state_->editor; }
-KvApDocManager& KvHostApp::documents() { return state_->documents; }
-const std::filesystem::path& KvHostApp::root() const { return state_->root; }
+platform::Environment& KvHostApp::environment() {
+  return *state_->ownEnvironment;
+}
+KvEdEditor& KvHostApp::editor() {
+  return state_->editor;
+}
+KvApDocManager& KvHostApp::documents() {
+  return state_->documents;
+}
+const std::filesystem::path& KvHostApp::root() const {
+  return state_->root;
+}
 
 KvApDocument* KvHostApp::newDocument() {
   CString name;
@@ -133,8 +142,12 @@ bool KvHostApp::loadModule(const CString& name, CString& error) {
   return true;
 }
 
-bool KvHostApp::unloadModule(const CString& name) { return state_->modules.unload(name); }
-std::vector<CString> KvHostApp::loadedModules() const { return state_->modules.names(); }
+bool KvHostApp::unloadModule(const CString& name) {
+  return state_->modules.unload(name);
+}
+std::vector<CString> KvHostApp::loadedModules() const {
+  return state_->modules.names();
+}
 
 void KvHostApp::run(const std::function<bool(KvEdOutcome)>& stop) {
   KvEdOutcome outcome;
@@ -144,8 +157,14 @@ void KvHostApp::run(const std::function<bool(KvEdOutcome)>& stop) {
   }
 }
 
-void KvHostApp::pump() { state_->ownEnvironment->timers->runDue(); }
+void KvHostApp::pump() {
+  state_->ownEnvironment->timers->runDue();
+}
 
-void* kdsw_kvadMainWnd() { return nullptr; }
+void* kdsw_kvadMainWnd() {
+  return nullptr;
+}
 
-int kvrxGetApiVersion() { return kKvHostApiVersion; }
+int kvrxGetApiVersion() {
+  return kKvHostApiVersion;
+}

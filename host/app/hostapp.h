@@ -1,7 +1,7 @@
 #pragma once
-// The embedding interface: one object is one running host. A program (a test, the command-line program, a window) makes it, opens
-// drawings, loads modules, feeds input, reads what is printed, and lets timers fire. One at a time in a process, as many as
-// wanted one after the other; main thread only.
+// The embedding interface: one object is one running host. A program (a test, the command-line program, a
+// window) makes it, opens drawings, loads modules, feeds input, reads what is printed, and lets timers fire.
+// One at a time in a process, as many as wanted one after the other; main thread only.
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -16,7 +16,8 @@
 inline constexpr int kKvHostApiVersion = 1;
 
 struct KvHostOptions {
-  /// The installed tree: modules are searched in its Professional/KVX8x64. Empty: the tree in which this library lies.
+  /// The installed tree: modules are searched in its Professional/KVX8x64. Empty: the tree in which this
+  /// library lies.
   std::filesystem::path root;
   /// Gets everything that the command line shows.
   KvEdEditor::Output output;
@@ -41,11 +42,14 @@ class KvHostApp {
   /// A new drawing, made the current and working one; the modules are told (message 3).
   KvApDocument* newDocument();
 
-  /// Opens a drawing file and makes it the current one; the modules are told (message 3). Null on failure: the report says why.
-  KvApDocument* openDocument(const std::filesystem::path& file, KvIoReport& report, KvIoMode mode = KvIoMode::Strict);
+  /// Opens a drawing file and makes it the current one; the modules are told (message 3). Null on failure:
+  /// the report says why.
+  KvApDocument* openDocument(const std::filesystem::path& file, KvIoReport& report,
+                             KvIoMode mode = KvIoMode::Strict);
 
-  /// Loads a module by bare name or full path, tells it (message 1), then tells it of each open drawing (message 3). On failure
-  /// false, and `error` says which file and why. A module that is loaded already is a success.
+  /// Loads a module by bare name or full path, tells it (message 1), then tells it of each open drawing
+  /// (message 3). On failure false, and `error` says which file and why. A module that is loaded already is a
+  /// success.
   bool loadModule(const CString& name, CString& error);
   /// Tells the module (message 2) and lets go of it. False when it isn't loaded.
   bool unloadModule(const CString& name);

@@ -45,12 +45,15 @@ bool ModuleLoader::load(const CString& name, bool& isNew, CString& error) {
   module->entryPoint = module->library.function<EntryPoint>("kvrxEntryPoint");
   auto* apiVersion = module->library.function<ApiVersion>("kvrxGetApiVersion");
   if (!module->entryPoint || !apiVersion) {
-    error.Format(L"Module %s cannot be loaded: it has no %S.", name, module->entryPoint ? "kvrxGetApiVersion" : "kvrxEntryPoint");
+    error.Format(L"Module %s cannot be loaded: it has no %S.", name,
+                 module->entryPoint ? "kvrxGetApiVersion" : "kvrxEntryPoint");
     return false;
   }
   if (const int version = apiVersion(); version != kKvHostApiVersion) {
-    error.Format(L"Module %s cannot be loaded: it was made for version %d of the host's interface, this is version %d.", name, version,
-                 kKvHostApiVersion);
+    error.Format(
+        L"Module %s cannot be loaded: it was made for version %d of the host's interface, this is version "
+        L"%d.",
+        name, version, kKvHostApiVersion);
     return false;
   }
   modules_.push_back(std::move(module));
@@ -83,7 +86,9 @@ void ModuleLoader::tellDrawingLoaded() {
   for (const auto& module : modules_) module->entryPoint(kDrawingLoadedMessage, nullptr);
 }
 
-void ModuleLoader::tellNewestDrawingLoaded() { modules_.back()->entryPoint(kDrawingLoadedMessage, nullptr); }
+void ModuleLoader::tellNewestDrawingLoaded() {
+  modules_.back()->entryPoint(kDrawingLoadedMessage, nullptr);
+}
 
 ModuleLoader::Module* ModuleLoader::find(const CString& name) {
   const CString wanted = baseName(name);

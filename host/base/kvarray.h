@@ -1,6 +1,6 @@
 #pragma once
-// The host's growing array. Indices are int; reading outside the bounds is the caller's mistake and is caught by
-// an assertion in debug builds.
+// The host's growing array. Indices are int; reading outside the bounds is the caller's mistake and is caught
+// by an assertion in debug builds.
 #include <algorithm>
 #include <cassert>
 #include <vector>
@@ -13,7 +13,8 @@ template <class T, class R = KvArrayMemCopyReallocator<T>>
 class KvArray {
  public:
   /// `physicalLength` elements are reserved; the array then grows by at least `growLength`.
-  explicit KvArray(int physicalLength = 0, int growLength = 8) : growLength_(growLength < 1 ? 1 : growLength) {
+  explicit KvArray(int physicalLength = 0, int growLength = 8)
+      : growLength_(growLength < 1 ? 1 : growLength) {
     if (physicalLength > 0) items_.reserve(static_cast<std::size_t>(physicalLength));
   }
 
@@ -92,7 +93,8 @@ class KvArray {
  private:
   void reserveForOne() {
     if (items_.size() == items_.capacity())
-      items_.reserve(std::max(items_.size() + static_cast<std::size_t>(growLength_), items_.size() + items_.size() / 2));
+      items_.reserve(
+          std::max(items_.size() + static_cast<std::size_t>(growLength_), items_.size() + items_.size() / 2));
   }
 
   std::vector<T> items_;

@@ -13,25 +13,62 @@ struct KindRange {
 
 /// Group codes of drawing files by the kind of value that follows them, then the host's own value types.
 constexpr KindRange kKinds[] = {
-    {-5, -5, KvRbKind::Name},        {-4, -4, KvRbKind::Text},     {-3, -3, KvRbKind::None},
-    {-2, -1, KvRbKind::Name},        {0, 9, KvRbKind::Text},       {10, 18, KvRbKind::Point},
-    {38, 59, KvRbKind::Real},        {60, 79, KvRbKind::Short},    {90, 99, KvRbKind::Long},
-    {100, 102, KvRbKind::Text},      {105, 105, KvRbKind::Text},   {110, 112, KvRbKind::Point},
-    {140, 149, KvRbKind::Real},      {160, 169, KvRbKind::Int64},  {170, 179, KvRbKind::Short},
-    {210, 210, KvRbKind::Point},     {270, 289, KvRbKind::Short},  {290, 299, KvRbKind::Short},
-    {300, 309, KvRbKind::Text},      {310, 319, KvRbKind::Binary}, {320, 329, KvRbKind::Text},
-    {330, 369, KvRbKind::Name},      {370, 389, KvRbKind::Short},  {390, 399, KvRbKind::Name},
-    {400, 409, KvRbKind::Short},     {410, 419, KvRbKind::Text},   {420, 429, KvRbKind::Long},
-    {430, 439, KvRbKind::Text},      {440, 459, KvRbKind::Long},   {460, 469, KvRbKind::Real},
-    {470, 479, KvRbKind::Text},      {480, 481, KvRbKind::Name},   {999, 1003, KvRbKind::Text},
-    {1004, 1004, KvRbKind::Binary},  {1005, 1009, KvRbKind::Text}, {1010, 1013, KvRbKind::Point},
-    {1040, 1042, KvRbKind::Real},    {1070, 1070, KvRbKind::Short}, {1071, 1071, KvRbKind::Long},
-    {RTNONE, RTNONE, KvRbKind::None}, {RTREAL, RTREAL, KvRbKind::Real}, {RTPOINT, RTPOINT, KvRbKind::Point},
-    {RTSHORT, RTSHORT, KvRbKind::Short}, {RTANG, RTANG, KvRbKind::Real}, {RTSTR, RTSTR, KvRbKind::Text},
-    {RTENAME, RTPICKS, KvRbKind::Name}, {RTORINT, RTORINT, KvRbKind::Real}, {RT3DPOINT, RT3DPOINT, KvRbKind::Point},
-    {RTLONG, RTLONG, KvRbKind::Long}, {RTVOID, RTVOID, KvRbKind::None}, {RTLB, RTNIL, KvRbKind::None},
-    {RTDXF0, RTDXF0, KvRbKind::Text}, {RTT, RTT, KvRbKind::None}, {RTBINARY, RTBINARY, KvRbKind::Binary},
-    {RTRESBUF, RTRESBUF, KvRbKind::Name}, {RTMODELESS, RTMODELESS, KvRbKind::None},
+    {-5, -5, KvRbKind::Name},
+    {-4, -4, KvRbKind::Text},
+    {-3, -3, KvRbKind::None},
+    {-2, -1, KvRbKind::Name},
+    {0, 9, KvRbKind::Text},
+    {10, 18, KvRbKind::Point},
+    {38, 59, KvRbKind::Real},
+    {60, 79, KvRbKind::Short},
+    {90, 99, KvRbKind::Long},
+    {100, 102, KvRbKind::Text},
+    {105, 105, KvRbKind::Text},
+    {110, 112, KvRbKind::Point},
+    {140, 149, KvRbKind::Real},
+    {160, 169, KvRbKind::Int64},
+    {170, 179, KvRbKind::Short},
+    {210, 210, KvRbKind::Point},
+    {270, 289, KvRbKind::Short},
+    {290, 299, KvRbKind::Short},
+    {300, 309, KvRbKind::Text},
+    {310, 319, KvRbKind::Binary},
+    {320, 329, KvRbKind::Text},
+    {330, 369, KvRbKind::Name},
+    {370, 389, KvRbKind::Short},
+    {390, 399, KvRbKind::Name},
+    {400, 409, KvRbKind::Short},
+    {410, 419, KvRbKind::Text},
+    {420, 429, KvRbKind::Long},
+    {430, 439, KvRbKind::Text},
+    {440, 459, KvRbKind::Long},
+    {460, 469, KvRbKind::Real},
+    {470, 479, KvRbKind::Text},
+    {480, 481, KvRbKind::Name},
+    {999, 1003, KvRbKind::Text},
+    {1004, 1004, KvRbKind::Binary},
+    {1005, 1009, KvRbKind::Text},
+    {1010, 1013, KvRbKind::Point},
+    {1040, 1042, KvRbKind::Real},
+    {1070, 1070, KvRbKind::Short},
+    {1071, 1071, KvRbKind::Long},
+    {RTNONE, RTNONE, KvRbKind::None},
+    {RTREAL, RTREAL, KvRbKind::Real},
+    {RTPOINT, RTPOINT, KvRbKind::Point},
+    {RTSHORT, RTSHORT, KvRbKind::Short},
+    {RTANG, RTANG, KvRbKind::Real},
+    {RTSTR, RTSTR, KvRbKind::Text},
+    {RTENAME, RTPICKS, KvRbKind::Name},
+    {RTORINT, RTORINT, KvRbKind::Real},
+    {RT3DPOINT, RT3DPOINT, KvRbKind::Point},
+    {RTLONG, RTLONG, KvRbKind::Long},
+    {RTVOID, RTVOID, KvRbKind::None},
+    {RTLB, RTNIL, KvRbKind::None},
+    {RTDXF0, RTDXF0, KvRbKind::Text},
+    {RTT, RTT, KvRbKind::None},
+    {RTBINARY, RTBINARY, KvRbKind::Binary},
+    {RTRESBUF, RTRESBUF, KvRbKind::Name},
+    {RTMODELESS, RTMODELESS, KvRbKind::None},
 };
 
 struct KindEntry {
@@ -72,12 +109,23 @@ void releaseValue(resbuf* node) {
 
 void setValue(resbuf* node, const KvRbArg& arg) {
   switch (kvutRbKind(node->restype)) {
-    case KvRbKind::None: break;
-    case KvRbKind::Real: node->resval.rreal = arg.real(); break;
-    case KvRbKind::Short: node->resval.rint = static_cast<std::int16_t>(arg.integer()); break;
-    case KvRbKind::Long: node->resval.rlong = static_cast<std::int32_t>(arg.integer()); break;
-    case KvRbKind::Int64: node->resval.mnLongPtr = arg.integer(); break;
-    case KvRbKind::Text: node->resval.rstring = copyText(arg.text()); break;
+    case KvRbKind::None:
+      break;
+    case KvRbKind::Real:
+      node->resval.rreal = arg.real();
+      break;
+    case KvRbKind::Short:
+      node->resval.rint = static_cast<std::int16_t>(arg.integer());
+      break;
+    case KvRbKind::Long:
+      node->resval.rlong = static_cast<std::int32_t>(arg.integer());
+      break;
+    case KvRbKind::Int64:
+      node->resval.mnLongPtr = arg.integer();
+      break;
+    case KvRbKind::Text:
+      node->resval.rstring = copyText(arg.text());
+      break;
     case KvRbKind::Point:
       // A 2D point's caller need not own a third coordinate.
       if (const double* from = arg.doubles())
@@ -94,7 +142,9 @@ void setValue(resbuf* node, const KvRbArg& arg) {
 
 }  // namespace
 
-KvRbKind kvutRbKind(int restype) { return kindOf(restype).kind; }
+KvRbKind kvutRbKind(int restype) {
+  return kindOf(restype).kind;
+}
 
 resbuf* kvutNewRb(int restype) {
   if (!kindOf(restype).known) return nullptr;
@@ -120,7 +170,8 @@ resbuf* kvutCopyRb(const resbuf* head) {
     auto* node = new resbuf(*head);
     node->rbnext = nullptr;
     const KvRbKind kind = kvutRbKind(head->restype);
-    if (kind == KvRbKind::Text) node->resval.rstring = head->resval.rstring ? copyText(head->resval.rstring) : nullptr;
+    if (kind == KvRbKind::Text)
+      node->resval.rstring = head->resval.rstring ? copyText(head->resval.rstring) : nullptr;
     if (kind == KvRbKind::Binary) node->resval.rbinary = copyBinary(head->resval.rbinary);
     *link = node;
     link = &node->rbnext;

@@ -34,7 +34,8 @@ inline constexpr int RTLB = 5016;
 inline constexpr int RTLE = 5017;
 inline constexpr int RTDOTE = 5018;
 inline constexpr int RTNIL = 5019;
-inline constexpr int RTDXF0 = 5020;  ///< in kvutBuildList: makes a record of group 0, where 0 itself ends the list
+inline constexpr int RTDXF0 =
+    5020;  ///< in kvutBuildList: makes a record of group 0, where 0 itself ends the list
 inline constexpr int RTT = 5021;
 inline constexpr int RTBINARY = 5022;
 inline constexpr int RTRESBUF = 5023;
@@ -87,8 +88,8 @@ class KvRbArg {
  public:
   enum class Kind : std::uint8_t { Integer, Real, Text, Doubles, Words, Binary };
   template <class T>
-    requires(std::is_integral_v<T> || std::is_enum_v<T>)
-  KvRbArg(T value) : kind_(Kind::Integer), integer_(static_cast<std::int64_t>(value)) {}
+  requires(std::is_integral_v<T> || std::is_enum_v<T>) KvRbArg(T value)
+      : kind_(Kind::Integer), integer_(static_cast<std::int64_t>(value)) {}
   KvRbArg(double value) : kind_(Kind::Real), real_(value) {}
   KvRbArg(const wchar_t* text) : kind_(Kind::Text), text_(text) {}
   KvRbArg(const CString& text) : kind_(Kind::Text), text_(text.GetString()) {}
@@ -97,7 +98,9 @@ class KvRbArg {
   KvRbArg(const KvBinary& chunk) : kind_(Kind::Binary), binary_(&chunk) {}
 
   Kind kind() const { return kind_; }
-  std::int64_t integer() const { return kind_ == Kind::Real ? static_cast<std::int64_t>(real_) : kind_ == Kind::Integer ? integer_ : 0; }
+  std::int64_t integer() const {
+    return kind_ == Kind::Real ? static_cast<std::int64_t>(real_) : kind_ == Kind::Integer ? integer_ : 0;
+  }
   double real() const { return kind_ == Kind::Real ? real_ : static_cast<double>(integer()); }
   const wchar_t* text() const { return kind_ == Kind::Text ? text_ : nullptr; }
   const double* doubles() const { return kind_ == Kind::Doubles ? doubles_ : nullptr; }
@@ -114,9 +117,9 @@ class KvRbArg {
   const KvBinary* binary_ = nullptr;
 };
 
-/// The list form of kvutBuildList: codes and values by turns; a code without a value (RTNONE, RTLB, RTLE, RTDOTE,
-/// RTNIL, RTT) is followed by the next code at once; 0 or the end of the list ends it. A value of the wrong kind
-/// counts as zero or empty. Null when a code has no kind.
+/// The list form of kvutBuildList: codes and values by turns; a code without a value (RTNONE, RTLB, RTLE,
+/// RTDOTE, RTNIL, RTT) is followed by the next code at once; 0 or the end of the list ends it. A value of the
+/// wrong kind counts as zero or empty. Null when a code has no kind.
 resbuf* kvutBuildListOf(std::initializer_list<KvRbArg> codesAndValues);
 
 /// A chain of code and value pairs, ended by 0. The chain belongs to the caller.

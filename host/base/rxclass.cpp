@@ -36,8 +36,12 @@ bool KvRxClass::isDerivedFrom(const KvRxClass* other) const {
   return false;
 }
 
-const KvRxClass* KvRxClass::findByDxfName(std::wstring_view dxfName) { return find(byDxfName(), dxfName); }
-const KvRxClass* KvRxClass::findByName(std::wstring_view name) { return find(byName(), name); }
+const KvRxClass* KvRxClass::findByDxfName(std::wstring_view dxfName) {
+  return find(byDxfName(), dxfName);
+}
+const KvRxClass* KvRxClass::findByName(std::wstring_view name) {
+  return find(byName(), name);
+}
 
 const KvRxClass* KvRxObject::desc() {
   static const KvRxClass own(L"KvRxObject", nullptr);

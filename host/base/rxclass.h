@@ -12,7 +12,8 @@ class KvRxClass {
   using Factory = KvRxObject* (*)();
 
   /// `dxfName` is empty and `create` null for classes that stand in no file. Texts must live on.
-  KvRxClass(const wchar_t* name, const KvRxClass* base, const wchar_t* dxfName = L"", Factory create = nullptr);
+  KvRxClass(const wchar_t* name, const KvRxClass* base, const wchar_t* dxfName = L"",
+            Factory create = nullptr);
 
   const wchar_t* name() const { return name_; }
   /// The type name in drawing files ("LINE"), or an empty text.
@@ -48,26 +49,29 @@ class KvRxObject {
 };
 
 /// Stands in a class declaration; KVRX_DEFINE... below stands once in a source file.
-#define KVRX_DECLARE(type)           \
- public:                             \
-  static const KvRxClass* desc();    \
-  const KvRxClass* isA() const override { return desc(); } \
-  static type* cast(KvRxObject* object) { \
-    return object && object->isKindOf(desc()) ? static_cast<type*>(object) : nullptr; \
-  } \
-  static const type* cast(const KvRxObject* object) { \
+#define KVRX_DECLARE(type)                                                                  \
+ public:                                                                                    \
+  static const KvRxClass* desc();                                                           \
+  const KvRxClass* isA() const override {                                                   \
+    return desc();                                                                          \
+  }                                                                                         \
+  static type* cast(KvRxObject* object) {                                                   \
+    return object && object->isKindOf(desc()) ? static_cast<type*>(object) : nullptr;       \
+  }                                                                                         \
+  static const type* cast(const KvRxObject* object) {                                       \
     return object && object->isKindOf(desc()) ? static_cast<const type*>(object) : nullptr; \
   }
 
-#define KVRX_DEFINE_ABSTRACT(type, base)                  \
-  const KvRxClass* type::desc() {                         \
-    static const KvRxClass own(L"" #type, base::desc());  \
-    return &own;                                          \
+#define KVRX_DEFINE_ABSTRACT(type, base)                 \
+  const KvRxClass* type::desc() {                        \
+    static const KvRxClass own(L"" #type, base::desc()); \
+    return &own;                                         \
   }
 
-#define KVRX_DEFINE(type, base, dxfName)                                                              \
-  const KvRxClass* type::desc() {                                                                     \
-    static const KvRxClass own(L"" #type, base::desc(), dxfName, []() -> KvRxObject* { return new type(); }); \
-    return &own;                                                                                      \
-  }                                                                                                   \
+#define KVRX_DEFINE(type, base, dxfName)                                    \
+  const KvRxClass* type::desc() {                                           \
+    static const KvRxClass own(L"" #type, base::desc(), dxfName,            \
+                               []() -> KvRxObject* { return new type(); }); \
+    return &own;                                                            \
+  }                                                                         \
   [[maybe_unused]] static const KvRxClass* const k##type##Registered = type::desc();

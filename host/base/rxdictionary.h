@@ -28,8 +28,8 @@ class KvRxDynamicLinker : public KvRxObject {
   virtual bool registerAppMDIAware(void* applicationHandle) = 0;
 };
 
-/// The current host's registry. It holds "DynamicLinker" and "ACRX_REGISTERED_COMMANDS". Never null: without a
-/// host it is empty.
+/// The current host's registry. It holds "DynamicLinker" and "ACRX_REGISTERED_COMMANDS". Never null: without
+/// a host it is empty.
 KvRxDictionary* kvrxSysRegistry();
 
 /// Names the resources of a module. An empty value is enough for this host.

@@ -9,7 +9,9 @@
 
 namespace {
 
-bool isDigit(wchar_t c) { return c >= L'0' && c <= L'9'; }
+bool isDigit(wchar_t c) {
+  return c >= L'0' && c <= L'9';
+}
 
 bool isLetter(wchar_t c) {
   if (c < 0x80) return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z');
@@ -26,13 +28,20 @@ struct Element {
 
   bool accepts(wchar_t c) const {
     switch (kind) {
-      case Kind::Literal: return c == literal;
-      case Kind::Any: return true;
-      case Kind::Digit: return isDigit(c);
-      case Kind::Letter: return isLetter(c);
-      case Kind::Sign: return !isDigit(c) && !isLetter(c);
-      case Kind::Set: return inSet(c) != negated;
-      case Kind::Run: return false;
+      case Kind::Literal:
+        return c == literal;
+      case Kind::Any:
+        return true;
+      case Kind::Digit:
+        return isDigit(c);
+      case Kind::Letter:
+        return isLetter(c);
+      case Kind::Sign:
+        return !isDigit(c) && !isLetter(c);
+      case Kind::Set:
+        return inSet(c) != negated;
+      case Kind::Run:
+        return false;
     }
     return false;
   }

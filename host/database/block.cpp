@@ -17,7 +17,8 @@ constexpr int kXref = 4, kXrefOverlay = 8;
 
 }  // namespace
 
-// --- The marks -----------------------------------------------------------------------------------------------------------------
+// --- The marks
+// -----------------------------------------------------------------------------------------------------------------
 
 void KvDbBlockBegin::dwgOutFields(KvDbDwgFiler& filer) const {
   KvDbEntity::dwgOutFields(filer);
@@ -37,7 +38,9 @@ void KvDbBlockBegin::dwgInFields(KvDbDwgFiler& filer) {
   origin_ = filer.readPoint3d();
 }
 
-bool KvDbBlockBegin::knowsMarker(std::wstring_view marker) const { return marker == kBeginMarker || KvDbEntity::knowsMarker(marker); }
+bool KvDbBlockBegin::knowsMarker(std::wstring_view marker) const {
+  return marker == kBeginMarker || KvDbEntity::knowsMarker(marker);
+}
 
 void KvDbBlockBegin::dxfOutFields(KvDxfWriter& writer) const {
   KvDbEntity::dxfOutFields(writer);
@@ -56,32 +59,49 @@ void KvDbBlockBegin::dxfOutFields(KvDxfWriter& writer) const {
 bool KvDbBlockBegin::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) {
   if (marker.empty() || marker == kBeginMarker) {
     switch (group.code) {
-      case 2: name_ = CString(group.text); return true;
-      case 70: flags_ = static_cast<std::int16_t>(group.integer); return true;
-      case 10: origin_ = group.point; return true;
-      case 3: return true;
-      case 1: xrefPath_ = CString(group.text); return true;
-      case 4: description_ = CString(group.text); return true;
-      default: break;
+      case 2:
+        name_ = CString(group.text);
+        return true;
+      case 70:
+        flags_ = static_cast<std::int16_t>(group.integer);
+        return true;
+      case 10:
+        origin_ = group.point;
+        return true;
+      case 3:
+        return true;
+      case 1:
+        xrefPath_ = CString(group.text);
+        return true;
+      case 4:
+        description_ = CString(group.text);
+        return true;
+      default:
+        break;
     }
   }
   return KvDbEntity::dxfInGroup(group, marker, resolver);
 }
 
-bool KvDbBlockEnd::knowsMarker(std::wstring_view marker) const { return marker == L"AcDbBlockEnd" || KvDbEntity::knowsMarker(marker); }
+bool KvDbBlockEnd::knowsMarker(std::wstring_view marker) const {
+  return marker == L"AcDbBlockEnd" || KvDbEntity::knowsMarker(marker);
+}
 
 void KvDbBlockEnd::dxfOutFields(KvDxfWriter& writer) const {
   KvDbEntity::dxfOutFields(writer);
   writer.marker(L"AcDbBlockEnd");
 }
 
-// --- The record ----------------------------------------------------------------------------------------------------------------
+// --- The record
+// ----------------------------------------------------------------------------------------------------------------
 
 KvDbBlockBegin* KvDbBlockTableRecord::begin() const {
   return begin_.stub() ? KvDbBlockBegin::cast(begin_.stub()->object) : nullptr;
 }
 
-KvGePoint3d KvDbBlockTableRecord::origin() const { return begin() ? begin()->origin_ : KvGePoint3d::kOrigin; }
+KvGePoint3d KvDbBlockTableRecord::origin() const {
+  return begin() ? begin()->origin_ : KvGePoint3d::kOrigin;
+}
 
 Kvad::ErrorStatus KvDbBlockTableRecord::setOrigin(const KvGePoint3d& origin) {
   KvDbBlockBegin* mark = nullptr;
@@ -96,8 +116,12 @@ void KvDbBlockTableRecord::setLayoutId(KvDbObjectId id) {
   layout_ = id;
 }
 
-bool KvDbBlockTableRecord::isFromExternalReference() const { return begin() && (begin()->flags_ & (kXref | kXrefOverlay)) != 0; }
-CString KvDbBlockTableRecord::comments() const { return begin() ? begin()->description_ : CString(); }
+bool KvDbBlockTableRecord::isFromExternalReference() const {
+  return begin() && (begin()->flags_ & (kXref | kXrefOverlay)) != 0;
+}
+CString KvDbBlockTableRecord::comments() const {
+  return begin() ? begin()->description_ : CString();
+}
 
 Kvad::ErrorStatus KvDbBlockTableRecord::appendKvDbEntity(KvDbObjectId& id, KvDbEntity* entity) {
   id.setNull();
@@ -122,7 +146,8 @@ KvDbObjectIdArray KvDbBlockTableRecord::entities(bool withErased) const {
 }
 
 int KvDbBlockTableRecord::entityCount() const {
-  return static_cast<int>(std::count_if(entities_.begin(), entities_.end(), [](KvDbObjectId id) { return id.isValid(); }));
+  return static_cast<int>(
+      std::count_if(entities_.begin(), entities_.end(), [](KvDbObjectId id) { return id.isValid(); }));
 }
 
 void KvDbBlockTableRecord::setMarks(KvDbObjectId begin, KvDbObjectId end) {
@@ -150,7 +175,8 @@ void KvDbBlockTableRecord::dwgOutFields(KvDbDwgFiler& filer) const {
   filer.writeBool(explodable_);
   filer.writeId(begin_, KvDbReference::HardOwnership);
   filer.writeId(end_, KvDbReference::HardOwnership);
-  // Entities come and go by erasing, which is undone on its own: a snapshot of the row would cost its whole length at each change.
+  // Entities come and go by erasing, which is undone on its own: a snapshot of the row would cost its whole
+  // length at each change.
   if (filer.purpose() == KvDbDwgFiler::Purpose::Undo) return;
   const KvDbObjectIdArray ids = entities();
   filer.writeUInt32(static_cast<std::uint32_t>(ids.length()));
@@ -181,13 +207,24 @@ void KvDbBlockTableRecord::dxfOutFields(KvDxfWriter& writer) const {
   writer.integer(281, scaling_);
 }
 
-bool KvDbBlockTableRecord::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) {
-  if (marker != fileMarker() && !marker.empty()) return KvDbSymbolTableRecord::dxfInGroup(group, marker, resolver);
+bool KvDbBlockTableRecord::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker,
+                                      KvDxfResolver& resolver) {
+  if (marker != fileMarker() && !marker.empty())
+    return KvDbSymbolTableRecord::dxfInGroup(group, marker, resolver);
   switch (group.code) {
-    case 340: layout_ = resolver.object(group.integer); return true;
-    case 70: units_ = static_cast<std::int16_t>(group.integer); return true;
-    case 280: explodable_ = group.integer != 0; return true;
-    case 281: scaling_ = static_cast<std::uint8_t>(group.integer); return true;
-    default: return KvDbSymbolTableRecord::dxfInGroup(group, marker, resolver);
+    case 340:
+      layout_ = resolver.object(group.integer);
+      return true;
+    case 70:
+      units_ = static_cast<std::int16_t>(group.integer);
+      return true;
+    case 280:
+      explodable_ = group.integer != 0;
+      return true;
+    case 281:
+      scaling_ = static_cast<std::uint8_t>(group.integer);
+      return true;
+    default:
+      return KvDbSymbolTableRecord::dxfInGroup(group, marker, resolver);
   }
 }

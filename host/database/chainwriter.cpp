@@ -29,9 +29,15 @@ void KvDbChainWriter::integer(int code, std::int64_t value) {
   resbuf* node = append(code);
   if (!node) return;
   switch (kvutRbKind(code)) {
-    case KvRbKind::Long: node->resval.rlong = static_cast<std::int32_t>(value); break;
-    case KvRbKind::Int64: node->resval.mnLongPtr = value; break;
-    default: node->resval.rint = static_cast<std::int16_t>(value); break;
+    case KvRbKind::Long:
+      node->resval.rlong = static_cast<std::int32_t>(value);
+      break;
+    case KvRbKind::Int64:
+      node->resval.mnLongPtr = value;
+      break;
+    default:
+      node->resval.rint = static_cast<std::int16_t>(value);
+      break;
   }
 }
 
@@ -54,12 +60,15 @@ void KvDbChainWriter::point(int code, const KvGePoint3d& value) {
   node->resval.rpoint[2] = value.z;
 }
 
-void KvDbChainWriter::point2d(int code, const KvGePoint2d& value) { point(code, kvge::spatial(value)); }
+void KvDbChainWriter::point2d(int code, const KvGePoint2d& value) {
+  point(code, kvge::spatial(value));
+}
 
 void KvDbChainWriter::binary(int code, std::span<const std::uint8_t> bytes) {
   resbuf* node = append(code);
   if (!node) return;
-  const KvBinary chunk{static_cast<std::int16_t>(bytes.size()), reinterpret_cast<char*>(const_cast<std::uint8_t*>(bytes.data()))};
+  const KvBinary chunk{static_cast<std::int16_t>(bytes.size()),
+                       reinterpret_cast<char*>(const_cast<std::uint8_t*>(bytes.data()))};
   resbuf* copy = kvutBuildList(code, chunk, 0);
   node->resval.rbinary = copy->resval.rbinary;
   copy->resval.rbinary.buf = nullptr;

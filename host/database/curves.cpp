@@ -19,12 +19,15 @@ using Type = KvDbField::Type;
 constexpr auto kUnlessDefault = KvDbField::Write::UnlessDefault;
 constexpr auto kAlways = KvDbField::Write::Always;
 
-/// Adds the parts of a full or partial turn that reach farthest along each axis. `at` gives the point of an angle.
+/// Adds the parts of a full or partial turn that reach farthest along each axis. `at` gives the point of an
+/// angle.
 template <class PointAt>
-void addTurn(KvDbExtents& extents, const KvGeVector3d& cosineAxis, const KvGeVector3d& sineAxis, double start, double sweep, PointAt at) {
+void addTurn(KvDbExtents& extents, const KvGeVector3d& cosineAxis, const KvGeVector3d& sineAxis, double start,
+             double sweep, PointAt at) {
   extents.addPoint(at(start));
   extents.addPoint(at(start + sweep));
-  const double axes[3][2] = {{cosineAxis.x, sineAxis.x}, {cosineAxis.y, sineAxis.y}, {cosineAxis.z, sineAxis.z}};
+  const double axes[3][2] = {
+      {cosineAxis.x, sineAxis.x}, {cosineAxis.y, sineAxis.y}, {cosineAxis.z, sineAxis.z}};
   for (const auto& [cosine, sine] : axes) {
     const double top = std::atan2(sine, cosine);
     for (double angle : {top, top + kvge::kPi})
@@ -47,12 +50,17 @@ Kvad::ErrorStatus transformPlane(PlaneFigure& figure, const KvGeMatrix3d& matrix
   return Kvad::eOk;
 }
 
-KvGePoint3d toWorld(const KvGePoint3d& point, const KvGeVector3d& normal) { return KvGeMatrix3d::planeToWorld(normal) * point; }
-KvGePoint3d toPlane(const KvGePoint3d& point, const KvGeVector3d& normal) { return KvGeMatrix3d::worldToPlane(normal) * point; }
+KvGePoint3d toWorld(const KvGePoint3d& point, const KvGeVector3d& normal) {
+  return KvGeMatrix3d::planeToWorld(normal) * point;
+}
+KvGePoint3d toPlane(const KvGePoint3d& point, const KvGeVector3d& normal) {
+  return KvGeMatrix3d::worldToPlane(normal) * point;
+}
 
 }  // namespace
 
-// --- Point ---------------------------------------------------------------------------------------------------------------------
+// --- Point
+// ---------------------------------------------------------------------------------------------------------------------
 
 const KvDbField KvDbPoint::kFields[] = {
     kvdbMarker(L"AcDbPoint"),
@@ -81,7 +89,8 @@ Kvad::ErrorStatus KvDbPoint::transformBy(const KvGeMatrix3d& matrix) {
   return Kvad::eOk;
 }
 
-// --- Line ----------------------------------------------------------------------------------------------------------------------
+// --- Line
+// ----------------------------------------------------------------------------------------------------------------------
 
 const KvDbField KvDbLine::kFields[] = {
     kvdbMarker(L"AcDbLine"),
@@ -112,7 +121,8 @@ Kvad::ErrorStatus KvDbLine::setThickness(double thickness) {
 
 Kvad::ErrorStatus KvDbLine::getGeomExtents(KvDbExtents& extents) const {
   extents = KvDbExtents();
-  for (const KvGePoint3d& point : {start_, end_, start_ + normal_ * thickness_, end_ + normal_ * thickness_}) extents.addPoint(point);
+  for (const KvGePoint3d& point : {start_, end_, start_ + normal_ * thickness_, end_ + normal_ * thickness_})
+    extents.addPoint(point);
   return Kvad::eOk;
 }
 
@@ -126,7 +136,8 @@ Kvad::ErrorStatus KvDbLine::transformBy(const KvGeMatrix3d& matrix) {
   return Kvad::eOk;
 }
 
-// --- Circle and arc ------------------------------------------------------------------------------------------------------------
+// --- Circle and arc
+// ------------------------------------------------------------------------------------------------------------
 
 const KvDbField KvDbCircle::kFields[] = {
     kvdbMarker(L"AcDbCircle"),
@@ -140,7 +151,9 @@ KVDB_FIELDS_DEFINE(KvDbCircle, KvDbEntity)
 KvDbCircle::KvDbCircle(const KvGePoint3d& center, const KvGeVector3d& normal, double radius)
     : center_(toPlane(center, normal)), radius_(radius), normal_(normal.normal()) {}
 
-KvGePoint3d KvDbCircle::center() const { return toWorld(center_, normal_); }
+KvGePoint3d KvDbCircle::center() const {
+  return toWorld(center_, normal_);
+}
 
 Kvad::ErrorStatus KvDbCircle::setCenter(const KvGePoint3d& center) {
   assertWriteEnabled();
@@ -159,7 +172,8 @@ Kvad::ErrorStatus KvDbCircle::getGeomExtents(KvDbExtents& extents) const {
   extents = KvDbExtents();
   const KvGeVector3d x = normal_.perpVector() * radius_, y = normal_.crossProduct(x);
   const KvGePoint3d middle = center();
-  addTurn(extents, x, y, 0, kvge::kTwoPi, [&](double angle) { return middle + x * std::cos(angle) + y * std::sin(angle); });
+  addTurn(extents, x, y, 0, kvge::kTwoPi,
+          [&](double angle) { return middle + x * std::cos(angle) + y * std::sin(angle); });
   return Kvad::eOk;
 }
 
@@ -186,10 +200,17 @@ const KvDbField KvDbArc::kFields[] = {
 };
 KVDB_FIELDS_DEFINE(KvDbArc, KvDbEntity)
 
-KvDbArc::KvDbArc(const KvGePoint3d& center, const KvGeVector3d& normal, double radius, double startAngle, double endAngle)
-    : center_(toPlane(center, normal)), radius_(radius), normal_(normal.normal()), startAngle_(KvDbAngle::ofRadians(startAngle)), endAngle_(KvDbAngle::ofRadians(endAngle)) {}
+KvDbArc::KvDbArc(const KvGePoint3d& center, const KvGeVector3d& normal, double radius, double startAngle,
+                 double endAngle)
+    : center_(toPlane(center, normal)),
+      radius_(radius),
+      normal_(normal.normal()),
+      startAngle_(KvDbAngle::ofRadians(startAngle)),
+      endAngle_(KvDbAngle::ofRadians(endAngle)) {}
 
-KvGePoint3d KvDbArc::center() const { return toWorld(center_, normal_); }
+KvGePoint3d KvDbArc::center() const {
+  return toWorld(center_, normal_);
+}
 
 double KvDbArc::totalAngle() const {
   const double sweep = kvge::normalizedAngle(endAngle() - startAngle());
@@ -204,7 +225,8 @@ KvGePoint3d KvDbArc::pointAtAngle(double angle) const {
 Kvad::ErrorStatus KvDbArc::getGeomExtents(KvDbExtents& extents) const {
   extents = KvDbExtents();
   const KvGeVector3d x = normal_.perpVector(), y = normal_.crossProduct(x);
-  addTurn(extents, x, y, kvge::normalizedAngle(startAngle()), totalAngle(), [this](double angle) { return pointAtAngle(angle); });
+  addTurn(extents, x, y, kvge::normalizedAngle(startAngle()), totalAngle(),
+          [this](double angle) { return pointAtAngle(angle); });
   return Kvad::eOk;
 }
 
@@ -228,7 +250,8 @@ Kvad::ErrorStatus KvDbArc::transformBy(const KvGeMatrix3d& matrix) {
   return Kvad::eOk;
 }
 
-// --- Endless lines -------------------------------------------------------------------------------------------------------------
+// --- Endless lines
+// -------------------------------------------------------------------------------------------------------------
 
 const KvDbField KvDbRay::kFields[] = {
     kvdbMarker(L"AcDbRay"),
@@ -262,7 +285,8 @@ Kvad::ErrorStatus KvDbEndlessLine::transformBy(const KvGeMatrix3d& matrix) {
   return setUnitDir(matrix * direction_);
 }
 
-// --- Ellipse -------------------------------------------------------------------------------------------------------------------
+// --- Ellipse
+// -------------------------------------------------------------------------------------------------------------------
 
 const KvDbField KvDbEllipse::kFields[] = {
     kvdbMarker(L"AcDbEllipse"),
@@ -294,7 +318,8 @@ Kvad::ErrorStatus KvDbEllipse::getGeomExtents(KvDbExtents& extents) const {
   return Kvad::eOk;
 }
 
-// --- Filled quadrangles --------------------------------------------------------------------------------------------------------
+// --- Filled quadrangles
+// --------------------------------------------------------------------------------------------------------
 
 const KvDbField KvDbTrace::kFields[] = {
     kvdbMarker(L"AcDbTrace"),
@@ -309,11 +334,16 @@ KVDB_FIELDS_DEFINE(KvDbTrace, KvDbEntity)
 
 const KvGePoint3d* KvDbTrace::corner(int index) const {
   switch (index) {
-    case 0: return &first_;
-    case 1: return &second_;
-    case 2: return &third_;
-    case 3: return &fourth_;
-    default: return nullptr;
+    case 0:
+      return &first_;
+    case 1:
+      return &second_;
+    case 2:
+      return &third_;
+    case 3:
+      return &fourth_;
+    default:
+      return nullptr;
   }
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 // Points, lines, circles, arcs, ellipses, filled quadrangles.
 //
-// Points that calls give and take are in world coordinates unless it says otherwise; circles, arcs and filled quadrangles are kept in
-// the coordinates of their plane, as in files. Angles are in radians, counter-clockwise about the normal, from the X axis of the plane
-// (arbitrary-axis rule of drawing files).
+// Points that calls give and take are in world coordinates unless it says otherwise; circles, arcs and filled
+// quadrangles are kept in the coordinates of their plane, as in files. Angles are in radians,
+// counter-clockwise about the normal, from the X axis of the plane (arbitrary-axis rule of drawing files).
 #include "host/database/entity.h"
 
 class KvDbPoint : public KvDbEntity {
@@ -77,7 +77,8 @@ class KvDbArc : public KvDbEntity {
   KVDB_FIELDS_DECLARE
  public:
   KvDbArc() = default;
-  KvDbArc(const KvGePoint3d& center, const KvGeVector3d& normal, double radius, double startAngle, double endAngle);
+  KvDbArc(const KvGePoint3d& center, const KvGeVector3d& normal, double radius, double startAngle,
+          double endAngle);
   KvGePoint3d center() const;
   double radius() const { return radius_; }
   double startAngle() const { return startAngle_.radians(); }
@@ -152,7 +153,8 @@ class KvDbEllipse : public KvDbEntity {
   double ratio_ = 1, start_ = 0, end_ = kvge::kTwoPi;
 };
 
-/// A filled quadrangle or triangle; corners as in files, the third and fourth crosswise. In world coordinates on this side.
+/// A filled quadrangle or triangle; corners as in files, the third and fourth crosswise. In world coordinates
+/// on this side.
 class KvDbTrace : public KvDbEntity {
   KVRX_DECLARE(KvDbTrace)
   KVDB_FIELDS_DECLARE

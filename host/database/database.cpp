@@ -27,10 +27,14 @@ KvDbSymbolTable* make() {
 }
 
 constexpr TableRow kTables[] = {
-    {KvDbTable::Viewport, L"VPORT", make<KvDbViewportTable>}, {KvDbTable::Linetype, L"LTYPE", make<KvDbLinetypeTable>},
-    {KvDbTable::Layer, L"LAYER", make<KvDbLayerTable>},       {KvDbTable::TextStyle, L"STYLE", make<KvDbTextStyleTable>},
-    {KvDbTable::View, L"VIEW", make<KvDbViewTable>},          {KvDbTable::UCS, L"UCS", make<KvDbUCSTable>},
-    {KvDbTable::RegApp, L"APPID", make<KvDbRegAppTable>},     {KvDbTable::DimStyle, L"DIMSTYLE", make<KvDbDimStyleTable>},
+    {KvDbTable::Viewport, L"VPORT", make<KvDbViewportTable>},
+    {KvDbTable::Linetype, L"LTYPE", make<KvDbLinetypeTable>},
+    {KvDbTable::Layer, L"LAYER", make<KvDbLayerTable>},
+    {KvDbTable::TextStyle, L"STYLE", make<KvDbTextStyleTable>},
+    {KvDbTable::View, L"VIEW", make<KvDbViewTable>},
+    {KvDbTable::UCS, L"UCS", make<KvDbUCSTable>},
+    {KvDbTable::RegApp, L"APPID", make<KvDbRegAppTable>},
+    {KvDbTable::DimStyle, L"DIMSTYLE", make<KvDbDimStyleTable>},
     {KvDbTable::Block, L"BLOCK", make<KvDbBlockTable>},
 };
 
@@ -42,11 +46,13 @@ KvDbSymbolTable* symbolTable(const KvDbDatabase& database, KvDbTable table) {
 }  // namespace
 
 KvDbFileExtras::Variable* KvDbFileExtras::find(const wchar_t* name) {
-  auto found = std::find_if(header.begin(), header.end(), [&](const Variable& v) { return v.name.CompareNoCase(name) == 0; });
+  auto found = std::find_if(header.begin(), header.end(),
+                            [&](const Variable& v) { return v.name.CompareNoCase(name) == 0; });
   return found == header.end() ? nullptr : &*found;
 }
 
-// --- Objects by handle ---------------------------------------------------------------------------------------------------------
+// --- Objects by handle
+// ---------------------------------------------------------------------------------------------------------
 
 KvDbStub* KvDbDatabase::HandleMap::find(std::uint64_t handle) const {
   auto page = pages_.find(handle >> kPageBits);
@@ -117,8 +123,10 @@ KvDbObjectId KvDbDatabase::addAsRead(KvDbObject* object, KvDbHandle handle, bool
   KvDbStub* stub = handle.isNull() ? nullptr : byHandle_.find(handle.value());
   const bool isTaken = stub && stub->object;
   if (isReplaced) *isReplaced = isTaken;
-  if (isTaken || handle.isNull()) stub = &newFreeStub();
-  else if (!stub) stub = &newStub(handle.value());
+  if (isTaken || handle.isNull())
+    stub = &newFreeStub();
+  else if (!stub)
+    stub = &newStub(handle.value());
   place(*stub, object);
   return KvDbObjectId(stub);
 }
@@ -148,10 +156,12 @@ std::vector<KvDbObjectId> KvDbDatabase::allObjects() const {
   return ids;
 }
 
-// --- What every drawing has ----------------------------------------------------------------------------------------------------
+// --- What every drawing has
+// ----------------------------------------------------------------------------------------------------
 
 std::unique_ptr<KvDbSymbolTable> KvDbDatabase::makeTable(KvDbTable table) {
-  const auto* row = std::find_if(std::begin(kTables), std::end(kTables), [&](const TableRow& r) { return r.table == table; });
+  const auto* row = std::find_if(std::begin(kTables), std::end(kTables),
+                                 [&](const TableRow& r) { return r.table == table; });
   return std::unique_ptr<KvDbSymbolTable>(row->make());
 }
 
@@ -201,7 +211,8 @@ void KvDbDatabase::completeAfterReading() {
   if (recordId(KvDbTable::Viewport, L"*Active").isNull()) ensureRecord(KvDbTable::Viewport, L"*Active");
   KvDbLayerTableRecord* zero = nullptr;
   if (kvdbOpenObject(zero, layerZero(), KvDb::kForWrite) == Kvad::eOk) {
-    if (zero->linetypeObjectId().isNull()) zero->setLinetypeObjectId(recordId(KvDbTable::Linetype, L"Continuous"));
+    if (zero->linetypeObjectId().isNull())
+      zero->setLinetypeObjectId(recordId(KvDbTable::Linetype, L"Continuous"));
     zero->close();
   }
   ensureSpaces();
@@ -224,7 +235,8 @@ Kvad::ErrorStatus KvDbDatabase::getBlockTable(KvDbBlockTable*& table, KvDb::Open
   return kvdbOpenObject(table, blockTableId(), mode);
 }
 
-Kvad::ErrorStatus KvDbDatabase::getNamedObjectsDictionary(KvDbDictionary*& dictionary, KvDb::OpenMode mode) const {
+Kvad::ErrorStatus KvDbDatabase::getNamedObjectsDictionary(KvDbDictionary*& dictionary,
+                                                          KvDb::OpenMode mode) const {
   return kvdbOpenObject(dictionary, namedObjects_, mode);
 }
 
@@ -241,7 +253,8 @@ int KvDbDatabase::setModifiedWord(int value) {
   return old;
 }
 
-// --- Function-style calls ------------------------------------------------------------------------------------------------------
+// --- Function-style calls
+// ------------------------------------------------------------------------------------------------------
 
 KvDbHostApplicationServices* kvdbHostApplicationServices() {
   static KvDbHostApplicationServices none;
@@ -253,7 +266,9 @@ KvDbDatabase* kvdbDatabaseOrWorking(KvDbDatabase* database) {
   return database ? database : kvdbHostApplicationServices()->workingDatabase();
 }
 
-int kvdbSetDbmod(KvDbDatabase* database, int value) { return database ? database->setModifiedWord(value) : 0; }
+int kvdbSetDbmod(KvDbDatabase* database, int value) {
+  return database ? database->setModifiedWord(value) : 0;
+}
 
 resbuf* kvdbTblSearch(const wchar_t* table, const wchar_t* name, int) {
   const KvDbDatabase* database = kvdbDatabaseOrWorking(nullptr);

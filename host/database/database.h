@@ -15,11 +15,32 @@ class KvDbRegAppTable;
 class KvDbSymbolTable;
 
 /// The symbol tables of a drawing, in the order in which files hold them.
-enum class KvDbTable : std::uint8_t { Viewport, Linetype, Layer, TextStyle, View, UCS, RegApp, DimStyle, Block };
+enum class KvDbTable : std::uint8_t {
+  Viewport,
+  Linetype,
+  Layer,
+  TextStyle,
+  View,
+  UCS,
+  RegApp,
+  DimStyle,
+  Block
+};
 inline constexpr int kKvDbTableCount = 9;
 
 /// The version of a drawing file. Values grow with the years.
-enum class KvDbFileVersion : std::uint8_t { Unknown, R12, R13, R14, R2000, R2004, R2007, R2010, R2013, R2018 };
+enum class KvDbFileVersion : std::uint8_t {
+  Unknown,
+  R12,
+  R13,
+  R14,
+  R2000,
+  R2004,
+  R2007,
+  R2010,
+  R2013,
+  R2018
+};
 
 /// What a drawing file carries beside its objects; kept so that saving loses nothing.
 struct KvDbFileExtras {
@@ -44,8 +65,8 @@ struct KvDbFileExtras {
 
 class KvDbDatabase {
  public:
-  /// With `buildDefaultDrawing` the tables that every drawing needs are there; without it the drawing is empty and
-  /// only good for being read into.
+  /// With `buildDefaultDrawing` the tables that every drawing needs are there; without it the drawing is
+  /// empty and only good for being read into.
   explicit KvDbDatabase(bool buildDefaultDrawing = true, bool noDocument = false);
   ~KvDbDatabase();
   KvDbDatabase(const KvDbDatabase&) = delete;
@@ -53,22 +74,24 @@ class KvDbDatabase {
 
   /// Takes the object over, gives it the next free handle and leaves it open for write.
   KvDbObjectId addObject(KvDbObject* object, KvDbObjectId owner);
-  /// For readers: the same under the handle that the file gives, left closed. A handle that is taken, or 0, is replaced by a free one;
-  /// `isReplaced` tells.
+  /// For readers: the same under the handle that the file gives, left closed. A handle that is taken, or 0,
+  /// is replaced by a free one; `isReplaced` tells.
   KvDbObjectId addAsRead(KvDbObject* object, KvDbHandle handle, bool* isReplaced = nullptr);
-  /// While a file is being read, objects that it doesn't name itself get their handles at the end, when those of the file are all known.
+  /// While a file is being read, objects that it doesn't name itself get their handles at the end, when those
+  /// of the file are all known.
   void beginReading() { isReading_ = true; }
   /// The id of a handle that an object bears; null when nothing bears it.
   KvDbObjectId idFromHandle(KvDbHandle handle) const;
-  /// The id of a handle, made when missing, so that a reference may be kept before (or without) its object being there. Null for 0.
+  /// The id of a handle, made when missing, so that a reference may be kept before (or without) its object
+  /// being there. Null for 0.
   KvDbObjectId referenceTo(KvDbHandle handle);
   /// All ids that bear an object, erased ones included, in the order of their making.
   std::vector<KvDbObjectId> allObjects() const;
   std::size_t objectCount() const { return placed_.size(); }
   /// Larger than every handle in the drawing.
   std::uint64_t handleSeed() const { return nextHandle_; }
-  /// The seed for a file: larger than every handle that isn't erased, and not below the one of the file that was read, so that what was
-  /// undone leaves no trace.
+  /// The seed for a file: larger than every handle that isn't erased, and not below the one of the file that
+  /// was read, so that what was undone leaves no trace.
   std::uint64_t savedHandleSeed() const;
   void setSeedAsRead(std::uint64_t seed) {
     seedAsRead_ = seed;
@@ -105,7 +128,8 @@ class KvDbDatabase {
 
   KvDbFileExtras& extras() { return extras_; }
   const KvDbFileExtras& extras() const { return extras_; }
-  /// Gives a drawing that was read what files need and this one lacked: tables, layer 0, model space, the root dictionary.
+  /// Gives a drawing that was read what files need and this one lacked: tables, layer 0, model space, the
+  /// root dictionary.
   void completeAfterReading();
 
   KvDbUndoRecorder& undoRecorder() { return undo_; }
@@ -194,11 +218,11 @@ KvDbDatabase* kvdbDatabaseOrWorking(KvDbDatabase* database);
 /// Sets the modified word and answers the old one; 0 for null.
 int kvdbSetDbmod(KvDbDatabase* database, int value);
 
-/// The record of a symbol table of the working drawing as a chain (0, 2, 70, ...), owned by the caller; null when
-/// there is none. Tables by the type of their records in files ("LAYER", "STYLE", "BLOCK", ...); names compare without regard to
-/// case. `setNext` is for the signature: no call walks a table.
+/// The record of a symbol table of the working drawing as a chain (0, 2, 70, ...), owned by the caller; null
+/// when there is none. Tables by the type of their records in files ("LAYER", "STYLE", "BLOCK", ...); names
+/// compare without regard to case. `setNext` is for the signature: no call walks a table.
 resbuf* kvdbTblSearch(const wchar_t* table, const wchar_t* name, int setNext);
 
-/// Registers an application in the working drawing. RTNORM, also when it is there already; RTERROR for a name that
-/// no table takes or without a drawing.
+/// Registers an application in the working drawing. RTNORM, also when it is there already; RTERROR for a name
+/// that no table takes or without a drawing.
 int kvdbRegApp(const wchar_t* name);

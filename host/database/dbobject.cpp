@@ -25,11 +25,17 @@ constexpr int kHandleCode = 5;
 constexpr int kDimStyleHandleCode = 105;
 constexpr int kOwnerCode = 330;
 
-/// Extended data begin with the name of their application; records of free groups may hold such codes without it.
-bool beginsXData(const KvDxfGroup& group) { return group.code == kApplicationCode; }
-bool isXDataCode(int code) { return code >= 1000; }
+/// Extended data begin with the name of their application; records of free groups may hold such codes without
+/// it.
+bool beginsXData(const KvDxfGroup& group) {
+  return group.code == kApplicationCode;
+}
+bool isXDataCode(int code) {
+  return code >= 1000;
+}
 
-void writeSections(KvDbDwgFiler& filer, const std::vector<KvDbUnknownSection>& sections, const KvDbObject& owner) {
+void writeSections(KvDbDwgFiler& filer, const std::vector<KvDbUnknownSection>& sections,
+                   const KvDbObject& owner) {
   filer.writeUInt32(static_cast<std::uint32_t>(sections.size()));
   for (const auto& section : sections) {
     filer.writeString(CString(section.marker.view()));
@@ -46,7 +52,9 @@ std::vector<KvDbUnknownSection> readSections(KvDbDwgFiler& filer) {
   return sections;
 }
 
-bool isApplicationName(const KvDbStoredGroup& group) { return group.code == 1001; }
+bool isApplicationName(const KvDbStoredGroup& group) {
+  return group.code == 1001;
+}
 
 using XData = std::vector<KvDbStoredGroup>;
 
@@ -69,9 +77,12 @@ KvDbObject::Extra& KvDbObject::extra() {
   return *extra_;
 }
 
-std::wstring_view KvDbObject::fileTypeView() const { return isA()->dxfName(); }
+std::wstring_view KvDbObject::fileTypeView() const {
+  return isA()->dxfName();
+}
 
-// --- The open protocol ---------------------------------------------------------------------------------------------------------
+// --- The open protocol
+// ---------------------------------------------------------------------------------------------------------
 
 Kvad::ErrorStatus KvDbObject::close() {
   if (!stub_) return Kvad::eNotInDatabase;
@@ -119,9 +130,12 @@ void KvDbObject::assertWriteEnabled() {
   if (stub_) stub_->database->noteChange(*stub_);
 }
 
-Kvad::ErrorStatus KvDbObject::subErase(bool) { return Kvad::eOk; }
+Kvad::ErrorStatus KvDbObject::subErase(bool) {
+  return Kvad::eOk;
+}
 
-// --- Filing --------------------------------------------------------------------------------------------------------------------
+// --- Filing
+// --------------------------------------------------------------------------------------------------------------------
 
 void KvDbObject::dwgOutFields(KvDbDwgFiler& filer) const {
   filer.writeId(owner_, KvDbReference::SoftPointer);
@@ -146,18 +160,24 @@ void KvDbObject::dwgInFields(KvDbDwgFiler& filer) {
   own.extensionDictionary = filer.readId(KvDbReference::HardOwnership);
   const std::uint32_t reactors = filer.readUInt32();
   for (std::uint32_t i = 0; i < reactors; ++i)
-    if (const KvDbObjectId id = filer.readId(KvDbReference::SoftPointer); !id.isNull()) own.reactors.append(id);
+    if (const KvDbObjectId id = filer.readId(KvDbReference::SoftPointer); !id.isNull())
+      own.reactors.append(id);
   own.appGroups = readSections(filer);
   own.xData = kvdbReadGroups(filer);
 }
 
 void KvDbObject::dxfOutFields(KvDxfWriter&) const {}
 
-bool KvDbObject::knowsMarker(std::wstring_view) const { return false; }
+bool KvDbObject::knowsMarker(std::wstring_view) const {
+  return false;
+}
 
-bool KvDbObject::dxfInGroup(const KvDxfGroup&, std::wstring_view, KvDxfResolver&) { return false; }
+bool KvDbObject::dxfInGroup(const KvDxfGroup&, std::wstring_view, KvDxfResolver&) {
+  return false;
+}
 
-void KvDbObject::dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) {
+void KvDbObject::dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
+                              KvDxfResolver& resolver) {
   for (const KvDxfGroup& group : groups)
     if (!dxfInGroup(group, marker, resolver)) keepUnknown(marker, group);
 }
@@ -212,7 +232,8 @@ void KvDbObject::writeAppGroups(KvDxfWriter& writer) const {
   }
 }
 
-std::size_t KvDbObject::readAppGroup(std::span<const KvDxfGroup> groups, std::size_t at, KvDxfResolver& resolver) {
+std::size_t KvDbObject::readAppGroup(std::span<const KvDxfGroup> groups, std::size_t at,
+                                     KvDxfResolver& resolver) {
   const std::wstring_view name = groups[at].text.substr(1);
   std::size_t end = at + 1;
   while (end < groups.size() && !(groups[end].code == kAppGroupCode && groups[end].text == L"}")) ++end;
@@ -229,7 +250,8 @@ std::size_t KvDbObject::readAppGroup(std::span<const KvDxfGroup> groups, std::si
 
 void KvDbObject::dxfIn(std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) {
   std::size_t at = 0;
-  // Before the first marker stand handle, owner and the applications' blocks; old files and some small objects have no marker.
+  // Before the first marker stand handle, owner and the applications' blocks; old files and some small
+  // objects have no marker.
   bool ownerIsRead = false;
   std::vector<KvDxfGroup> loose;
   while (at < groups.size() && groups[at].code != kMarkerCode && !beginsXData(groups[at])) {
@@ -261,7 +283,8 @@ void KvDbObject::dxfIn(std::span<const KvDxfGroup> groups, KvDxfResolver& resolv
 
 void KvDbObject::keepUnknown(std::wstring_view marker, const KvDxfGroup& group) {
   auto& sections = editUnknownSections();
-  if (sections.empty() || sections.back().marker.view() != marker) sections.push_back({KvDbSharedText(marker), {}});
+  if (sections.empty() || sections.back().marker.view() != marker)
+    sections.push_back({KvDbSharedText(marker), {}});
   sections.back().groups.append(group);
 }
 
@@ -282,7 +305,8 @@ const std::vector<KvDbUnknownSection>& KvDbObject::unknownSections() const {
   return unknown_ ? *unknown_ : none;
 }
 
-// --- Extended data, reactors, extension dictionary -----------------------------------------------------------------------------
+// --- Extended data, reactors, extension dictionary
+// -----------------------------------------------------------------------------
 
 resbuf* KvDbObject::xData(const wchar_t* application) const {
   if (!extra_) return nullptr;
@@ -298,7 +322,8 @@ Kvad::ErrorStatus KvDbObject::setXData(const resbuf* chain) {
     KvDbStoredGroup group;
     if (!isXDataCode(node->restype) || !kvdbStoredGroupOf(*node, group)) return Kvad::eInvalidInput;
     if (fresh.empty() && !isApplicationName(group)) return Kvad::eInvalidInput;
-    if (isApplicationName(group) && database() && !database()->isApplicationKnown(group.text)) return Kvad::eRegappNotFound;
+    if (isApplicationName(group) && database() && !database()->isApplicationKnown(group.text))
+      return Kvad::eRegappNotFound;
     fresh.push_back(std::move(group));
   }
   if (fresh.empty()) return Kvad::eOk;
@@ -314,14 +339,18 @@ Kvad::ErrorStatus KvDbObject::setXData(const resbuf* chain) {
   return Kvad::eOk;
 }
 
-KvDbObjectId KvDbObject::extensionDictionary() const { return extra_ ? extra_->extensionDictionary : KvDbObjectId(); }
+KvDbObjectId KvDbObject::extensionDictionary() const {
+  return extra_ ? extra_->extensionDictionary : KvDbObjectId();
+}
 
 void KvDbObject::setExtensionDictionary(KvDbObjectId id) {
   assertWriteEnabled();
   extra().extensionDictionary = id;
 }
 
-KvDbObjectIdArray KvDbObject::persistentReactors() const { return extra_ ? extra_->reactors : KvDbObjectIdArray(); }
+KvDbObjectIdArray KvDbObject::persistentReactors() const {
+  return extra_ ? extra_->reactors : KvDbObjectIdArray();
+}
 
 void KvDbObject::addPersistentReactor(KvDbObjectId id) {
   if (id.isNull() || (extra_ && extra_->reactors.contains(id))) return;
@@ -335,7 +364,8 @@ void KvDbObject::removePersistentReactor(KvDbObjectId id) {
   extra_->reactors.remove(id);
 }
 
-// --- Objects that the host doesn't model ---------------------------------------------------------------------------------------
+// --- Objects that the host doesn't model
+// ---------------------------------------------------------------------------------------
 
 void KvDbProxyObject::dwgOutFields(KvDbDwgFiler& filer) const {
   KvDbObject::dwgOutFields(filer);
@@ -347,7 +377,8 @@ void KvDbProxyObject::dwgInFields(KvDbDwgFiler& filer) {
   type_ = KvDbSharedText(filer.readString().view());
 }
 
-void KvDbProxyObject::dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) {
+void KvDbProxyObject::dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
+                                   KvDxfResolver& resolver) {
   if (marker.empty() || knowsMarker(marker))
     KvDbObject::dxfInSection(marker, groups, resolver);
   else
@@ -367,7 +398,8 @@ void KvDbProxyObject::setHandleBehind(std::wstring_view marker, int code, std::i
     if (section.marker.view() == marker && section.groups.setInteger(code, handle)) return;
 }
 
-// --- Opening by id -------------------------------------------------------------------------------------------------------------
+// --- Opening by id
+// -------------------------------------------------------------------------------------------------------------
 
 Kvad::ErrorStatus kvdbOpenAny(KvDbObject*& object, KvDbObjectId id, KvDb::OpenMode mode, bool openErased) {
   object = nullptr;

@@ -2,11 +2,12 @@
 // Objects that live in a drawing, and the open protocol by which they are reached.
 //
 // An object is owned by its drawing from the moment it is added, by the caller before that. It is reached by
-// kvdbOpenObject and given back by close(); opening for read may nest, for write it is exclusive. A pointer stays
-// readable after close() for as long as the drawing is open, erased or not.
+// kvdbOpenObject and given back by close(); opening for read may nest, for write it is exclusive. A pointer
+// stays readable after close() for as long as the drawing is open, erased or not.
 //
-// A class states its fields once, for copies and undo (dwgOutFields, dwgInFields) and for files (dxfOutFields, dxfInGroup or
-// dxfInSection). Groups and whole sections that a class doesn't know are kept and written back.
+// A class states its fields once, for copies and undo (dwgOutFields, dwgInFields) and for files
+// (dxfOutFields, dxfInGroup or dxfInSection). Groups and whole sections that a class doesn't know are kept
+// and written back.
 #include <memory>
 #include <optional>
 #include <vector>
@@ -18,8 +19,8 @@
 #include "host/database/objectid.h"
 #include "host/database/storedgroup.h"
 
-/// What a drawing keeps for each object: one for each id, owned by the drawing, never moved. An id that something refers to before
-/// (or without) its object being there has a stub with a null object.
+/// What a drawing keeps for each object: one for each id, owned by the drawing, never moved. An id that
+/// something refers to before (or without) its object being there has a stub with a null object.
 struct KvDbStub {
   KvDbObject* object = nullptr;
   KvDbDatabase* database = nullptr;
@@ -63,7 +64,8 @@ class KvDbObject : public KvRxObject {
   bool isWriteEnabled() const { return !stub_ || stub_->isOpenForWrite; }
   bool isErased() const { return stub_ && stub_->isErased; }
 
-  /// The type under which the object stands in files: the class's own, but for objects that the host doesn't model.
+  /// The type under which the object stands in files: the class's own, but for objects that the host doesn't
+  /// model.
   CString fileType() const { return CString(fileTypeView()); }
   /// The same without a copy; good as long as the object is.
   virtual std::wstring_view fileTypeView() const;
@@ -75,10 +77,12 @@ class KvDbObject : public KvRxObject {
   virtual void dxfOutFields(KvDxfWriter& writer) const;
   /// Whether the class writes this subclass marker itself.
   virtual bool knowsMarker(std::wstring_view marker) const;
-  /// One group of the section behind `marker` (empty where the file has none); false when the class doesn't know it.
+  /// One group of the section behind `marker` (empty where the file has none); false when the class doesn't
+  /// know it.
   virtual bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver);
   /// All groups of one section. By default each goes to dxfInGroup, and what isn't known there is kept.
-  virtual void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups, KvDxfResolver& resolver);
+  virtual void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
+                            KvDxfResolver& resolver);
   /// Called once when all groups of the object have been read.
   virtual void dxfInEnd(KvDxfResolver& resolver);
 
@@ -87,11 +91,12 @@ class KvDbObject : public KvRxObject {
   /// Reads an object's groups, those behind its type. Handle and owner are the caller's business.
   void dxfIn(std::span<const KvDxfGroup> groups, KvDxfResolver& resolver);
 
-  /// Extended data of one application (null: of all) as a chain beginning with 1001, owned by the caller; null when there are none.
+  /// Extended data of one application (null: of all) as a chain beginning with 1001, owned by the caller;
+  /// null when there are none.
   resbuf* xData(const wchar_t* application = nullptr) const;
-  /// Replaces by application: an application in the chain replaces its old data (a bare 1001 removes them), others stay. -3 nodes are
-  /// stepped over; of an application that stands twice the later part holds. eRegappNotFound, eInvalidInput (a group before the first
-  /// 1001 or of no kind), with nothing changed.
+  /// Replaces by application: an application in the chain replaces its old data (a bare 1001 removes them),
+  /// others stay. -3 nodes are stepped over; of an application that stands twice the later part holds.
+  /// eRegappNotFound, eInvalidInput (a group before the first 1001 or of no kind), with nothing changed.
   Kvad::ErrorStatus setXData(const resbuf* chain);
 
   KvDbObjectId extensionDictionary() const;
@@ -111,13 +116,16 @@ class KvDbObject : public KvRxObject {
   virtual Kvad::ErrorStatus subErase(bool erasing);
   friend void kvdbDxfOut(const KvDbObject& object, std::span<const KvDbField> fields, KvDxfWriter& writer);
   std::vector<KvDbUnknownSection>& editUnknownSections();
-  /// Handle, the applications' blocks and owner; then, behind the fields, sections that the class doesn't know and extended data.
+  /// Handle, the applications' blocks and owner; then, behind the fields, sections that the class doesn't
+  /// know and extended data.
   void dxfOutIdentity(KvDxfWriter& writer) const;
   void dxfOutRest(KvDxfWriter& writer) const;
   /// Keeps a group of a section that this class doesn't know.
   void keepUnknown(std::wstring_view marker, const KvDxfGroup& group);
   /// Keeps the groups of a whole section whose marker the class doesn't know.
-  void keepSection(std::span<const KvDxfGroup> groups) { editUnknownSections().back().groups = KvDbGroupList(groups); }
+  void keepSection(std::span<const KvDxfGroup> groups) {
+    editUnknownSections().back().groups = KvDbGroupList(groups);
+  }
   /// Writes what is kept of a section behind its known fields.
   void writeUnknown(KvDxfWriter& writer, std::wstring_view marker) const;
 
@@ -145,8 +153,10 @@ class KvDbProxyObject : public KvDbObject {
   std::wstring_view fileTypeView() const override { return type_.view(); }
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;
-  void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) override;
-  /// For repairs: the value of the first kept group of a code, a handle, behind a marker; nothing when there is none.
+  void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
+                    KvDxfResolver& resolver) override;
+  /// For repairs: the value of the first kept group of a code, a handle, behind a marker; nothing when there
+  /// is none.
   std::optional<std::int64_t> handleBehind(std::wstring_view marker, int code) const;
   void setHandleBehind(std::wstring_view marker, int code, std::int64_t handle);
 
@@ -156,7 +166,8 @@ class KvDbProxyObject : public KvDbObject {
 
 /// Opens the object of an id. Failures: eNullObjectId, eWasErased (unless `openErased`), eWasOpenForWrite,
 /// eWasOpenForRead (when write is asked), eUnknownHandle for an id without an object.
-Kvad::ErrorStatus kvdbOpenAny(KvDbObject*& object, KvDbObjectId id, KvDb::OpenMode mode, bool openErased = false);
+Kvad::ErrorStatus kvdbOpenAny(KvDbObject*& object, KvDbObjectId id, KvDb::OpenMode mode,
+                              bool openErased = false);
 
 /// The same with a class: eNotThatKindOfClass, and the object stays closed, when it is of another one.
 template <class T>
@@ -177,33 +188,33 @@ CString kvdbRecordName(KvDbObjectId id);
 std::wstring_view kvdbRecordNameView(KvDbObjectId id);
 
 /// In a class whose fields stand in a table `kFields` of KvDbField rows: the four calls that follow from it.
-#define KVDB_FIELDS_DECLARE                                                                                          \
- public:                                                                                                             \
-  void dwgOutFields(KvDbDwgFiler& filer) const override;                                                             \
-  void dwgInFields(KvDbDwgFiler& filer) override;                                                                    \
-  void dxfOutFields(KvDxfWriter& writer) const override;                                                             \
-  bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;              \
-  bool knowsMarker(std::wstring_view marker) const override;                                                         \
-                                                                                                                     \
- private:                                                                                                            \
+#define KVDB_FIELDS_DECLARE                                                                             \
+ public:                                                                                                \
+  void dwgOutFields(KvDbDwgFiler& filer) const override;                                                \
+  void dwgInFields(KvDbDwgFiler& filer) override;                                                       \
+  void dxfOutFields(KvDxfWriter& writer) const override;                                                \
+  bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override; \
+  bool knowsMarker(std::wstring_view marker) const override;                                            \
+                                                                                                        \
+ private:                                                                                               \
   static const KvDbField kFields[];
 
-#define KVDB_FIELDS_DEFINE(type, base)                                                                               \
-  void type::dwgOutFields(KvDbDwgFiler& filer) const {                                                               \
-    base::dwgOutFields(filer);                                                                                       \
-    kvdbDwgOut(*this, kFields, filer);                                                                               \
-  }                                                                                                                  \
-  void type::dwgInFields(KvDbDwgFiler& filer) {                                                                      \
-    base::dwgInFields(filer);                                                                                        \
-    kvdbDwgIn(*this, kFields, filer);                                                                                \
-  }                                                                                                                  \
-  void type::dxfOutFields(KvDxfWriter& writer) const {                                                               \
-    base::dxfOutFields(writer);                                                                                      \
-    kvdbDxfOut(*this, kFields, writer);                                                                              \
-  }                                                                                                                  \
-  bool type::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) {                \
-    return kvdbDxfIn(*this, kFields, group, marker, resolver) || base::dxfInGroup(group, marker, resolver);          \
-  }                                                                                                                  \
-  bool type::knowsMarker(std::wstring_view marker) const {                                                           \
-    return kvdbHasMarker(kFields, marker) || base::knowsMarker(marker);                                              \
+#define KVDB_FIELDS_DEFINE(type, base)                                                                      \
+  void type::dwgOutFields(KvDbDwgFiler& filer) const {                                                      \
+    base::dwgOutFields(filer);                                                                              \
+    kvdbDwgOut(*this, kFields, filer);                                                                      \
+  }                                                                                                         \
+  void type::dwgInFields(KvDbDwgFiler& filer) {                                                             \
+    base::dwgInFields(filer);                                                                               \
+    kvdbDwgIn(*this, kFields, filer);                                                                       \
+  }                                                                                                         \
+  void type::dxfOutFields(KvDxfWriter& writer) const {                                                      \
+    base::dxfOutFields(writer);                                                                             \
+    kvdbDxfOut(*this, kFields, writer);                                                                     \
+  }                                                                                                         \
+  bool type::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) {       \
+    return kvdbDxfIn(*this, kFields, group, marker, resolver) || base::dxfInGroup(group, marker, resolver); \
+  }                                                                                                         \
+  bool type::knowsMarker(std::wstring_view marker) const {                                                  \
+    return kvdbHasMarker(kFields, marker) || base::knowsMarker(marker);                                     \
   }

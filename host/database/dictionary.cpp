@@ -8,10 +8,12 @@ KVRX_DEFINE(KvDbDictionary, KvDbObject, L"DICTIONARY")
 KVRX_DEFINE(KvDbXrecord, KvDbObject, L"XRECORD")
 KVRX_DEFINE(KvDbGroup, KvDbObject, L"GROUP")
 
-// --- Dictionaries --------------------------------------------------------------------------------------------------------------
+// --- Dictionaries
+// --------------------------------------------------------------------------------------------------------------
 
 std::vector<KvDbDictionary::Entry>::iterator KvDbDictionary::find(const wchar_t* name) {
-  return std::find_if(entries_.begin(), entries_.end(), [&](const Entry& entry) { return entry.name.CompareNoCase(name) == 0; });
+  return std::find_if(entries_.begin(), entries_.end(),
+                      [&](const Entry& entry) { return entry.name.CompareNoCase(name) == 0; });
 }
 
 Kvad::ErrorStatus KvDbDictionary::getAt(const wchar_t* name, KvDbObjectId& id) const {
@@ -58,7 +60,9 @@ Kvad::ErrorStatus KvDbDictionary::remove(const wchar_t* name) {
   return Kvad::eOk;
 }
 
-Kvad::ErrorStatus KvDbDictionary::remove(KvDbObjectId id) { return remove(nameAt(id)); }
+Kvad::ErrorStatus KvDbDictionary::remove(KvDbObjectId id) {
+  return remove(nameAt(id));
+}
 
 CString KvDbDictionary::nameAt(KvDbObjectId id) const {
   for (const Entry& entry : entries_)
@@ -66,11 +70,14 @@ CString KvDbDictionary::nameAt(KvDbObjectId id) const {
   return CString();
 }
 
-int KvDbDictionary::numEntries() const { return static_cast<int>(entries().size()); }
+int KvDbDictionary::numEntries() const {
+  return static_cast<int>(entries().size());
+}
 
 std::vector<KvDbDictionary::Entry> KvDbDictionary::entries() const {
   std::vector<Entry> list;
-  std::copy_if(entries_.begin(), entries_.end(), std::back_inserter(list), [](const Entry& entry) { return entry.id.isValid(); });
+  std::copy_if(entries_.begin(), entries_.end(), std::back_inserter(list),
+               [](const Entry& entry) { return entry.id.isValid(); });
   return list;
 }
 
@@ -84,7 +91,9 @@ std::vector<CString> KvDbDictionary::dropDangling() {
   return dropped;
 }
 
-std::unique_ptr<KvDbDictionaryIterator> KvDbDictionary::newIterator() const { return std::make_unique<KvDbDictionaryIterator>(entries()); }
+std::unique_ptr<KvDbDictionaryIterator> KvDbDictionary::newIterator() const {
+  return std::make_unique<KvDbDictionaryIterator>(entries());
+}
 
 void KvDbDictionary::dwgOutFields(KvDbDwgFiler& filer) const {
   KvDbObject::dwgOutFields(filer);
@@ -94,7 +103,8 @@ void KvDbDictionary::dwgOutFields(KvDbDwgFiler& filer) const {
   for (const Entry& entry : entries_) {
     filer.writeString(entry.name);
     filer.writeBool(entry.isHard);
-    filer.writeId(entry.id, entry.isHard || isHardOwner_ ? KvDbReference::HardOwnership : KvDbReference::SoftOwnership);
+    filer.writeId(entry.id,
+                  entry.isHard || isHardOwner_ ? KvDbReference::HardOwnership : KvDbReference::SoftOwnership);
   }
 }
 
@@ -106,11 +116,14 @@ void KvDbDictionary::dwgInFields(KvDbDwgFiler& filer) {
   for (Entry& entry : entries_) {
     entry.name = filer.readString();
     entry.isHard = filer.readBool();
-    entry.id = filer.readId(entry.isHard || isHardOwner_ ? KvDbReference::HardOwnership : KvDbReference::SoftOwnership);
+    entry.id = filer.readId(entry.isHard || isHardOwner_ ? KvDbReference::HardOwnership
+                                                         : KvDbReference::SoftOwnership);
   }
 }
 
-bool KvDbDictionary::knowsMarker(std::wstring_view marker) const { return marker == L"AcDbDictionary"; }
+bool KvDbDictionary::knowsMarker(std::wstring_view marker) const {
+  return marker == L"AcDbDictionary";
+}
 
 void KvDbDictionary::dxfOutFields(KvDxfWriter& writer) const {
   KvDbObject::dxfOutFields(writer);
@@ -128,18 +141,29 @@ void KvDbDictionary::dxfOutFields(KvDxfWriter& writer) const {
 bool KvDbDictionary::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) {
   if (!marker.empty() && marker != L"AcDbDictionary") return false;
   switch (group.code) {
-    case 280: isHardOwner_ = group.integer != 0; return true;
-    case 281: mergeStyle_ = static_cast<std::int16_t>(group.integer); return true;
-    case 3: pendingName_ = CString(group.text); return true;
-    case 350: case 360: case 330: case 340:
+    case 280:
+      isHardOwner_ = group.integer != 0;
+      return true;
+    case 281:
+      mergeStyle_ = static_cast<std::int16_t>(group.integer);
+      return true;
+    case 3:
+      pendingName_ = CString(group.text);
+      return true;
+    case 350:
+    case 360:
+    case 330:
+    case 340:
       entries_.push_back({pendingName_, resolver.object(group.integer), group.code == 360});
       pendingName_.Empty();
       return true;
-    default: return false;
+    default:
+      return false;
   }
 }
 
-// --- Records of free groups ----------------------------------------------------------------------------------------------------
+// --- Records of free groups
+// ----------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -178,7 +202,9 @@ void KvDbXrecord::dwgInFields(KvDbDwgFiler& filer) {
   groups_ = kvdbReadGroups(filer);
 }
 
-bool KvDbXrecord::knowsMarker(std::wstring_view marker) const { return marker == kXrecordMarker; }
+bool KvDbXrecord::knowsMarker(std::wstring_view marker) const {
+  return marker == kXrecordMarker;
+}
 
 void KvDbXrecord::dxfOutFields(KvDxfWriter& writer) const {
   KvDbObject::dxfOutFields(writer);
@@ -199,7 +225,8 @@ bool KvDbXrecord::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, 
   return true;
 }
 
-// --- Groups of entities --------------------------------------------------------------------------------------------------------
+// --- Groups of entities
+// --------------------------------------------------------------------------------------------------------
 
 CString KvDbGroup::getName() const {
   const auto* dictionary = ownerId().stub() ? KvDbDictionary::cast(ownerId().stub()->object) : nullptr;
@@ -259,7 +286,9 @@ void KvDbGroup::dwgInFields(KvDbDwgFiler& filer) {
   for (std::uint32_t i = 0; i < count; ++i) members_.append(filer.readId(KvDbReference::HardPointer));
 }
 
-bool KvDbGroup::knowsMarker(std::wstring_view marker) const { return marker == L"AcDbGroup"; }
+bool KvDbGroup::knowsMarker(std::wstring_view marker) const {
+  return marker == L"AcDbGroup";
+}
 
 void KvDbGroup::dxfOutFields(KvDxfWriter& writer) const {
   KvDbObject::dxfOutFields(writer);
@@ -275,10 +304,19 @@ void KvDbGroup::dxfOutFields(KvDxfWriter& writer) const {
 bool KvDbGroup::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) {
   if (!marker.empty() && marker != L"AcDbGroup") return false;
   switch (group.code) {
-    case 300: description_ = CString(group.text); return true;
-    case 70: isUnnamed_ = group.integer != 0; return true;
-    case 71: isSelectable_ = group.integer != 0; return true;
-    case 340: members_.append(resolver.object(group.integer)); return true;
-    default: return false;
+    case 300:
+      description_ = CString(group.text);
+      return true;
+    case 70:
+      isUnnamed_ = group.integer != 0;
+      return true;
+    case 71:
+      isSelectable_ = group.integer != 0;
+      return true;
+    case 340:
+      members_.append(resolver.object(group.integer));
+      return true;
+    default:
+      return false;
   }
 }

@@ -21,8 +21,8 @@ class KvDbDictionary : public KvDbObject {
   /// eKeyNotFound.
   Kvad::ErrorStatus getAt(const wchar_t* name, KvDbObjectId& id) const;
   bool has(const wchar_t* name) const;
-  /// Takes the object over under that name, in place of an object that had it (which is erased). The object must be in no drawing yet; it
-  /// is open for write afterwards. eInvalidName, eNullObjectPointer.
+  /// Takes the object over under that name, in place of an object that had it (which is erased). The object
+  /// must be in no drawing yet; it is open for write afterwards. eInvalidName, eNullObjectPointer.
   Kvad::ErrorStatus setAt(const wchar_t* name, KvDbObject* object, KvDbObjectId& id);
   /// The name goes, the object is left as it is. eKeyNotFound.
   Kvad::ErrorStatus remove(const wchar_t* name);
@@ -55,7 +55,8 @@ class KvDbDictionary : public KvDbObject {
 
 class KvDbDictionaryIterator {
  public:
-  explicit KvDbDictionaryIterator(std::vector<KvDbDictionary::Entry> entries) : entries_(std::move(entries)) {}
+  explicit KvDbDictionaryIterator(std::vector<KvDbDictionary::Entry> entries)
+      : entries_(std::move(entries)) {}
   bool done() const { return at_ >= entries_.size(); }
   void next() { ++at_; }
   const wchar_t* name() const { return entries_[at_].name; }
@@ -72,7 +73,8 @@ class KvDbXrecord : public KvDbObject {
  public:
   /// The content as a chain owned by the caller; null when it is empty.
   Kvad::ErrorStatus rbChain(resbuf** chain) const;
-  /// Replaces the content by a copy of the chain. eInvalidInput for a code that no record can hold, with nothing changed.
+  /// Replaces the content by a copy of the chain. eInvalidInput for a code that no record can hold, with
+  /// nothing changed.
   Kvad::ErrorStatus setFromRbChain(const resbuf& chain);
 
   void dwgOutFields(KvDbDwgFiler& filer) const override;

@@ -1,8 +1,9 @@
 #pragma once
-// The group-code filer: an object's state as the groups of a drawing file (code and value), for files and for chains of resbuf.
+// The group-code filer: an object's state as the groups of a drawing file (code and value), for files and for
+// chains of resbuf.
 //
-// A writer is handed groups in their order. A reader hands out one object's groups: points come whole (10, 20, 30 as one group 10).
-// Angles are in degrees on this side, as in files.
+// A writer is handed groups in their order. A reader hands out one object's groups: points come whole (10,
+// 20, 30 as one group 10). Angles are in degrees on this side, as in files.
 #include <cstdint>
 #include <span>
 #include <string>
@@ -19,7 +20,8 @@ enum class KvDxfKind : std::uint8_t { Text, Point, Real, Int16, Int32, Int64, Bo
 /// The kind that follows a group code, also for the codes of extended data. Unknown codes count as text.
 KvDxfKind kvdxfKind(int code);
 
-/// One group. Texts are wide and belong to whoever made the group; the reader's live as long as the object is being read.
+/// One group. Texts are wide and belong to whoever made the group; the reader's live as long as the object is
+/// being read.
 struct KvDxfGroup {
   std::int16_t code = 0;
   KvDxfKind kind = KvDxfKind::Text;
@@ -32,7 +34,8 @@ struct KvDxfGroup {
   int asInt() const { return static_cast<int>(integer); }
 };
 
-/// Degrees and back without loss: of the numbers of degrees that give these radians, the one with the fewest digits.
+/// Degrees and back without loss: of the numbers of degrees that give these radians, the one with the fewest
+/// digits.
 double kvdxfDegrees(double radians);
 double kvdxfRadians(double degrees);
 
@@ -48,7 +51,8 @@ class KvDxfWriter {
   virtual void point(int code, const KvGePoint3d& value) = 0;
   virtual void point2d(int code, const KvGePoint2d& value) = 0;
   virtual void binary(int code, std::span<const std::uint8_t> bytes) = 0;
-  /// True where objects have subclass markers, handles and references (every form but the oldest file version).
+  /// True where objects have subclass markers, handles and references (every form but the oldest file
+  /// version).
   virtual bool hasMarkers() const { return true; }
   /// True when the groups go to a chain of resbuf, whose entity records leave some groups out.
   virtual bool isForChain() const { return false; }
@@ -56,7 +60,8 @@ class KvDxfWriter {
   void handle(int code, KvDbObjectId id) { handleValue(code, id.handle().value()); }
   /// A subclass marker, where the form has them.
   void marker(std::wstring_view name);
-  /// What was done for the present object: the marker written last, and the sections whose kept groups are written.
+  /// What was done for the present object: the marker written last, and the sections whose kept groups are
+  /// written.
   void beginObject();
   std::wstring_view lastMarker() const { return lastMarker_; }
   void noteFlushed(std::wstring_view marker) { flushed_.push_back(marker); }
@@ -91,7 +96,8 @@ class KvDxfResolver {
 /// One object's groups, in order.
 class KvDxfReader {
  public:
-  KvDxfReader(std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) : groups_(groups), resolver_(resolver) {}
+  KvDxfReader(std::span<const KvDxfGroup> groups, KvDxfResolver& resolver)
+      : groups_(groups), resolver_(resolver) {}
   KvDxfResolver& resolver() { return resolver_; }
 
   bool atEnd() const { return at_ >= groups_.size(); }

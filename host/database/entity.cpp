@@ -111,8 +111,12 @@ void KvDbEntity::setPropertiesFrom(const KvDbEntity* other) {
   invisible_ = other->invisible_;
 }
 
-Kvad::ErrorStatus KvDbEntity::getGeomExtents(KvDbExtents&) const { return Kvad::eInvalidExtents; }
-Kvad::ErrorStatus KvDbEntity::transformBy(const KvGeMatrix3d&) { return Kvad::eNotApplicable; }
+Kvad::ErrorStatus KvDbEntity::getGeomExtents(KvDbExtents&) const {
+  return Kvad::eInvalidExtents;
+}
+Kvad::ErrorStatus KvDbEntity::transformBy(const KvGeMatrix3d&) {
+  return Kvad::eNotApplicable;
+}
 
 void KvDbProxyEntity::dwgOutFields(KvDbDwgFiler& filer) const {
   KvDbEntity::dwgOutFields(filer);
@@ -124,7 +128,8 @@ void KvDbProxyEntity::dwgInFields(KvDbDwgFiler& filer) {
   type_ = KvDbSharedText(filer.readString().view());
 }
 
-void KvDbProxyEntity::dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) {
+void KvDbProxyEntity::dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
+                                   KvDxfResolver& resolver) {
   if (marker.empty() || knowsMarker(marker))
     KvDbEntity::dxfInSection(marker, groups, resolver);
   else

@@ -1,6 +1,6 @@
 #pragma once
-// What all entities share: layer, linetype, colour, line weight, visibility; entities that own others; and entities of types that the
-// host doesn't model.
+// What all entities share: layer, linetype, colour, line weight, visibility; entities that own others; and
+// entities of types that the host doesn't model.
 #include "host/database/dbobject.h"
 #include "host/database/fields.h"
 #include "host/database/tables.h"
@@ -71,7 +71,8 @@ class KvDbEntity : public KvDbObject {
   std::int16_t invisible_ = 0;
 };
 
-/// An entity of a type that the host doesn't model. Its groups are kept whole; layer, colour and the like can be asked and set.
+/// An entity of a type that the host doesn't model. Its groups are kept whole; layer, colour and the like can
+/// be asked and set.
 class KvDbProxyEntity : public KvDbEntity {
   KVRX_DECLARE(KvDbProxyEntity)
  public:
@@ -81,15 +82,16 @@ class KvDbProxyEntity : public KvDbEntity {
   std::wstring_view fileTypeView() const override { return type_.view(); }
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;
-  void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) override;
+  void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
+                    KvDxfResolver& resolver) override;
   void dxfInEnd(KvDxfResolver& resolver) override;
 
  private:
   KvDbSharedText type_;
 };
 
-/// An entity that owns a row of others, closed by an end mark: a polyline of the old kind with its vertices, a block reference with its
-/// attributes. Unmodelled types serve with their groups kept.
+/// An entity that owns a row of others, closed by an end mark: a polyline of the old kind with its vertices,
+/// a block reference with its attributes. Unmodelled types serve with their groups kept.
 class KvDbSequenceEntity : public KvDbProxyEntity {
   KVRX_DECLARE(KvDbSequenceEntity)
  public:

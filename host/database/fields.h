@@ -1,5 +1,6 @@
 #pragma once
-// Declarative fields: one row for each, from which writing and reading follow, in files, in copies and in undo.
+// Declarative fields: one row for each, from which writing and reading follow, in files, in copies and in
+// undo.
 #include <cstdint>
 #include <span>
 
@@ -24,14 +25,30 @@ class KvDbAngle {
   double degrees_ = 0;
 };
 
-/// One field of a class, or a subclass marker between fields. A marker may come twice: its groups may then stand in either place.
+/// One field of a class, or a subclass marker between fields. A marker may come twice: its groups may then
+/// stand in either place.
 struct KvDbField {
   enum class Type : std::uint8_t {
-    Marker, Section, Real,
+    Marker,
+    Section,
+    Real,
     Angle,  ///< a KvDbAngle
-    Int16, Int32, UInt8, Bool, Point, Vector, Text,
-    SoftPointer, HardPointer, SoftOwner, HardOwner,
-    LayerName, LinetypeName, TextStyleName, DimStyleName, BlockName,  ///< a record that files name
+    Int16,
+    Int32,
+    UInt8,
+    Bool,
+    Point,
+    Vector,
+    Text,
+    SoftPointer,
+    HardPointer,
+    SoftOwner,
+    HardOwner,
+    LayerName,
+    LinetypeName,
+    TextStyleName,
+    DimStyleName,
+    BlockName,  ///< a record that files name
   };
   /// When the field is written to a file.
   enum class Write : std::uint8_t { Always, UnlessDefault };
@@ -63,10 +80,13 @@ struct KvDbMemberOf<M C::*> {
 
 /// A row for a data member. `standard` is its default. `Class` is named where the member is a base's.
 template <auto Member, class Class = typename KvDbMemberOf<decltype(Member)>::Class>
-constexpr KvDbField kvdbField(KvDbField::Type type, int code, KvDbField::Write write = KvDbField::Write::Always, double standard = 0,
+constexpr KvDbField kvdbField(KvDbField::Type type, int code,
+                              KvDbField::Write write = KvDbField::Write::Always, double standard = 0,
                               double lowest = 0, double highest = 0) {
-  return {type, write, static_cast<std::int16_t>(code), standard, nullptr,
-          [](KvDbObject& object) -> void* { return &(static_cast<Class&>(object).*Member); }, lowest, highest};
+  return {
+      type,     write,   static_cast<std::int16_t>(code),
+      standard, nullptr, [](KvDbObject& object) -> void* { return &(static_cast<Class&>(object).*Member); },
+      lowest,   highest};
 }
 
 using KvDbFields = std::span<const KvDbField>;
@@ -76,5 +96,7 @@ void kvdbDwgIn(KvDbObject& object, KvDbFields fields, KvDbDwgFiler& filer);
 void kvdbDxfOut(const KvDbObject& object, KvDbFields fields, KvDxfWriter& writer);
 /// Whether a row names the marker.
 bool kvdbHasMarker(KvDbFields fields, std::wstring_view marker);
-/// Takes one group into the field of its code; false when no row has the code behind that marker (behind any, when it is empty).
-bool kvdbDxfIn(KvDbObject& object, KvDbFields fields, const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver);
+/// Takes one group into the field of its code; false when no row has the code behind that marker (behind any,
+/// when it is empty).
+bool kvdbDxfIn(KvDbObject& object, KvDbFields fields, const KvDxfGroup& group, std::wstring_view marker,
+               KvDxfResolver& resolver);

@@ -1,8 +1,8 @@
 #pragma once
 // The typed binary filer: how an object's state passes into memory and back, for copies, undo and snapshots.
 //
-// A class writes its state in dwgOutFields and reads it in dwgInFields, in the same order. Ids are written by the kind of their
-// reference, so that copying can tell what an object owns and what it only points to.
+// A class writes its state in dwgOutFields and reads it in dwgInFields, in the same order. Ids are written by
+// the kind of their reference, so that copying can tell what an object owns and what it only points to.
 #include <cstdint>
 #include <cstring>
 #include <span>
@@ -113,11 +113,12 @@ class KvDbMemoryFiler : public KvDbDwgFiler {
 /// Old id to new id.
 using KvDbIdMap = std::unordered_map<KvDbObjectId, KvDbObjectId>;
 
-/// A memory filer that hands every id through a map while it reads. An id that the map lacks stays, or becomes null when it belongs to
-/// another drawing than `target`.
+/// A memory filer that hands every id through a map while it reads. An id that the map lacks stays, or
+/// becomes null when it belongs to another drawing than `target`.
 class KvDbTranslatingFiler : public KvDbMemoryFiler {
  public:
-  KvDbTranslatingFiler(const KvDbIdMap& map, const KvDbDatabase* target) : KvDbMemoryFiler(Purpose::Copy), map_(map), target_(target) {}
+  KvDbTranslatingFiler(const KvDbIdMap& map, const KvDbDatabase* target)
+      : KvDbMemoryFiler(Purpose::Copy), map_(map), target_(target) {}
   KvDbObjectId readId(KvDbReference reference) override;
 
  private:

@@ -20,17 +20,22 @@ struct Head {
 static_assert(sizeof(Head) == sizeof(wchar_t));
 
 constexpr std::uint8_t kDimensions = 0x0F;
-constexpr std::uint8_t kHasZ = 0x10;   // of points
+constexpr std::uint8_t kHasZ = 0x10;    // of points
 constexpr std::uint8_t kIsWide = 0x20;  // of whole numbers: eight bytes
 
 constexpr std::size_t kWordsOfDouble = 2;
 
-Head headAt(const wchar_t* at) { return std::bit_cast<Head>(*at); }
+Head headAt(const wchar_t* at) {
+  return std::bit_cast<Head>(*at);
+}
 
 Head headOf(const KvDxfGroup& group) {
   Head head{group.code, group.kind, static_cast<std::uint8_t>(group.dimensions & kDimensions)};
   switch (group.kind) {
-    case KvDxfKind::Text: case KvDxfKind::Binary: case KvDxfKind::Real: break;
+    case KvDxfKind::Text:
+    case KvDxfKind::Binary:
+    case KvDxfKind::Real:
+      break;
     case KvDxfKind::Point:
       if (group.dimensions != 2 || group.point.z != 0) head.shape |= kHasZ;
       break;
@@ -44,21 +49,29 @@ Head headOf(const KvDxfGroup& group) {
 /// The words of a group, its head included; `length` is a text's.
 std::size_t wordsOf(Head head, std::size_t length) {
   switch (head.kind) {
-    case KvDxfKind::Text: case KvDxfKind::Binary: return 2 + length;
-    case KvDxfKind::Real: return 1 + kWordsOfDouble;
-    case KvDxfKind::Point: return 1 + kWordsOfDouble * (head.shape & kHasZ ? 3 : 2);
-    default: return head.shape & kIsWide ? 3 : 2;
+    case KvDxfKind::Text:
+    case KvDxfKind::Binary:
+      return 2 + length;
+    case KvDxfKind::Real:
+      return 1 + kWordsOfDouble;
+    case KvDxfKind::Point:
+      return 1 + kWordsOfDouble * (head.shape & kHasZ ? 3 : 2);
+    default:
+      return head.shape & kIsWide ? 3 : 2;
   }
 }
 
 void write(wchar_t* at, const KvDxfGroup& group, Head head) {
   *at++ = std::bit_cast<wchar_t>(head);
   switch (group.kind) {
-    case KvDxfKind::Text: case KvDxfKind::Binary:
+    case KvDxfKind::Text:
+    case KvDxfKind::Binary:
       *at++ = static_cast<wchar_t>(group.text.size());
       std::copy(group.text.begin(), group.text.end(), at);
       break;
-    case KvDxfKind::Real: std::memcpy(at, &group.point.x, sizeof(double)); break;
+    case KvDxfKind::Real:
+      std::memcpy(at, &group.point.x, sizeof(double));
+      break;
     case KvDxfKind::Point: {
       const double coordinates[] = {group.point.x, group.point.y, group.point.z};
       std::memcpy(at, coordinates, sizeof(double) * (head.shape & kHasZ ? 3 : 2));
@@ -74,7 +87,8 @@ void write(wchar_t* at, const KvDxfGroup& group, Head head) {
 }
 
 std::size_t textLength(Head head, const wchar_t* at) {
-  return head.kind == KvDxfKind::Text || head.kind == KvDxfKind::Binary ? static_cast<std::uint32_t>(at[1]) : 0;
+  return head.kind == KvDxfKind::Text || head.kind == KvDxfKind::Binary ? static_cast<std::uint32_t>(at[1])
+                                                                        : 0;
 }
 
 }  // namespace
@@ -87,8 +101,13 @@ KvDxfGroup KvDbGroupList::Iterator::operator*() const {
   group.kind = head.kind;
   group.dimensions = head.shape & kDimensions;
   switch (head.kind) {
-    case KvDxfKind::Text: case KvDxfKind::Binary: group.text = {value + 1, textLength(head, at_)}; break;
-    case KvDxfKind::Real: std::memcpy(&group.point.x, value, sizeof(double)); break;
+    case KvDxfKind::Text:
+    case KvDxfKind::Binary:
+      group.text = {value + 1, textLength(head, at_)};
+      break;
+    case KvDxfKind::Real:
+      std::memcpy(&group.point.x, value, sizeof(double));
+      break;
     case KvDxfKind::Point: {
       double coordinates[3] = {};
       std::memcpy(coordinates, value, sizeof(double) * (head.shape & kHasZ ? 3 : 2));
@@ -125,7 +144,9 @@ KvDbGroupList::KvDbGroupList(const KvDbGroupList& other) {
 }
 
 KvDbGroupList::KvDbGroupList(KvDbGroupList&& other) noexcept
-    : words_(std::move(other.words_)), used_(std::exchange(other.used_, 0)), capacity_(std::exchange(other.capacity_, 0)) {}
+    : words_(std::move(other.words_)),
+      used_(std::exchange(other.used_, 0)),
+      capacity_(std::exchange(other.capacity_, 0)) {}
 
 KvDbGroupList& KvDbGroupList::operator=(KvDbGroupList other) noexcept {
   words_ = std::move(other.words_);
@@ -134,7 +155,9 @@ KvDbGroupList& KvDbGroupList::operator=(KvDbGroupList other) noexcept {
   return *this;
 }
 
-std::uint32_t KvDbGroupList::count() const { return static_cast<std::uint32_t>(std::distance(begin(), end())); }
+std::uint32_t KvDbGroupList::count() const {
+  return static_cast<std::uint32_t>(std::distance(begin(), end()));
+}
 
 void KvDbGroupList::reserve(std::size_t words) {
   if (words <= capacity_) return;
@@ -148,7 +171,9 @@ void KvDbGroupList::reserve(std::size_t words) {
 void KvDbGroupList::append(const KvDxfGroup& group) {
   const Head head = headOf(group);
   const std::size_t words = used_ + wordsOf(head, group.text.size());
-  if (words > capacity_) reserve(std::max(words, std::min<std::size_t>(std::size_t{capacity_} * 2, std::numeric_limits<std::uint32_t>::max())));
+  if (words > capacity_)
+    reserve(std::max(
+        words, std::min<std::size_t>(std::size_t{capacity_} * 2, std::numeric_limits<std::uint32_t>::max())));
   write(words_.get() + used_, group, head);
   used_ = static_cast<std::uint32_t>(words);
 }

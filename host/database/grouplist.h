@@ -1,5 +1,6 @@
 #pragma once
-// A row of groups kept as they are, packed into one piece of memory: a group takes a head of four bytes and its value.
+// A row of groups kept as they are, packed into one piece of memory: a group takes a head of four bytes and
+// its value.
 #include <cstdint>
 #include <iterator>
 #include <memory>
@@ -42,7 +43,8 @@ class KvDbGroupList {
   std::uint32_t count() const;
   /// Copies the group. One piece holds at most 16 GiB.
   void append(const KvDxfGroup& group);
-  /// Gives the first group of the code, which is a whole number or a handle, another value. False when there is none.
+  /// Gives the first group of the code, which is a whole number or a handle, another value. False when there
+  /// is none.
   bool setInteger(int code, std::int64_t value);
 
  private:

@@ -37,8 +37,18 @@ bool KvDbHandle::getIntoAsciiBuffer(wchar_t* buffer) const {
   return true;
 }
 
-bool KvDbObjectId::isValid() const { return stub_ && stub_->object && !stub_->isErased; }
-bool KvDbObjectId::isErased() const { return stub_ && stub_->isErased; }
-KvDbHandle KvDbObjectId::handle() const { return stub_ ? KvDbHandle(stub_->handle) : KvDbHandle(); }
-KvDbDatabase* KvDbObjectId::database() const { return stub_ ? stub_->database : nullptr; }
-const KvRxClass* KvDbObjectId::objectClass() const { return stub_ && stub_->object ? stub_->object->isA() : nullptr; }
+bool KvDbObjectId::isValid() const {
+  return stub_ && stub_->object && !stub_->isErased;
+}
+bool KvDbObjectId::isErased() const {
+  return stub_ && stub_->isErased;
+}
+KvDbHandle KvDbObjectId::handle() const {
+  return stub_ ? KvDbHandle(stub_->handle) : KvDbHandle();
+}
+KvDbDatabase* KvDbObjectId::database() const {
+  return stub_ ? stub_->database : nullptr;
+}
+const KvRxClass* KvDbObjectId::objectClass() const {
+  return stub_ && stub_->object ? stub_->object->isA() : nullptr;
+}

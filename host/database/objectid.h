@@ -1,5 +1,6 @@
 #pragma once
-// Handles (the numbers by which objects stand in files) and object ids (how they are named while a drawing is open).
+// Handles (the numbers by which objects stand in files) and object ids (how they are named while a drawing is
+// open).
 #include <compare>
 #include <cstdint>
 #include <functional>
@@ -37,8 +38,8 @@ class KvDbHandle {
   std::uint64_t value_ = 0;
 };
 
-/// Names one object of an open drawing. Trivially copyable; valid as long as the drawing is open, also after the
-/// object was erased.
+/// Names one object of an open drawing. Trivially copyable; valid as long as the drawing is open, also after
+/// the object was erased.
 class KvDbObjectId {
  public:
   constexpr KvDbObjectId() = default;

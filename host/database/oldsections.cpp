@@ -4,7 +4,8 @@
 
 namespace {
 
-/// One section: its marker, and the codes that go there. The last section of a type takes what no other claims.
+/// One section: its marker, and the codes that go there. The last section of a type takes what no other
+/// claims.
 struct Section {
   const wchar_t* marker;
   std::initializer_list<int> codes;
@@ -29,8 +30,14 @@ const Division kDivisions[] = {
     {L"CIRCLE", 0, 0, {{L"AcDbCircle", {}}}},
     {L"ARC", 0, 0, {{L"AcDbCircle", {39, 10, 40, 210}}, {L"AcDbArc", {}}}},
     {L"TEXT", 0, 0, {{L"AcDbText", {39, 10, 40, 1, 50, 41, 51, 7, 71, 72, 11, 210}}, {L"AcDbText", {}}}},
-    {L"ATTRIB", 0, 0, {{L"AcDbText", {39, 10, 40, 1, 50, 41, 51, 7, 71, 72, 11, 210}}, {L"AcDbAttribute", {}}}},
-    {L"ATTDEF", 0, 0, {{L"AcDbText", {39, 10, 40, 1, 50, 41, 51, 7, 71, 72, 11, 210}}, {L"AcDbAttributeDefinition", {}}}},
+    {L"ATTRIB",
+     0,
+     0,
+     {{L"AcDbText", {39, 10, 40, 1, 50, 41, 51, 7, 71, 72, 11, 210}}, {L"AcDbAttribute", {}}}},
+    {L"ATTDEF",
+     0,
+     0,
+     {{L"AcDbText", {39, 10, 40, 1, 50, 41, 51, 7, 71, 72, 11, 210}}, {L"AcDbAttributeDefinition", {}}}},
     {L"POLYLINE", 8, 8, {{L"AcDb3dPolyline", {}}}},
     {L"POLYLINE", 16, 16, {{L"AcDbPolygonMesh", {}}}},
     {L"POLYLINE", 64, 64, {{L"AcDbPolyFaceMesh", {}}}},
@@ -40,13 +47,40 @@ const Division kDivisions[] = {
     {L"VERTEX", 64, 64, {{L"AcDbVertex", {0}}, {L"AcDbPolygonMeshVertex", {}}}},
     {L"VERTEX", 32, 32, {{L"AcDbVertex", {0}}, {L"AcDb3dPolylineVertex", {}}}},
     {L"VERTEX", 0, 0, {{L"AcDbVertex", {0}}, {L"AcDb2dVertex", {}}}},
-    {L"DIMENSION", 0, 7, {{L"AcDbDimension", {2, 10, 11, 70, 1, 71, 72, 41, 42, 53, 51, 210, 3}}, {L"AcDbAlignedDimension", {}}, {L"AcDbRotatedDimension", {0}}}},
-    {L"DIMENSION", 1, 7, {{L"AcDbDimension", {2, 10, 11, 70, 1, 71, 72, 41, 42, 53, 51, 210, 3}}, {L"AcDbAlignedDimension", {}}}},
-    {L"DIMENSION", 2, 7, {{L"AcDbDimension", {2, 10, 11, 70, 1, 71, 72, 41, 42, 53, 51, 210, 3}}, {L"AcDb2LineAngularDimension", {}}}},
-    {L"DIMENSION", 3, 7, {{L"AcDbDimension", {2, 10, 11, 70, 1, 71, 72, 41, 42, 53, 51, 210, 3}}, {L"AcDbDiametricDimension", {}}}},
-    {L"DIMENSION", 4, 7, {{L"AcDbDimension", {2, 10, 11, 70, 1, 71, 72, 41, 42, 53, 51, 210, 3}}, {L"AcDbRadialDimension", {}}}},
-    {L"DIMENSION", 5, 7, {{L"AcDbDimension", {2, 10, 11, 70, 1, 71, 72, 41, 42, 53, 51, 210, 3}}, {L"AcDb3PointAngularDimension", {}}}},
-    {L"DIMENSION", 6, 7, {{L"AcDbDimension", {2, 10, 11, 70, 1, 71, 72, 41, 42, 53, 51, 210, 3}}, {L"AcDbOrdinateDimension", {}}}},
+    {L"DIMENSION",
+     0,
+     7,
+     {{L"AcDbDimension", {2, 10, 11, 70, 1, 71, 72, 41, 42, 53, 51, 210, 3}},
+      {L"AcDbAlignedDimension", {}},
+      {L"AcDbRotatedDimension", {0}}}},
+    {L"DIMENSION",
+     1,
+     7,
+     {{L"AcDbDimension", {2, 10, 11, 70, 1, 71, 72, 41, 42, 53, 51, 210, 3}}, {L"AcDbAlignedDimension", {}}}},
+    {L"DIMENSION",
+     2,
+     7,
+     {{L"AcDbDimension", {2, 10, 11, 70, 1, 71, 72, 41, 42, 53, 51, 210, 3}},
+      {L"AcDb2LineAngularDimension", {}}}},
+    {L"DIMENSION",
+     3,
+     7,
+     {{L"AcDbDimension", {2, 10, 11, 70, 1, 71, 72, 41, 42, 53, 51, 210, 3}},
+      {L"AcDbDiametricDimension", {}}}},
+    {L"DIMENSION",
+     4,
+     7,
+     {{L"AcDbDimension", {2, 10, 11, 70, 1, 71, 72, 41, 42, 53, 51, 210, 3}}, {L"AcDbRadialDimension", {}}}},
+    {L"DIMENSION",
+     5,
+     7,
+     {{L"AcDbDimension", {2, 10, 11, 70, 1, 71, 72, 41, 42, 53, 51, 210, 3}},
+      {L"AcDb3PointAngularDimension", {}}}},
+    {L"DIMENSION",
+     6,
+     7,
+     {{L"AcDbDimension", {2, 10, 11, 70, 1, 71, 72, 41, 42, 53, 51, 210, 3}},
+      {L"AcDbOrdinateDimension", {}}}},
 };
 
 bool claims(const Section& section, int code) {
@@ -70,7 +104,8 @@ std::size_t openSection(const Division& division) {
 }  // namespace
 
 std::vector<KvDbUnknownSection> kvdbDivideOldGroups(std::wstring_view type, const KvDbGroupList& groups) {
-  const auto flags = std::find_if(groups.begin(), groups.end(), [](const KvDxfGroup& group) { return group.code == 70; });
+  const auto flags =
+      std::find_if(groups.begin(), groups.end(), [](const KvDxfGroup& group) { return group.code == 70; });
   const Division* division = divisionOf(type, flags == groups.end() ? 0 : (*flags).asInt());
   std::vector<KvDbUnknownSection> sections;
   if (!division) {

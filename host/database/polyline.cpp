@@ -11,7 +11,8 @@ constexpr const wchar_t* kMarker = L"AcDbPolyline";
 constexpr std::size_t kMostReserved = 1 << 16;  // a count in a file isn't believed further than this
 
 /// Adds the points of an arc segment that reach farthest along the plane's axes.
-void addArcTops(KvDbExtents& extents, const KvGePoint2d& from, const KvGePoint2d& to, double bulge, double z) {
+void addArcTops(KvDbExtents& extents, const KvGePoint2d& from, const KvGePoint2d& to, double bulge,
+                double z) {
   const KvGeVector2d chord = to - from;
   // The centre stands on the chord's middle perpendicular.
   const double offset = (1 - bulge * bulge) / (4 * bulge);
@@ -29,7 +30,8 @@ void addArcTops(KvDbExtents& extents, const KvGePoint2d& from, const KvGePoint2d
 
 }  // namespace
 
-Kvad::ErrorStatus KvDbPolyline::addVertexAt(int index, const KvGePoint2d& point, double bulge, double startWidth, double endWidth) {
+Kvad::ErrorStatus KvDbPolyline::addVertexAt(int index, const KvGePoint2d& point, double bulge,
+                                            double startWidth, double endWidth) {
   if (index < 0 || index > numVerts()) return Kvad::eInvalidIndex;
   assertWriteEnabled();
   Vertex vertex{point, bulge, std::max(startWidth, 0.0), std::max(endWidth, 0.0), 0};
@@ -96,7 +98,8 @@ void KvDbPolyline::setElevation(double elevation) {
 }
 
 bool KvDbPolyline::hasOwnWidths() const {
-  return std::any_of(vertices_.begin(), vertices_.end(), [](const Vertex& v) { return v.startWidth != 0 || v.endWidth != 0; });
+  return std::any_of(vertices_.begin(), vertices_.end(),
+                     [](const Vertex& v) { return v.startWidth != 0 || v.endWidth != 0; });
 }
 
 Kvad::ErrorStatus KvDbPolyline::getConstantWidth(double& width) const {
@@ -105,7 +108,9 @@ Kvad::ErrorStatus KvDbPolyline::getConstantWidth(double& width) const {
     return Kvad::eOk;
   }
   const double first = vertices_.front().startWidth;
-  const bool same = std::all_of(vertices_.begin(), vertices_.end(), [&](const Vertex& v) { return v.startWidth == first && v.endWidth == first; });
+  const bool same = std::all_of(vertices_.begin(), vertices_.end(), [&](const Vertex& v) {
+    return v.startWidth == first && v.endWidth == first;
+  });
   if (!same) return Kvad::eInvalidInput;
   width = first;
   return Kvad::eOk;
@@ -126,12 +131,14 @@ Kvad::ErrorStatus KvDbPolyline::getGeomExtents(KvDbExtents& extents) const {
   KvDbExtents local;
   for (int i = 0; i < numVerts(); ++i) {
     local.addPoint(kvge::spatial(vertex(i).point, elevation_));
-    if (segType(i) == kArc) addArcTops(local, vertex(i).point, vertex((i + 1) % numVerts()).point, vertex(i).bulge, elevation_);
+    if (segType(i) == kArc)
+      addArcTops(local, vertex(i).point, vertex((i + 1) % numVerts()).point, vertex(i).bulge, elevation_);
   }
   // Tight in the world's own plane; elsewhere the box of the plane's box.
   const KvGeMatrix3d toWorld = KvGeMatrix3d::planeToWorld(normal_);
   for (int corner = 0; corner < 8; ++corner)
-    extents.addPoint(toWorld * KvGePoint3d(corner & 1 ? local.maxPoint().x : local.minPoint().x, corner & 2 ? local.maxPoint().y : local.minPoint().y,
+    extents.addPoint(toWorld * KvGePoint3d(corner & 1 ? local.maxPoint().x : local.minPoint().x,
+                                           corner & 2 ? local.maxPoint().y : local.minPoint().y,
                                            corner & 4 ? elevation_ + thickness_ : elevation_));
   return Kvad::eOk;
 }
@@ -194,7 +201,9 @@ void KvDbPolyline::dwgInFields(KvDbDwgFiler& filer) {
   }
 }
 
-bool KvDbPolyline::knowsMarker(std::wstring_view marker) const { return marker == kMarker || KvDbEntity::knowsMarker(marker); }
+bool KvDbPolyline::knowsMarker(std::wstring_view marker) const {
+  return marker == kMarker || KvDbEntity::knowsMarker(marker);
+}
 
 void KvDbPolyline::dxfOutFields(KvDxfWriter& writer) const {
   KvDbEntity::dxfOutFields(writer);
@@ -222,18 +231,36 @@ bool KvDbPolyline::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker,
   if (!marker.empty() && marker != kMarker) return KvDbEntity::dxfInGroup(group, marker, resolver);
   Vertex* last = vertices_.empty() ? nullptr : &vertices_.back();
   switch (group.code) {
-    case 90: vertices_.reserve(std::min(static_cast<std::size_t>(std::max<std::int64_t>(group.integer, 0)), kMostReserved)); return true;
-    case 70: flags_ = static_cast<std::int16_t>(group.integer); return true;
+    case 90:
+      vertices_.reserve(
+          std::min(static_cast<std::size_t>(std::max<std::int64_t>(group.integer, 0)), kMostReserved));
+      return true;
+    case 70:
+      flags_ = static_cast<std::int16_t>(group.integer);
+      return true;
     case 43:
       constantWidth_ = group.real();
       hasConstantWidth_ = true;
       return true;
-    case 38: elevation_ = group.real(); return true;
-    case 39: thickness_ = group.real(); return true;
-    case 10: vertices_.push_back({kvge::planar(group.point), 0, 0, 0, 0}); return true;
-    case 210: normal_ = group.point.asVector(); return true;
-    case 40: case 41: case 42: case 91: break;
-    default: return KvDbEntity::dxfInGroup(group, marker, resolver);
+    case 38:
+      elevation_ = group.real();
+      return true;
+    case 39:
+      thickness_ = group.real();
+      return true;
+    case 10:
+      vertices_.push_back({kvge::planar(group.point), 0, 0, 0, 0});
+      return true;
+    case 210:
+      normal_ = group.point.asVector();
+      return true;
+    case 40:
+    case 41:
+    case 42:
+    case 91:
+      break;
+    default:
+      return KvDbEntity::dxfInGroup(group, marker, resolver);
   }
   if (!last) return false;
   if (group.code == 40) last->startWidth = group.real();

@@ -2,9 +2,9 @@
 // The light polyline: vertices in a plane, straight or curved segments between them, widths.
 #include "host/database/entity.h"
 
-/// Vertices are kept in the coordinates of the polyline's plane (arbitrary-axis rule of drawing files). A bulge is the tangent of a quarter
-/// of the angle that the arc to the next vertex sweeps, positive counter-clockwise; 0 is a straight segment. Indices outside the vertices
-/// answer eInvalidIndex.
+/// Vertices are kept in the coordinates of the polyline's plane (arbitrary-axis rule of drawing files). A
+/// bulge is the tangent of a quarter of the angle that the arc to the next vertex sweeps, positive
+/// counter-clockwise; 0 is a straight segment. Indices outside the vertices answer eInvalidIndex.
 class KvDbPolyline : public KvDbEntity {
   KVRX_DECLARE(KvDbPolyline)
  public:
@@ -17,7 +17,8 @@ class KvDbPolyline : public KvDbEntity {
 
   int numVerts() const { return static_cast<int>(vertices_.size()); }
   /// Inserts before `index`; the number of vertices appends.
-  Kvad::ErrorStatus addVertexAt(int index, const KvGePoint2d& point, double bulge = 0, double startWidth = -1, double endWidth = -1);
+  Kvad::ErrorStatus addVertexAt(int index, const KvGePoint2d& point, double bulge = 0, double startWidth = -1,
+                                double endWidth = -1);
   Kvad::ErrorStatus removeVertexAt(int index);
   /// In world coordinates.
   Kvad::ErrorStatus getPointAt(int index, KvGePoint3d& point) const;
@@ -26,7 +27,8 @@ class KvDbPolyline : public KvDbEntity {
   Kvad::ErrorStatus setPointAt(int index, const KvGePoint2d& point);
   Kvad::ErrorStatus getBulgeAt(int index, double& bulge) const;
   Kvad::ErrorStatus setBulgeAt(int index, double bulge);
-  /// The segment that begins at the vertex; kEmpty behind the last vertex of an open polyline, kPoint for a single vertex.
+  /// The segment that begins at the vertex; kEmpty behind the last vertex of an open polyline, kPoint for a
+  /// single vertex.
   SegType segType(int index) const;
 
   bool isClosed() const { return (flags_ & kClosedFlag) != 0; }

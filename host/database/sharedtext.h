@@ -8,7 +8,8 @@
 class KvDbSharedText {
  public:
   KvDbSharedText() = default;
-  explicit KvDbSharedText(std::wstring_view text) : text_(text.empty() ? nullptr : std::make_shared<const std::wstring>(text)) {}
+  explicit KvDbSharedText(std::wstring_view text)
+      : text_(text.empty() ? nullptr : std::make_shared<const std::wstring>(text)) {}
   std::wstring_view view() const { return text_ ? std::wstring_view(*text_) : std::wstring_view(); }
   bool isEmpty() const { return !text_; }
 

@@ -18,28 +18,43 @@ void setBinary(resbuf& node, const CString& bytes) {
 }
 
 /// A handle as the text that stands in files.
-CString handleText(std::int64_t handle) { return KvDbHandle(static_cast<std::uint64_t>(handle)).toText(); }
+CString handleText(std::int64_t handle) {
+  return KvDbHandle(static_cast<std::uint64_t>(handle)).toText();
+}
 
 resbuf* nodeOf(const KvDbStoredGroup& group, const KvDbDatabase* database) {
   resbuf* node = kvutNewRb(group.code == 0 ? RTDXF0 : group.code);
   if (!node) return nullptr;
   switch (kvutRbKind(group.code)) {
-    case KvRbKind::Text: kvutSetText(node, group.kind == KvDxfKind::Handle ? handleText(group.integer) : group.text); break;
-    case KvRbKind::Real: node->resval.rreal = group.point.x; break;
+    case KvRbKind::Text:
+      kvutSetText(node, group.kind == KvDxfKind::Handle ? handleText(group.integer) : group.text);
+      break;
+    case KvRbKind::Real:
+      node->resval.rreal = group.point.x;
+      break;
     case KvRbKind::Point:
       node->resval.rpoint[0] = group.point.x;
       node->resval.rpoint[1] = group.point.y;
       node->resval.rpoint[2] = group.point.z;
       break;
-    case KvRbKind::Short: node->resval.rint = static_cast<std::int16_t>(group.integer); break;
-    case KvRbKind::Long: node->resval.rlong = static_cast<std::int32_t>(group.integer); break;
-    case KvRbKind::Int64: node->resval.mnLongPtr = group.integer; break;
+    case KvRbKind::Short:
+      node->resval.rint = static_cast<std::int16_t>(group.integer);
+      break;
+    case KvRbKind::Long:
+      node->resval.rlong = static_cast<std::int32_t>(group.integer);
+      break;
+    case KvRbKind::Int64:
+      node->resval.mnLongPtr = group.integer;
+      break;
     case KvRbKind::Name:
       node->resval.rlname[0] = group.integer;
       node->resval.rlname[1] = database ? database->serial() : 0;
       break;
-    case KvRbKind::Binary: setBinary(*node, group.text); break;
-    case KvRbKind::None: break;
+    case KvRbKind::Binary:
+      setBinary(*node, group.text);
+      break;
+    case KvRbKind::None:
+      break;
   }
   return node;
 }
@@ -49,15 +64,24 @@ void writeGroup(KvDbDwgFiler& filer, const KvDxfGroup& group, const KvDbObject& 
   filer.writeUInt8(static_cast<std::uint8_t>(group.kind));
   filer.writeUInt8(group.dimensions);
   switch (group.kind) {
-    case KvDxfKind::Text: case KvDxfKind::Binary: filer.writeString(CString(group.text)); break;
-    case KvDxfKind::Point: case KvDxfKind::Real: filer.writePoint3d(group.point); break;
+    case KvDxfKind::Text:
+    case KvDxfKind::Binary:
+      filer.writeString(CString(group.text));
+      break;
+    case KvDxfKind::Point:
+    case KvDxfKind::Real:
+      filer.writePoint3d(group.point);
+      break;
     case KvDxfKind::Handle: {
       const KvDbHandle handle(static_cast<std::uint64_t>(group.integer));
       filer.writeInt64(group.integer);
-      filer.writeId(owner.database() ? owner.database()->idFromHandle(handle) : KvDbObjectId(), KvDbReference::SoftPointer);
+      filer.writeId(owner.database() ? owner.database()->idFromHandle(handle) : KvDbObjectId(),
+                    KvDbReference::SoftPointer);
       break;
     }
-    default: filer.writeInt64(group.integer); break;
+    default:
+      filer.writeInt64(group.integer);
+      break;
   }
 }
 
@@ -66,26 +90,42 @@ void readGroup(KvDbDwgFiler& filer, KvDbStoredGroup& group) {
   group.kind = static_cast<KvDxfKind>(filer.readUInt8());
   group.dimensions = filer.readUInt8();
   switch (group.kind) {
-    case KvDxfKind::Text: case KvDxfKind::Binary: group.text = filer.readString(); break;
-    case KvDxfKind::Point: case KvDxfKind::Real: group.point = filer.readPoint3d(); break;
+    case KvDxfKind::Text:
+    case KvDxfKind::Binary:
+      group.text = filer.readString();
+      break;
+    case KvDxfKind::Point:
+    case KvDxfKind::Real:
+      group.point = filer.readPoint3d();
+      break;
     case KvDxfKind::Handle: {
       group.integer = filer.readInt64();
       const KvDbObjectId id = filer.readId(KvDbReference::SoftPointer);
       if (!id.isNull()) group.integer = static_cast<std::int64_t>(id.handle().value());
       break;
     }
-    default: group.integer = filer.readInt64(); break;
+    default:
+      group.integer = filer.readInt64();
+      break;
   }
 }
 
 }  // namespace
 
 KvDbStoredGroup::KvDbStoredGroup(const KvDxfGroup& group)
-    : code(group.code), kind(group.kind), dimensions(group.dimensions), point(group.point), integer(group.integer), text(group.text) {}
+    : code(group.code),
+      kind(group.kind),
+      dimensions(group.dimensions),
+      point(group.point),
+      integer(group.integer),
+      text(group.text) {}
 
-KvDxfGroup KvDbStoredGroup::view() const { return {code, kind, dimensions, text.view(), point, integer}; }
+KvDxfGroup KvDbStoredGroup::view() const {
+  return {code, kind, dimensions, text.view(), point, integer};
+}
 
-void kvdbWriteGroups(KvDbDwgFiler& filer, const std::vector<KvDbStoredGroup>& groups, const KvDbObject& owner) {
+void kvdbWriteGroups(KvDbDwgFiler& filer, const std::vector<KvDbStoredGroup>& groups,
+                     const KvDbObject& owner) {
   filer.writeUInt32(static_cast<std::uint32_t>(groups.size()));
   for (const KvDbStoredGroup& group : groups) writeGroup(filer, group.view(), owner);
 }
@@ -129,18 +169,32 @@ bool kvdbStoredGroupOf(const resbuf& node, KvDbStoredGroup& group) {
   switch (kvutRbKind(node.restype)) {
     case KvRbKind::Text:
       group.text = CString(node.resval.rstring);
-      if (group.kind == KvDxfKind::Handle) group.integer = static_cast<std::int64_t>(KvDbHandle(group.text).value());
+      if (group.kind == KvDxfKind::Handle)
+        group.integer = static_cast<std::int64_t>(KvDbHandle(group.text).value());
       return true;
-    case KvRbKind::Real: group.point.x = node.resval.rreal; return true;
-    case KvRbKind::Point: group.point = {node.resval.rpoint[0], node.resval.rpoint[1], node.resval.rpoint[2]}; return true;
-    case KvRbKind::Short: group.integer = node.resval.rint; return true;
-    case KvRbKind::Long: group.integer = node.resval.rlong; return true;
-    case KvRbKind::Int64: group.integer = node.resval.mnLongPtr; return true;
-    case KvRbKind::Name: group.integer = node.resval.rlname[0]; return true;
+    case KvRbKind::Real:
+      group.point.x = node.resval.rreal;
+      return true;
+    case KvRbKind::Point:
+      group.point = {node.resval.rpoint[0], node.resval.rpoint[1], node.resval.rpoint[2]};
+      return true;
+    case KvRbKind::Short:
+      group.integer = node.resval.rint;
+      return true;
+    case KvRbKind::Long:
+      group.integer = node.resval.rlong;
+      return true;
+    case KvRbKind::Int64:
+      group.integer = node.resval.mnLongPtr;
+      return true;
+    case KvRbKind::Name:
+      group.integer = node.resval.rlname[0];
+      return true;
     case KvRbKind::Binary:
       for (int i = 0; i < node.resval.rbinary.clen; ++i)
         group.text += static_cast<wchar_t>(static_cast<unsigned char>(node.resval.rbinary.buf[i]));
       return true;
-    default: return false;
+    default:
+      return false;
   }
 }

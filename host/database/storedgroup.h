@@ -1,5 +1,6 @@
 #pragma once
-// Groups of drawing files that are kept as they are: extended data, records of free groups, what a class doesn't know.
+// Groups of drawing files that are kept as they are: extended data, records of free groups, what a class
+// doesn't know.
 #include <span>
 #include <vector>
 
@@ -24,7 +25,8 @@ struct KvDbStoredGroup {
 };
 
 /// Filing of groups that `owner` holds. References are filed as ids too, so that they follow a copy.
-void kvdbWriteGroups(KvDbDwgFiler& filer, const std::vector<KvDbStoredGroup>& groups, const KvDbObject& owner);
+void kvdbWriteGroups(KvDbDwgFiler& filer, const std::vector<KvDbStoredGroup>& groups,
+                     const KvDbObject& owner);
 std::vector<KvDbStoredGroup> kvdbReadGroups(KvDbDwgFiler& filer);
 void kvdbWriteGroups(KvDbDwgFiler& filer, const KvDbGroupList& groups, const KvDbObject& owner);
 KvDbGroupList kvdbReadGroupList(KvDbDwgFiler& filer);

@@ -32,7 +32,9 @@ void KvDbSymbolTableRecord::dwgInFields(KvDbDwgFiler& filer) {
   if (auto* table = KvDbSymbolTable::cast(ownerId().stub()->object)) table->forgetIndex();
 }
 
-bool KvDbSymbolTableRecord::knowsMarker(std::wstring_view marker) const { return marker == L"AcDbSymbolTableRecord" || marker == fileMarker(); }
+bool KvDbSymbolTableRecord::knowsMarker(std::wstring_view marker) const {
+  return marker == L"AcDbSymbolTableRecord" || marker == fileMarker();
+}
 
 void KvDbSymbolTableRecord::dxfOutFields(KvDxfWriter& writer) const {
   KvDbObject::dxfOutFields(writer);
@@ -89,7 +91,9 @@ bool KvDbSymbolTable::dxfInGroup(const KvDxfGroup& group, std::wstring_view mark
   return marker == L"AcDbSymbolTable" && group.code == 70;
 }
 
-bool KvDbSymbolTable::knowsMarker(std::wstring_view marker) const { return marker == L"AcDbSymbolTable"; }
+bool KvDbSymbolTable::knowsMarker(std::wstring_view marker) const {
+  return marker == L"AcDbSymbolTable";
+}
 
 void KvDbSymbolTable::addAsRead(KvDbSymbolTableRecord& record) {
   inOrder_.push_back(record.objectId());

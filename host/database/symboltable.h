@@ -1,5 +1,6 @@
 #pragma once
-// Symbol tables: named records of one kind, found without regard to case, walked in the order they were added.
+// Symbol tables: named records of one kind, found without regard to case, walked in the order they were
+// added.
 #include <map>
 #include <string>
 #include <vector>
@@ -40,8 +41,9 @@ class KvDbSymbolTableRecord : public KvDbObject {
 class KvDbSymbolTable : public KvDbObject {
   KVRX_DECLARE(KvDbSymbolTable)
  public:
-  /// Takes the record over and names it in the drawing. eInvalidName, eDuplicateRecordName, eNotThatKindOfClass: the
-  /// record stays the caller's. The table must be open for write; the record is open for write afterwards.
+  /// Takes the record over and names it in the drawing. eInvalidName, eDuplicateRecordName,
+  /// eNotThatKindOfClass: the record stays the caller's. The table must be open for write; the record is open
+  /// for write afterwards.
   Kvad::ErrorStatus add(KvDbObjectId& id, KvDbSymbolTableRecord* record);
   Kvad::ErrorStatus add(KvDbSymbolTableRecord* record);
 
@@ -58,8 +60,8 @@ class KvDbSymbolTable : public KvDbObject {
   bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;
   bool knowsMarker(std::wstring_view marker) const override;
 
-  /// A record of a file that is being read, in the drawing already: its name isn't checked, and the same name may stand twice (the
-  /// first is found).
+  /// A record of a file that is being read, in the drawing already: its name isn't checked, and the same name
+  /// may stand twice (the first is found).
   void addAsRead(KvDbSymbolTableRecord& record);
   /// The next look-up builds the index of names anew, after records changed behind the table's back.
   void forgetIndex() { indexIsValid_ = false; }
@@ -74,8 +76,9 @@ class KvDbSymbolTable : public KvDbObject {
   std::vector<KvDbObjectId> inOrder_;
 };
 
-/// True for names that a symbol table takes: not empty, at most 255 characters, none of `<>/\":;?*|,=` and the
-/// grave accent, no control characters, no blank at either end. A leading `*` is allowed where `allowAnonymous`.
+/// True for names that a symbol table takes: not empty, at most 255 characters, none of `<>/\":;?*|,=` and
+/// the grave accent, no control characters, no blank at either end. A leading `*` is allowed where
+/// `allowAnonymous`.
 bool kvdbIsSymbolName(std::wstring_view name, bool allowAnonymous = false);
 
 /// A record of the table of application names; every application whose data stand in the drawing has one.

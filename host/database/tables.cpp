@@ -163,31 +163,56 @@ void KvDbLinetypeTableRecord::dxfOutFields(KvDxfWriter& writer) const {
   }
 }
 
-bool KvDbLinetypeTableRecord::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) {
+bool KvDbLinetypeTableRecord::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker,
+                                         KvDxfResolver& resolver) {
   constexpr std::size_t kMostDashes = 10'000;
   if (KvDbSymbolTableRecord::dxfInGroup(group, marker, resolver)) return true;
   if (!marker.empty() && marker != fileMarker()) return false;
   KvDbLinetypeDash* dash = dashes_.empty() ? nullptr : &dashes_.back();
   switch (group.code) {
-    case 3: description_ = CString(group.text); return true;
-    case 72: case 73: return true;  // both follow from the rest
-    case 40: patternLength_ = group.real(); return true;
+    case 3:
+      description_ = CString(group.text);
+      return true;
+    case 72:
+    case 73:
+      return true;  // both follow from the rest
+    case 40:
+      patternLength_ = group.real();
+      return true;
     case 49:
       if (dashes_.size() >= kMostDashes) return false;
       dashes_.emplace_back().length = group.real();
       return true;
-    default: break;
+    default:
+      break;
   }
   if (!dash) return false;
   switch (group.code) {
-    case 74: dash->flags = static_cast<std::int16_t>(group.integer); return true;
-    case 75: dash->shapeNumber = static_cast<std::int16_t>(group.integer); return true;
-    case 340: dash->style = resolver.object(group.integer); return true;
-    case 46: dash->scale = group.real(); return true;
-    case 50: dash->rotation = kvdxfRadians(group.real()); return true;
-    case 44: dash->offset.x = group.real(); return true;
-    case 45: dash->offset.y = group.real(); return true;
-    case 9: dash->text = CString(group.text); return true;
-    default: return false;
+    case 74:
+      dash->flags = static_cast<std::int16_t>(group.integer);
+      return true;
+    case 75:
+      dash->shapeNumber = static_cast<std::int16_t>(group.integer);
+      return true;
+    case 340:
+      dash->style = resolver.object(group.integer);
+      return true;
+    case 46:
+      dash->scale = group.real();
+      return true;
+    case 50:
+      dash->rotation = kvdxfRadians(group.real());
+      return true;
+    case 44:
+      dash->offset.x = group.real();
+      return true;
+    case 45:
+      dash->offset.y = group.real();
+      return true;
+    case 9:
+      dash->text = CString(group.text);
+      return true;
+    default:
+      return false;
   }
 }

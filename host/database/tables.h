@@ -4,7 +4,13 @@
 
 namespace KvDb {
 /// Line weights in hundredths of a millimetre; below 0 the special ones.
-enum LineWeight : std::int16_t { kLnWtByLayer = -1, kLnWtByBlock = -2, kLnWtByLwDefault = -3, kLnWt000 = 0, kLnWt025 = 25 };
+enum LineWeight : std::int16_t {
+  kLnWtByLayer = -1,
+  kLnWtByBlock = -2,
+  kLnWtByLwDefault = -3,
+  kLnWt000 = 0,
+  kLnWt025 = 25
+};
 }  // namespace KvDb
 
 /// Colour numbers with a meaning.
@@ -53,10 +59,11 @@ class KvDbLayerTable : public KvDbSymbolTable {
   const KvRxClass* recordClass() const override { return KvDbLayerTableRecord::desc(); }
 };
 
-/// One element of a linetype: a dash (above 0), a gap (below 0) or a dot, with a text or shape where it has one.
+/// One element of a linetype: a dash (above 0), a gap (below 0) or a dot, with a text or shape where it has
+/// one.
 struct KvDbLinetypeDash {
   double length = 0;
-  std::int16_t flags = 0;        ///< 1 absolute rotation, 2 text, 4 shape
+  std::int16_t flags = 0;  ///< 1 absolute rotation, 2 text, 4 shape
   std::int16_t shapeNumber = 0;
   KvDbObjectId style;
   double scale = 1, rotation = 0;  ///< radians

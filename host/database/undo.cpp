@@ -84,7 +84,9 @@ bool KvDbUndoRecorder::redo() {
   return true;
 }
 
-void KvDbUndoRecorder::mark() { marks_.push_back(done_.size()); }
+void KvDbUndoRecorder::mark() {
+  marks_.push_back(done_.size());
+}
 
 void KvDbUndoRecorder::undoToMark() {
   if (depth_ > 0) return;
@@ -102,6 +104,7 @@ void KvDbUndoRecorder::clear() {
 std::size_t KvDbUndoRecorder::memory() const {
   std::size_t total = 0;
   for (const auto* groups : {&done_, &undone_})
-    for (const Group& group : *groups) total += group.bytes.capacity() + group.entries.capacity() * sizeof(Entry);
+    for (const Group& group : *groups)
+      total += group.bytes.capacity() + group.entries.capacity() * sizeof(Entry);
   return total;
 }

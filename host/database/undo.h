@@ -1,9 +1,9 @@
 #pragma once
 // Undo and redo by groups: what one command changed is one step.
 //
-// Before an object is changed for the first time inside a group, its state is kept; undoing a group puts the states back and keeps the
-// present ones for redo. Objects that came into being are erased by undo and brought back by redo; they stay in memory, so their ids
-// stay good. Changes outside a group make no step.
+// Before an object is changed for the first time inside a group, its state is kept; undoing a group puts the
+// states back and keeps the present ones for redo. Objects that came into being are erased by undo and
+// brought back by redo; they stay in memory, so their ids stay good. Changes outside a group make no step.
 #include <cstdint>
 #include <vector>
 
@@ -11,7 +11,8 @@
 
 class KvDbUndoRecorder {
  public:
-  /// Groups nest; the outermost one is the step. An empty group makes none. A new step ends what could be redone.
+  /// Groups nest; the outermost one is the step. An empty group makes none. A new step ends what could be
+  /// redone.
   void beginGroup();
   void endGroup();
   bool isInGroup() const { return depth_ > 0; }
@@ -22,7 +23,8 @@ class KvDbUndoRecorder {
   /// False when there is nothing to do, or inside a group.
   bool undo();
   bool redo();
-  /// A place to come back to; undoToMark undoes all steps since the last one and takes it away. Without a mark it undoes everything.
+  /// A place to come back to; undoToMark undoes all steps since the last one and takes it away. Without a
+  /// mark it undoes everything.
   void mark();
   void undoToMark();
   /// Forgets all steps.

@@ -7,20 +7,24 @@ KVRX_DEFINE_ABSTRACT(KvEdCommandStack, KvRxObject)
 
 namespace {
 
-bool isCommandName(const CString& name) { return !name.IsEmpty() && name.FindOneOf(L" \t\r\n") < 0; }
+bool isCommandName(const CString& name) {
+  return !name.IsEmpty() && name.FindOneOf(L" \t\r\n") < 0;
+}
 
 }  // namespace
 
-Kvad::ErrorStatus KvEdCommandStack::addCommand(const wchar_t* group, const wchar_t* globalName, const wchar_t* localName,
-                                               int flags, KvRxFunctionPtr function, void*, int,
-                                               const KvRxResourceInstance&, KvEdCommand** returned) {
+Kvad::ErrorStatus KvEdCommandStack::addCommand(const wchar_t* group, const wchar_t* globalName,
+                                               const wchar_t* localName, int flags, KvRxFunctionPtr function,
+                                               void*, int, const KvRxResourceInstance&,
+                                               KvEdCommand** returned) {
   auto command = std::make_unique<KvEdCommand>();
   command->groupName_ = group;
   command->globalName_ = globalName;
   command->localName_ = localName;
   command->flags_ = flags;
   command->function_ = function;
-  if (!isCommandName(command->globalName_) || !isCommandName(command->localName_) || !function) return Kvad::eInvalidName;
+  if (!isCommandName(command->globalName_) || !isCommandName(command->localName_) || !function)
+    return Kvad::eInvalidName;
 
   Group* target = findGroup(group);
   if (!target) {
@@ -35,7 +39,8 @@ Kvad::ErrorStatus KvEdCommandStack::addCommand(const wchar_t* group, const wchar
 }
 
 Kvad::ErrorStatus KvEdCommandStack::removeGroup(const wchar_t* group) {
-  const auto removed = std::erase_if(groups_, [&](const Group& g) { return g.name.CompareNoCase(group) == 0; });
+  const auto removed =
+      std::erase_if(groups_, [&](const Group& g) { return g.name.CompareNoCase(group) == 0; });
   return removed ? Kvad::eOk : Kvad::eKeyNotFound;
 }
 
@@ -54,8 +59,12 @@ KvEdCommand* KvEdCommandStack::lookupCmd(const wchar_t* name) const {
   return find(name, true, !globalOnly);
 }
 
-KvEdCommand* KvEdCommandStack::lookupGlobalCmd(const wchar_t* name) const { return find(name, true, false); }
-KvEdCommand* KvEdCommandStack::lookupLocalCmd(const wchar_t* name) const { return find(name, false, true); }
+KvEdCommand* KvEdCommandStack::lookupGlobalCmd(const wchar_t* name) const {
+  return find(name, true, false);
+}
+KvEdCommand* KvEdCommandStack::lookupLocalCmd(const wchar_t* name) const {
+  return find(name, false, true);
+}
 
 std::vector<const KvEdCommand*> KvEdCommandStack::commands() const {
   std::vector<const KvEdCommand*> all;
@@ -65,7 +74,8 @@ std::vector<const KvEdCommand*> KvEdCommandStack::commands() const {
 }
 
 KvEdCommandStack::Group* KvEdCommandStack::findGroup(const wchar_t* name) {
-  auto found = std::find_if(groups_.begin(), groups_.end(), [&](const Group& g) { return g.name.CompareNoCase(name) == 0; });
+  auto found = std::find_if(groups_.begin(), groups_.end(),
+                            [&](const Group& g) { return g.name.CompareNoCase(name) == 0; });
   return found == groups_.end() ? nullptr : &*found;
 }
 

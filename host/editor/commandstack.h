@@ -1,5 +1,6 @@
 #pragma once
-// The commands that the host knows: in groups, each under a global name (the same in every language) and a local one.
+// The commands that the host knows: in groups, each under a global name (the same in every language) and a
+// local one.
 #include <memory>
 #include <vector>
 
@@ -10,7 +11,8 @@ using KvRxFunctionPtr = void (*)();
 
 /// Flags of a command.
 inline constexpr int KVRX_CMD_MODAL = 0;
-inline constexpr int KVRX_CMD_TRANSPARENT = 1;  ///< may run inside another command when typed with an apostrophe
+inline constexpr int KVRX_CMD_TRANSPARENT =
+    1;  ///< may run inside another command when typed with an apostrophe
 inline constexpr int KVRX_CMD_USEPICKSET = 2;
 inline constexpr int KVRX_CMD_REDRAW = 4;
 
@@ -35,17 +37,19 @@ class KvEdCommand : public KvRxObject {
 class KvEdCommandStack : public KvRxObject {
   KVRX_DECLARE(KvEdCommandStack)
  public:
-  /// eInvalidName for an empty name or one with blanks, eDuplicateKey when the group has the global name already.
-  /// `uiContext`, `functionCode` and `resources` are kept for the signature; `returned`, if given, gets the command.
-  Kvad::ErrorStatus addCommand(const wchar_t* group, const wchar_t* globalName, const wchar_t* localName, int flags,
-                               KvRxFunctionPtr function, void* uiContext = nullptr, int functionCode = -1,
-                               const KvRxResourceInstance& resources = {}, KvEdCommand** returned = nullptr);
+  /// eInvalidName for an empty name or one with blanks, eDuplicateKey when the group has the global name
+  /// already. `uiContext`, `functionCode` and `resources` are kept for the signature; `returned`, if given,
+  /// gets the command.
+  Kvad::ErrorStatus addCommand(const wchar_t* group, const wchar_t* globalName, const wchar_t* localName,
+                               int flags, KvRxFunctionPtr function, void* uiContext = nullptr,
+                               int functionCode = -1, const KvRxResourceInstance& resources = {},
+                               KvEdCommand** returned = nullptr);
   /// eKeyNotFound when there is no such group.
   Kvad::ErrorStatus removeGroup(const wchar_t* group);
   Kvad::ErrorStatus removeCmd(const wchar_t* group, const wchar_t* globalName);
 
-  /// By local or global name; a name that begins with `_` is looked up among the global names only, without it. A `.`
-  /// is stepped over. Null when there is none.
+  /// By local or global name; a name that begins with `_` is looked up among the global names only, without
+  /// it. A `.` is stepped over. Null when there is none.
   KvEdCommand* lookupCmd(const wchar_t* name) const;
   KvEdCommand* lookupGlobalCmd(const wchar_t* name) const;
   KvEdCommand* lookupLocalCmd(const wchar_t* name) const;

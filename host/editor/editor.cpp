@@ -11,10 +11,10 @@ struct KvEdEditor::Frame {
   const KvEdCommand* command = nullptr;
   CString name;
   KvRxFunctionPtr function = nullptr;
-  std::unique_ptr<KvEdFiber> fiber;   // null for a command that the stream itself started
-  std::deque<KvEdToken> arguments;    // what kvedCommandS handed over and no prompt has taken yet
+  std::unique_ptr<KvEdFiber> fiber;  // null for a command that the stream itself started
+  std::deque<KvEdToken> arguments;   // what kvedCommandS handed over and no prompt has taken yet
   bool isFedByCaller = false;
-  bool wantsFromBelow = false;        // waits for one answer of the caller's stream
+  bool wantsFromBelow = false;  // waits for one answer of the caller's stream
   KvEdReadMode wantedMode = KvEdReadMode::Word;
   CString wantedPrompt;
   KvEdToken delivered;
@@ -37,30 +37,52 @@ KvEdToken tokenOf(const resbuf& node) {
       const CString text(node.resval.rstring);
       return text == L"\\" ? KvEdToken::of(Kind::Pause) : KvEdToken::ofText(text);
     }
-    case RTSHORT: token.kind = Kind::Whole; token.whole = node.resval.rint; break;
-    case RTLONG: token.kind = Kind::Whole; token.whole = node.resval.rlong; break;
-    case RTREAL: token.kind = Kind::Real; token.numbers[0] = node.resval.rreal; break;
-    case RTANG: case RTORINT: token.kind = Kind::Angle; token.numbers[0] = node.resval.rreal; break;
-    case RTPOINT: case RT3DPOINT:
+    case RTSHORT:
+      token.kind = Kind::Whole;
+      token.whole = node.resval.rint;
+      break;
+    case RTLONG:
+      token.kind = Kind::Whole;
+      token.whole = node.resval.rlong;
+      break;
+    case RTREAL:
+      token.kind = Kind::Real;
+      token.numbers[0] = node.resval.rreal;
+      break;
+    case RTANG:
+    case RTORINT:
+      token.kind = Kind::Angle;
+      token.numbers[0] = node.resval.rreal;
+      break;
+    case RTPOINT:
+    case RT3DPOINT:
       token.kind = Kind::Point;
       token.dimensions = node.restype == RTPOINT ? 2 : 3;
       for (int i = 0; i < token.dimensions; ++i) token.numbers[i] = node.resval.rpoint[i];
       break;
-    case RTENAME: case RTPICKS:
+    case RTENAME:
+    case RTPICKS:
       token.kind = node.restype == RTENAME ? Kind::Name : Kind::PickSet;
       token.name[0] = node.resval.rlname[0];
       token.name[1] = node.resval.rlname[1];
       break;
-    case RTLB: token.kind = Kind::ListBegin; break;
-    case RTLE: token.kind = Kind::ListEnd; break;
-    default: token.kind = Kind::Text; break;
+    case RTLB:
+      token.kind = Kind::ListBegin;
+      break;
+    case RTLE:
+      token.kind = Kind::ListEnd;
+      break;
+    default:
+      token.kind = Kind::Text;
+      break;
   }
   return token;
 }
 
 }  // namespace
 
-KvEdEditor::KvEdEditor(Output output) : output_(std::move(output)), commands_(std::make_unique<OwnedCommandStack>()) {
+KvEdEditor::KvEdEditor(Output output)
+    : output_(std::move(output)), commands_(std::make_unique<OwnedCommandStack>()) {
   KvEdVariable names;
   names.name = L"CMDNAMES";
   names.type = RTSTR;
@@ -80,9 +102,13 @@ void KvEdEditor::print(const CString& text) {
   if (output_) output_(text);
 }
 
-void KvEdEditor::printLine(const CString& text) { print((atLineStart_ ? CString() : CString(L"\n")) + text + L"\n"); }
+void KvEdEditor::printLine(const CString& text) {
+  print((atLineStart_ ? CString() : CString(L"\n")) + text + L"\n");
+}
 
-void KvEdEditor::pushSource(std::unique_ptr<KvEdInputSource> source) { sources_.push_back(std::move(source)); }
+void KvEdEditor::pushSource(std::unique_ptr<KvEdInputSource> source) {
+  sources_.push_back(std::move(source));
+}
 
 bool KvEdEditor::runNext(KvEdOutcome& outcome) {
   const KvEdToken token = readFromSources(KvEdReadMode::Word, L"Command: ");
@@ -135,7 +161,9 @@ void KvEdEditor::runBody(Frame& frame) {
 
 void KvEdEditor::closeFrame(std::size_t frame, KvEdOutcome& outcome) {
   const Frame& ended = *frames_[frame];
-  outcome = ended.isCancelled ? KvEdOutcome::Cancelled : ended.hasFailed ? KvEdOutcome::Failed : KvEdOutcome::Done;
+  outcome = ended.isCancelled ? KvEdOutcome::Cancelled
+            : ended.hasFailed ? KvEdOutcome::Failed
+                              : KvEdOutcome::Done;
   running_ = ended.outerRunning;
   frames_.resize(frame);
 }
@@ -186,7 +214,8 @@ void KvEdEditor::finishInner(std::size_t firstInner) {
 
 int KvEdEditor::commandS(const resbuf* arguments) {
   std::deque<KvEdToken> tokens;
-  for (const resbuf* node = arguments; node && node->restype != RTNONE; node = node->rbnext) tokens.push_back(tokenOf(*node));
+  for (const resbuf* node = arguments; node && node->restype != RTNONE; node = node->rbnext)
+    tokens.push_back(tokenOf(*node));
 
   const std::size_t innerIndex = running_;
   if (tokens.empty() && frames_.size() <= innerIndex) return RTNORM;
@@ -255,7 +284,8 @@ KvEdToken KvEdEditor::readFor(std::size_t index, KvEdReadMode mode, const CStrin
     frame.wantedPrompt = prompt;
     frame.fiber->suspend();
     if (!fallsThrough) continue;
-    frame.isCancelled = frame.isCancelled || frame.delivered.kind == Kind::Cancel || frame.delivered.kind == Kind::End;
+    frame.isCancelled =
+        frame.isCancelled || frame.delivered.kind == Kind::Cancel || frame.delivered.kind == Kind::End;
     if (!frame.isCancelled) return frame.delivered;
   }
 }
@@ -283,9 +313,13 @@ std::optional<CString> KvEdEditor::readLine(const CString& prompt) {
   return std::move(token.text);
 }
 
-void KvEdEditor::initGet(int flags, const CString& keywords) { getOptions_ = {flags, keywords}; }
+void KvEdEditor::initGet(int flags, const CString& keywords) {
+  getOptions_ = {flags, keywords};
+}
 
-KvEdEditor::GetOptions KvEdEditor::takeGetOptions() { return std::exchange(getOptions_, GetOptions{}); }
+KvEdEditor::GetOptions KvEdEditor::takeGetOptions() {
+  return std::exchange(getOptions_, GetOptions{});
+}
 
 int kvedPrintText(const CString& text) {
   KvEdEditor* editor = KvHostContext::current().editor;

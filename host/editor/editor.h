@@ -1,10 +1,10 @@
 #pragma once
 // The command line: what is shown, what is asked, and the commands that run.
 //
-// Input is one stream. A prompt takes its answer from the arguments of a running kvedCommandS, where there are any, else
-// from whoever started the command: the script, then the terminal. A command that another one started with kvedCommandS
-// stops inside its prompt when the arguments are used up; the outer command goes on, may hand over more, and when the
-// outer one ends, the inner one goes on with the outer one's own stream.
+// Input is one stream. A prompt takes its answer from the arguments of a running kvedCommandS, where there
+// are any, else from whoever started the command: the script, then the terminal. A command that another one
+// started with kvedCommandS stops inside its prompt when the arguments are used up; the outer command goes
+// on, may hand over more, and when the outer one ends, the inner one goes on with the outer one's own stream.
 #include <deque>
 #include <functional>
 #include <memory>
@@ -45,12 +45,13 @@ class KvEdEditor {
   /// Drops every source: the rest of the input is not wanted any more.
   void dropInput() { sources_.clear(); }
 
-  /// Reads one command name and runs it; false when the input is used up. An empty answer repeats the last command.
+  /// Reads one command name and runs it; false when the input is used up. An empty answer repeats the last
+  /// command.
   bool runNext(KvEdOutcome& outcome);
   /// Runs a command by name with the present stream.
   KvEdOutcome runCommand(const CString& name);
-  /// kvedCommandS on a chain: RTNORM, RTERROR for an unknown or failed command, RTCAN after a cancel. Null cancels the
-  /// inner command that waits for more.
+  /// kvedCommandS on a chain: RTNORM, RTERROR for an unknown or failed command, RTCAN after a cancel. Null
+  /// cancels the inner command that waits for more.
   int commandS(const resbuf* arguments);
 
   /// Called by a running command: it could not do its work. Prints the text.
@@ -62,8 +63,9 @@ class KvEdEditor {
   /// The next answer for the command that is running now.
   KvEdToken readToken(KvEdReadMode mode, const CString& prompt);
 
-  /// A line for a dialog that a front end shows on the command line: from the script or the terminal, past the arguments of a
-  /// running kvedCommandS. None at the end of the input or after a cancel, which is the dialog's, not the command's.
+  /// A line for a dialog that a front end shows on the command line: from the script or the terminal, past
+  /// the arguments of a running kvedCommandS. None at the end of the input or after a cancel, which is the
+  /// dialog's, not the command's.
   std::optional<CString> readLine(const CString& prompt);
 
   /// Keywords and flags of the next prompt; the prompt takes them and leaves none.
@@ -117,8 +119,8 @@ int kvedPrompt(const wchar_t* format, const Args&... args) {
   return kvutPrintf(format, args...);
 }
 
-/// Runs a command inside the current one; see KvEdEditor::commandS. The list is codes and values by turns, ended by
-/// RTNONE or 0; a text of one backslash is the pause token.
+/// Runs a command inside the current one; see KvEdEditor::commandS. The list is codes and values by turns,
+/// ended by RTNONE or 0; a text of one backslash is the pause token.
 int kvedCommandList(const resbuf* arguments);
 template <class... Args>
 int kvedCommandS(int code, const Args&... rest) {

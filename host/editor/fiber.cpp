@@ -28,8 +28,8 @@ constexpr std::size_t kGuardSize = 4096;
 class Stack {
  public:
   Stack() {
-    memory_ = mmap(nullptr, kStackSize + kGuardSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE,
-                   -1, 0);
+    memory_ = mmap(nullptr, kStackSize + kGuardSize, PROT_READ | PROT_WRITE,
+                   MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (memory_ == MAP_FAILED) throw std::bad_alloc();
     mprotect(memory_, kGuardSize, PROT_NONE);
   }
@@ -108,7 +108,9 @@ KvEdFiber::KvEdFiber(std::function<void()> body) : state_(std::make_unique<State
               static_cast<unsigned>(address >> 32), static_cast<unsigned>(address & 0xFFFFFFFFu));
 }
 
-KvEdFiber::~KvEdFiber() { assert(state_->hasEnded); }
+KvEdFiber::~KvEdFiber() {
+  assert(state_->hasEnded);
+}
 
 void KvEdFiber::resume() {
   assert(!state_->isRunning && !state_->hasEnded);
@@ -120,4 +122,6 @@ void KvEdFiber::suspend() {
   state_->leave(false);
 }
 
-bool KvEdFiber::hasEnded() const { return state_->hasEnded; }
+bool KvEdFiber::hasEnded() const {
+  return state_->hasEnded;
+}

@@ -38,7 +38,8 @@ bool KvEdLineReader::next(KvEdReadMode mode, CString& answer) {
   answerLine_ = line_;
   std::wstring_view line(text_.data() + at_, end - at_);
   std::size_t taken = line.size();
-  if (mode == KvEdReadMode::Word && !line.empty() && line.front() == L'"' && line.find(L'"', 1) != std::wstring_view::npos) {
+  if (mode == KvEdReadMode::Word && !line.empty() && line.front() == L'"' &&
+      line.find(L'"', 1) != std::wstring_view::npos) {
     const auto quote = line.find(L'"', 1);
     answer = CString(line.substr(1, quote - 1));
     taken = quote + 1;
@@ -55,9 +56,12 @@ bool KvEdLineReader::next(KvEdReadMode mode, CString& answer) {
   return true;
 }
 
-KvEdScriptSource::KvEdScriptSource(const CString& text) { reader_.feed(text.view(), true); }
+KvEdScriptSource::KvEdScriptSource(const CString& text) {
+  reader_.feed(text.view(), true);
+}
 
 KvEdToken KvEdScriptSource::read(KvEdReadMode mode, const CString&) {
   CString answer;
-  return reader_.next(mode, answer) ? KvEdToken::ofText(std::move(answer)) : KvEdToken::of(KvEdToken::Kind::End);
+  return reader_.next(mode, answer) ? KvEdToken::ofText(std::move(answer))
+                                    : KvEdToken::of(KvEdToken::Kind::End);
 }

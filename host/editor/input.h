@@ -8,11 +8,18 @@
 /// One answer: a text that was typed or stood in a script, or a value handed over by a program.
 struct KvEdToken {
   enum class Kind : std::uint8_t {
-    Text,    ///< typed text; empty: plain Enter
-    Whole, Real, Angle, Point, Name, PickSet, ListBegin, ListEnd,  ///< handed over by kvedCommandS
-    Pause,   ///< the user answers this one
-    Cancel,  ///< the running command is to end
-    End,     ///< no more input
+    Text,  ///< typed text; empty: plain Enter
+    Whole,
+    Real,
+    Angle,
+    Point,
+    Name,
+    PickSet,
+    ListBegin,
+    ListEnd,  ///< handed over by kvedCommandS
+    Pause,    ///< the user answers this one
+    Cancel,   ///< the running command is to end
+    End,      ///< no more input
   };
   Kind kind = Kind::Text;
   CString text;
@@ -39,8 +46,8 @@ class KvEdInputSource {
   virtual int line() const { return 0; }
 };
 
-/// Cuts text into answers by the rules of scripts: each line end or blank ends an answer (in Line mode only the line
-/// end does), a line that begins with `;` is a comment, a word in double quotes may hold blanks.
+/// Cuts text into answers by the rules of scripts: each line end or blank ends an answer (in Line mode only
+/// the line end does), a line that begins with `;` is a comment, a word in double quotes may hold blanks.
 class KvEdLineReader {
  public:
   /// More text; a line without an end is taken as ended when `isLast`.

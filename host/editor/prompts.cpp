@@ -10,7 +10,9 @@ constexpr int kMostRetries = 100;
 
 using Kind = KvEdToken::Kind;
 
-KvEdEditor* currentEditor() { return KvHostContext::current().editor; }
+KvEdEditor* currentEditor() {
+  return KvHostContext::current().editor;
+}
 
 /// The capitals (and digits) of a keyword: its shortest form.
 CString shortForm(const CString& keyword) {
@@ -28,10 +30,10 @@ bool standsFor(const CString& keyword, const CString& reply) {
          keyword.Left(length).CompareNoCase(reply) == 0;
 }
 
-
 /// Common frame of the prompts for numbers: null replies, keywords, limits, asking again.
 template <class Number>
-int getNumber(const wchar_t* prompt, Number* result, bool (*readToken)(const KvEdToken&, Number&), const wchar_t* wanted) {
+int getNumber(const wchar_t* prompt, Number* result, bool (*readToken)(const KvEdToken&, Number&),
+              const wchar_t* wanted) {
   KvEdEditor* editor = currentEditor();
   if (!editor || !result) return RTERROR;
   const auto options = editor->takeGetOptions();
@@ -91,7 +93,8 @@ bool readReal(const KvEdToken& token, double& value) {
 CString kvedMatchKeyword(const CString& keywords, const CString& reply) {
   if (reply.IsEmpty()) return CString();
   int position = 0;
-  for (CString keyword = keywords.Tokenize(L" ", position); position != -1; keyword = keywords.Tokenize(L" ", position))
+  for (CString keyword = keywords.Tokenize(L" ", position); position != -1;
+       keyword = keywords.Tokenize(L" ", position))
     if (standsFor(keyword, reply)) return keyword;
   return CString();
 }
@@ -107,7 +110,8 @@ int kvedGetString(int allowBlanks, const wchar_t* prompt, CString& result) {
   KvEdEditor* editor = currentEditor();
   if (!editor) return RTERROR;
   editor->takeGetOptions();
-  const KvEdToken token = editor->readToken(allowBlanks ? KvEdReadMode::Line : KvEdReadMode::Word, CString(prompt));
+  const KvEdToken token =
+      editor->readToken(allowBlanks ? KvEdReadMode::Line : KvEdReadMode::Word, CString(prompt));
   if (token.kind == Kind::Cancel) return RTCAN;
   if (token.kind == Kind::Whole)
     result.Format(L"%d", token.whole);

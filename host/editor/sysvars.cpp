@@ -14,25 +14,33 @@ struct NumberRow {
 
 /// Variables of the session that hold a number. The others are defined by whoever computes them.
 constexpr NumberRow kNumbers[] = {
-    {L"CMDECHO", RTSHORT, 1, 0, 1, false},
-    {L"ERRNO", RTSHORT, 0, 0, 0, false},
-    {L"EXPERT", RTSHORT, 0, 0, 5, false},
-    {L"FILEDIA", RTSHORT, 1, 0, 1, false},
-    {L"PICKBOX", RTSHORT, 3, 0, 50, false},
-    {L"PICKSTYLE", RTSHORT, 1, 0, 3, false},
+    {L"CMDECHO", RTSHORT, 1, 0, 1, false},  {L"ERRNO", RTSHORT, 0, 0, 0, false},
+    {L"EXPERT", RTSHORT, 0, 0, 5, false},   {L"FILEDIA", RTSHORT, 1, 0, 1, false},
+    {L"PICKBOX", RTSHORT, 3, 0, 50, false}, {L"PICKSTYLE", RTSHORT, 1, 0, 3, false},
 };
 
-bool isWhole(KvEdVarType type) { return type == RTSHORT || type == RTLONG; }
+bool isWhole(KvEdVarType type) {
+  return type == RTSHORT || type == RTLONG;
+}
 
-CString key(const wchar_t* name) { return CString(name).MakeUpper(); }
+CString key(const wchar_t* name) {
+  return CString(name).MakeUpper();
+}
 
 bool fits(KvEdVarType type, const KvEdVarValue& value) {
   switch (type) {
-    case RTSHORT: case RTLONG: return std::holds_alternative<int>(value);
-    case RTREAL: return std::holds_alternative<double>(value);
-    case RTPOINT: case RT3DPOINT: return std::holds_alternative<KvEdVarPoint>(value);
-    case RTSTR: return std::holds_alternative<CString>(value);
-    default: return false;
+    case RTSHORT:
+    case RTLONG:
+      return std::holds_alternative<int>(value);
+    case RTREAL:
+      return std::holds_alternative<double>(value);
+    case RTPOINT:
+    case RT3DPOINT:
+      return std::holds_alternative<KvEdVarPoint>(value);
+    case RTSTR:
+      return std::holds_alternative<CString>(value);
+    default:
+      return false;
   }
 }
 
@@ -58,13 +66,27 @@ void toResbuf(const KvEdVariable& variable, const KvEdVarValue& value, resbuf* r
 
 bool fromResbuf(const resbuf& node, KvEdVarValue& value) {
   switch (node.restype) {
-    case RTSHORT: value = static_cast<int>(node.resval.rint); return true;
-    case RTLONG: value = static_cast<int>(node.resval.rlong); return true;
-    case RTREAL: case RTANG: value = node.resval.rreal; return true;
-    case RTPOINT: value = KvEdVarPoint{node.resval.rpoint[0], node.resval.rpoint[1], 0}; return true;
-    case RT3DPOINT: value = KvEdVarPoint{node.resval.rpoint[0], node.resval.rpoint[1], node.resval.rpoint[2]}; return true;
-    case RTSTR: value = CString(node.resval.rstring); return true;
-    default: return false;
+    case RTSHORT:
+      value = static_cast<int>(node.resval.rint);
+      return true;
+    case RTLONG:
+      value = static_cast<int>(node.resval.rlong);
+      return true;
+    case RTREAL:
+    case RTANG:
+      value = node.resval.rreal;
+      return true;
+    case RTPOINT:
+      value = KvEdVarPoint{node.resval.rpoint[0], node.resval.rpoint[1], 0};
+      return true;
+    case RT3DPOINT:
+      value = KvEdVarPoint{node.resval.rpoint[0], node.resval.rpoint[1], node.resval.rpoint[2]};
+      return true;
+    case RTSTR:
+      value = CString(node.resval.rstring);
+      return true;
+    default:
+      return false;
   }
 }
 
@@ -116,7 +138,8 @@ Kvad::ErrorStatus KvEdSysVars::set(const wchar_t* name, const KvEdVarValue& give
   if (variable.readOnly || (variable.read && !variable.write)) return Kvad::eNotApplicable;
 
   KvEdVarValue value = given;
-  if (variable.type == RTREAL && std::holds_alternative<int>(value)) value = static_cast<double>(std::get<int>(value));
+  if (variable.type == RTREAL && std::holds_alternative<int>(value))
+    value = static_cast<double>(std::get<int>(value));
   if (!fits(variable.type, value)) return Kvad::eInvalidInput;
   if (variable.lowest < variable.highest) {
     const double number = std::holds_alternative<int>(value) ? std::get<int>(value) : std::get<double>(value);

@@ -19,7 +19,8 @@ struct KvEdVarPoint {
 
 using KvEdVarValue = std::variant<int, double, KvEdVarPoint, CString>;
 
-/// One variable. A computed one has `read` (and `write`, when it may be set); the others hold their value here.
+/// One variable. A computed one has `read` (and `write`, when it may be set); the others hold their value
+/// here.
 struct KvEdVariable {
   CString name;
   KvEdVarType type = RTSHORT;
@@ -42,19 +43,20 @@ class KvEdSysVars {
 
   /// eKeyNotFound.
   Kvad::ErrorStatus get(const wchar_t* name, KvEdVarValue& value) const;
-  /// eKeyNotFound, eNotApplicable for a read-only one, eInvalidInput for another type, eOutOfRange. A whole number is
-  /// taken for a real variable.
+  /// eKeyNotFound, eNotApplicable for a read-only one, eInvalidInput for another type, eOutOfRange. A whole
+  /// number is taken for a real variable.
   Kvad::ErrorStatus set(const wchar_t* name, const KvEdVarValue& value);
 
-  /// For the host itself: past the read-only mark and the limits. False when there is none of this name and type.
+  /// For the host itself: past the read-only mark and the limits. False when there is none of this name and
+  /// type.
   bool setInternally(const wchar_t* name, const KvEdVarValue& value);
 
  private:
   std::map<CString, KvEdVariable> variables_;  // by upper-case name
 };
 
-/// The value of a variable in the type that the host keeps it in; a text is allocated with malloc and belongs to the
-/// caller. RTERROR for an unknown name or without a host: `result` is untouched.
+/// The value of a variable in the type that the host keeps it in; a text is allocated with malloc and belongs
+/// to the caller. RTERROR for an unknown name or without a host: `result` is untouched.
 int kvedGetVar(const wchar_t* name, resbuf* result);
 /// RTERROR for an unknown or read-only name, a value of another type, or one out of range.
 int kvedSetVar(const wchar_t* name, const resbuf* value);

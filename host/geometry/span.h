@@ -3,8 +3,8 @@
 // three forms.
 #include <vector>
 
-#include "host/geometry/box.h"
 #include "host/geometry/bernstein.h"
+#include "host/geometry/box.h"
 #include "host/geometry/matrix.h"
 
 namespace kvge {

@@ -16,12 +16,15 @@ struct VersionRow {
 };
 
 constexpr VersionRow kVersions[] = {
-    {KvDbFileVersion::R12, "AC1009", L"R12"},     {KvDbFileVersion::R13, "AC1012", L"R13"},     {KvDbFileVersion::R14, "AC1014", L"R14"},
-    {KvDbFileVersion::R2000, "AC1015", L"R2000"}, {KvDbFileVersion::R2004, "AC1018", L"R2004"}, {KvDbFileVersion::R2007, "AC1021", L"R2007"},
-    {KvDbFileVersion::R2010, "AC1024", L"R2010"}, {KvDbFileVersion::R2013, "AC1027", L"R2013"}, {KvDbFileVersion::R2018, "AC1032", L"R2018"},
+    {KvDbFileVersion::R12, "AC1009", L"R12"},     {KvDbFileVersion::R13, "AC1012", L"R13"},
+    {KvDbFileVersion::R14, "AC1014", L"R14"},     {KvDbFileVersion::R2000, "AC1015", L"R2000"},
+    {KvDbFileVersion::R2004, "AC1018", L"R2004"}, {KvDbFileVersion::R2007, "AC1021", L"R2007"},
+    {KvDbFileVersion::R2010, "AC1024", L"R2010"}, {KvDbFileVersion::R2013, "AC1027", L"R2013"},
+    {KvDbFileVersion::R2018, "AC1032", L"R2018"},
 };
 
-constexpr std::string_view kTextMark = "AC10";  // how foreign binary drawings begin, with two digits behind it
+constexpr std::string_view kTextMark =
+    "AC10";  // how foreign binary drawings begin, with two digits behind it
 
 KvIoMessage messageOf(const CString& text) {
   KvIoMessage message;
@@ -31,18 +34,22 @@ KvIoMessage messageOf(const CString& text) {
 
 /// A binary drawing of the foreign kind begins with its version and no line end.
 bool isForeignDrawing(std::string_view bytes) {
-  return bytes.size() > 12 && bytes.starts_with(kTextMark) && bytes.substr(6, 5).find('\0') != std::string_view::npos;
+  return bytes.size() > 12 && bytes.starts_with(kTextMark) &&
+         bytes.substr(6, 5).find('\0') != std::string_view::npos;
 }
 
 Kvad::ErrorStatus statusOf(const platform::FileStatus& status) {
   if (status) return Kvad::eOk;
   if (status.systemError == ENOSPC || status.systemError == EDQUOT) return Kvad::eDiskFull;
   if (status.systemError == ENOENT && status.step == platform::FileStep::Open) return Kvad::eFileNotFound;
-  return status.systemError == EACCES || status.systemError == EPERM || status.systemError == EROFS ? Kvad::eFileAccessErr : Kvad::eFileSystemErr;
+  return status.systemError == EACCES || status.systemError == EPERM || status.systemError == EROFS
+             ? Kvad::eFileAccessErr
+             : Kvad::eFileSystemErr;
 }
 
 KvDbFileVersion savedVersion(const KvDbDatabase& database, const KvIoSaveOptions& options) {
-  const KvDbFileVersion wanted = options.version == KvDbFileVersion::Unknown ? database.extras().version : options.version;
+  const KvDbFileVersion wanted =
+      options.version == KvDbFileVersion::Unknown ? database.extras().version : options.version;
   return std::max(wanted, KvDbFileVersion::R2000);
 }
 
@@ -78,7 +85,8 @@ KvDbFileVersion kvdbVersionFromCode(std::wstring_view code) {
   return KvDbFileVersion::Unknown;
 }
 
-Kvad::ErrorStatus kvdbParseDrawing(KvDbDatabase& database, std::string_view bytes, KvIoReport& report, KvIoMode mode) {
+Kvad::ErrorStatus kvdbParseDrawing(KvDbDatabase& database, std::string_view bytes, KvIoReport& report,
+                                   KvIoMode mode) {
   report = KvIoReport();
   if (isForeignDrawing(bytes)) {
     const std::string code(bytes.substr(0, 6));
@@ -94,7 +102,8 @@ Kvad::ErrorStatus kvdbParseDrawing(KvDbDatabase& database, std::string_view byte
   return kvio::DxfReader(database, bytes, report, mode).read();
 }
 
-Kvad::ErrorStatus kvdbReadDrawing(KvDbDatabase& database, const std::filesystem::path& path, KvIoReport& report, KvIoMode mode) {
+Kvad::ErrorStatus kvdbReadDrawing(KvDbDatabase& database, const std::filesystem::path& path,
+                                  KvIoReport& report, KvIoMode mode) {
   report = KvIoReport();
   std::string bytes;
   if (const auto status = platform::readFile(path, bytes); !status) {
@@ -108,7 +117,8 @@ std::string kvdbFormatDrawing(const KvDbDatabase& database, const KvIoSaveOption
   const KvDbFileVersion version = savedVersion(database, options);
   kvio::TextEncoding encoding;
   encoding.isUtf8 = version >= KvDbFileVersion::R2007;
-  encoding.codePage = platform::codePageFromDrawingName(platform::utf8From(database.extras().codePage)).value_or(1252);
+  encoding.codePage =
+      platform::codePageFromDrawingName(platform::utf8From(database.extras().codePage)).value_or(1252);
   kvio::DxfByteWriter writer(options.form, encoding);
   writer.expect(database.objectCount());
   kvio::DxfFileWriter(database, version, writer).write();
@@ -122,8 +132,8 @@ KvIoSaveOptions kvdbSaveOptionsFor(const std::filesystem::path& path) {
   return options;
 }
 
-Kvad::ErrorStatus kvdbSaveDrawing(const KvDbDatabase& database, const std::filesystem::path& path, KvIoReport& report,
-                                  const KvIoSaveOptions& options) {
+Kvad::ErrorStatus kvdbSaveDrawing(const KvDbDatabase& database, const std::filesystem::path& path,
+                                  KvIoReport& report, const KvIoSaveOptions& options) {
   report = KvIoReport();
   const auto status = platform::writeFile(path, kvdbFormatDrawing(database, options));
   if (!status) report.error = messageOf(platform::wideFromUtf8(status.message()));

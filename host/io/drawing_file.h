@@ -1,8 +1,10 @@
 #pragma once
-// Drawing files: reading and saving. The form is DXF, as text or binary; what a file is called doesn't matter.
+// Drawing files: reading and saving. The form is DXF, as text or binary; what a file is called doesn't
+// matter.
 //
-// Everything that stands in a file is kept: what the host doesn't model stays as it is and is written back. Reading comes in two
-// kinds: the strict one ends at the first fault and says where it is; the recovering one mends what it can and reports each repair.
+// Everything that stands in a file is kept: what the host doesn't model stays as it is and is written back.
+// Reading comes in two kinds: the strict one ends at the first fault and says where it is; the recovering one
+// mends what it can and reports each repair.
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -22,21 +24,23 @@ struct KvIoMessage {
 };
 
 struct KvIoReport {
-  KvIoMessage error;                  ///< of a call that failed
-  std::vector<KvIoMessage> repairs;   ///< what the recovering reader mended, in order
-  std::uint64_t repairsLeftOut = 0;   ///< beyond the first thousand
+  KvIoMessage error;                 ///< of a call that failed
+  std::vector<KvIoMessage> repairs;  ///< what the recovering reader mended, in order
+  std::uint64_t repairsLeftOut = 0;  ///< beyond the first thousand
 };
 
 enum class KvIoMode { Strict, Recover };
 enum class KvIoForm { Text, Binary };
 
-/// Reads a file into a drawing that was made without default content. eFileNotFound, eFileAccessErr, eFileInternalErr (the report
-/// says where), eUnsupportedFileVersion (a foreign binary drawing, or an unknown version). After a failure the drawing holds what was read
-/// so far and is good for nothing but being deleted.
-Kvad::ErrorStatus kvdbReadDrawing(KvDbDatabase& database, const std::filesystem::path& path, KvIoReport& report,
-                                  KvIoMode mode = KvIoMode::Strict);
+/// Reads a file into a drawing that was made without default content. eFileNotFound, eFileAccessErr,
+/// eFileInternalErr (the report says where), eUnsupportedFileVersion (a foreign binary drawing, or an unknown
+/// version). After a failure the drawing holds what was read so far and is good for nothing but being
+/// deleted.
+Kvad::ErrorStatus kvdbReadDrawing(KvDbDatabase& database, const std::filesystem::path& path,
+                                  KvIoReport& report, KvIoMode mode = KvIoMode::Strict);
 /// The same from bytes in memory.
-Kvad::ErrorStatus kvdbParseDrawing(KvDbDatabase& database, std::string_view bytes, KvIoReport& report, KvIoMode mode = KvIoMode::Strict);
+Kvad::ErrorStatus kvdbParseDrawing(KvDbDatabase& database, std::string_view bytes, KvIoReport& report,
+                                   KvIoMode mode = KvIoMode::Strict);
 
 struct KvIoSaveOptions {
   KvIoForm form = KvIoForm::Text;
@@ -47,9 +51,10 @@ struct KvIoSaveOptions {
 /// The form that goes with a file's name: binary for `.dwg`, text for all else.
 KvIoSaveOptions kvdbSaveOptionsFor(const std::filesystem::path& path);
 
-/// Writes the drawing whole, or leaves the old file as it was. eFileAccessErr, eDiskFull, eFileSystemErr; the report says what.
-Kvad::ErrorStatus kvdbSaveDrawing(const KvDbDatabase& database, const std::filesystem::path& path, KvIoReport& report,
-                                  const KvIoSaveOptions& options = {});
+/// Writes the drawing whole, or leaves the old file as it was. eFileAccessErr, eDiskFull, eFileSystemErr; the
+/// report says what.
+Kvad::ErrorStatus kvdbSaveDrawing(const KvDbDatabase& database, const std::filesystem::path& path,
+                                  KvIoReport& report, const KvIoSaveOptions& options = {});
 /// The same into memory.
 std::string kvdbFormatDrawing(const KvDbDatabase& database, const KvIoSaveOptions& options = {});
 

@@ -17,18 +17,23 @@ struct TableName {
 };
 
 constexpr TableName kTableNames[] = {
-    {"VPORT", KvDbTable::Viewport}, {"LTYPE", KvDbTable::Linetype}, {"LAYER", KvDbTable::Layer},
-    {"STYLE", KvDbTable::TextStyle}, {"VIEW", KvDbTable::View},     {"UCS", KvDbTable::UCS},
-    {"APPID", KvDbTable::RegApp},   {"DIMSTYLE", KvDbTable::DimStyle}, {"BLOCK_RECORD", KvDbTable::Block},
+    {"VPORT", KvDbTable::Viewport},  {"LTYPE", KvDbTable::Linetype},    {"LAYER", KvDbTable::Layer},
+    {"STYLE", KvDbTable::TextStyle}, {"VIEW", KvDbTable::View},         {"UCS", KvDbTable::UCS},
+    {"APPID", KvDbTable::RegApp},    {"DIMSTYLE", KvDbTable::DimStyle}, {"BLOCK_RECORD", KvDbTable::Block},
 };
 
 const TableName* tableNamed(std::string_view name) {
-  const auto* found = std::find_if(std::begin(kTableNames), std::end(kTableNames), [&](const TableName& t) { return t.name == name; });
+  const auto* found = std::find_if(std::begin(kTableNames), std::end(kTableNames),
+                                   [&](const TableName& t) { return t.name == name; });
   return found == std::end(kTableNames) ? nullptr : found;
 }
 
-bool ownsSequence(std::wstring_view type) { return type == L"POLYLINE" || type == L"INSERT"; }
-bool belongsToSequence(std::wstring_view type) { return type == L"VERTEX" || type == L"ATTRIB"; }
+bool ownsSequence(std::wstring_view type) {
+  return type == L"POLYLINE" || type == L"INSERT";
+}
+bool belongsToSequence(std::wstring_view type) {
+  return type == L"VERTEX" || type == L"ATTRIB";
+}
 
 std::unique_ptr<KvDbEntity> makeEntity(const NamedClass& type) {
   if (ownsSequence(type.name.view())) return std::make_unique<KvDbSequenceEntity>(type.name);
@@ -39,13 +44,16 @@ std::unique_ptr<KvDbEntity> makeEntity(const NamedClass& type) {
 
 std::unique_ptr<KvDbObject> makeObject(const NamedClass& type) {
   const KvRxClass* known = type.known;
-  const bool isPlain = known && !known->isDerivedFrom(KvDbEntity::desc()) && !known->isDerivedFrom(KvDbSymbolTableRecord::desc());
+  const bool isPlain = known && !known->isDerivedFrom(KvDbEntity::desc()) &&
+                       !known->isDerivedFrom(KvDbSymbolTableRecord::desc());
   if (isPlain)
     if (auto* object = KvDbObject::cast(known->create())) return std::unique_ptr<KvDbObject>(object);
   return std::make_unique<KvDbProxyObject>(type.name);
 }
 
-CString wide(std::string_view bytes) { return CString(std::wstring(bytes.begin(), bytes.end())); }
+CString wide(std::string_view bytes) {
+  return CString(std::wstring(bytes.begin(), bytes.end()));
+}
 
 }  // namespace
 
@@ -65,7 +73,8 @@ std::wstring_view DxfReader::Record::text(int code) const {
 KvDbHandle DxfReader::Record::handle() const {
   for (const KvDxfGroup& group : groups) {
     if (group.code == 100 || group.code == 1001) break;
-    if ((group.code == 5 && type != L"DIMSTYLE") || group.code == 105) return KvDbHandle(static_cast<std::uint64_t>(group.integer));
+    if ((group.code == 5 && type != L"DIMSTYLE") || group.code == 105)
+      return KvDbHandle(static_cast<std::uint64_t>(group.integer));
   }
   return {};
 }
@@ -99,7 +108,8 @@ void DxfReader::findEncoding(std::string_view bytes) {
   while (tokens.next(group)) {
     if (group.code == 0 && group.bytes == "ENDSEC") break;
     if (group.code == 9) variable = group.bytes;
-    if (variable == "$ACADVER" && group.code == 1) extras.version = kvdbVersionFromCode(wide(group.bytes).view());
+    if (variable == "$ACADVER" && group.code == 1)
+      extras.version = kvdbVersionFromCode(wide(group.bytes).view());
     if (variable == "$DWGCODEPAGE" && group.code == 3) extras.codePage = wide(group.bytes);
   }
   encoding_.isUtf8 = extras.version >= KvDbFileVersion::R2007;
@@ -171,7 +181,8 @@ KvDxfGroup DxfReader::takeGroup() {
       } else {
         const auto digit = [](char c) { return c >= 'a' ? c - 'a' + 10 : c >= 'A' ? c - 'A' + 10 : c - '0'; };
         for (std::size_t i = 0; i + 1 < current_.bytes.size(); i += 2)
-          bytes += static_cast<wchar_t>((digit(current_.bytes[i]) << 4 | digit(current_.bytes[i + 1])) & 0xFF);
+          bytes +=
+              static_cast<wchar_t>((digit(current_.bytes[i]) << 4 | digit(current_.bytes[i + 1])) & 0xFF);
       }
       group.text = keep(bytes);
       break;
@@ -193,8 +204,12 @@ KvDxfGroup DxfReader::takeGroup() {
       group.dimensions = 3;
       break;
     }
-    case KvDxfKind::Real: group.point.x = current_.real; break;
-    default: group.integer = current_.integer; break;
+    case KvDxfKind::Real:
+      group.point.x = current_.real;
+      break;
+    default:
+      group.integer = current_.integer;
+      break;
   }
   advance();
   return group;
@@ -242,13 +257,20 @@ bool DxfReader::readSection() {
   const CString name(decodeText(current_.bytes, encoding_));
   advance();
   bool isRead = true;
-  if (name == L"HEADER") isRead = readHeader();
-  else if (name == L"CLASSES") keepGroupsUntilSectionEnd(database_.extras().classes);
-  else if (name == L"TABLES") isRead = readTables();
-  else if (name == L"BLOCKS") isRead = readBlocks();
-  else if (name == L"ENTITIES") isRead = readEntities();
-  else if (name == L"OBJECTS") isRead = readObjects();
-  else isRead = readOther(name);
+  if (name == L"HEADER")
+    isRead = readHeader();
+  else if (name == L"CLASSES")
+    keepGroupsUntilSectionEnd(database_.extras().classes);
+  else if (name == L"TABLES")
+    isRead = readTables();
+  else if (name == L"BLOCKS")
+    isRead = readBlocks();
+  else if (name == L"ENTITIES")
+    isRead = readEntities();
+  else if (name == L"OBJECTS")
+    isRead = readObjects();
+  else
+    isRead = readOther(name);
   if (!isRead || tokens_.hasFailed()) return false;
   if (is(0, "ENDSEC")) return advance() || true;
   return mend(tokens_.here(), L"the end of section " + name + L" expected");
@@ -322,7 +344,8 @@ bool DxfReader::readTable() {
     if (is(0, "ENDTAB")) advance();
     return true;
   }
-  auto* table = KvDbSymbolTable::cast(database_.tableId(known->table).stub() ? database_.tableId(known->table).stub()->object : nullptr);
+  auto* table = KvDbSymbolTable::cast(
+      database_.tableId(known->table).stub() ? database_.tableId(known->table).stub()->object : nullptr);
   if (!table) {
     table = database_.makeTable(known->table).release();
     bool isReplaced = false;
@@ -339,7 +362,8 @@ bool DxfReader::readTable() {
       if (!mend(record->place, L"a record of table \"" + name + L"\" expected")) return false;
       continue;
     }
-    std::unique_ptr<KvDbSymbolTableRecord> fresh(static_cast<KvDbSymbolTableRecord*>(table->recordClass()->create()));
+    std::unique_ptr<KvDbSymbolTableRecord> fresh(
+        static_cast<KvDbSymbolTableRecord*>(table->recordClass()->create()));
     KvDbSymbolTableRecord* placed = place(std::move(fresh), *record, table->objectId());
     if (!placed) return false;
     table->addAsRead(*placed);
@@ -357,7 +381,8 @@ KvDbBlockTableRecord* DxfReader::blockRecord(const Record& begin, const CString&
     return KvDbBlockTableRecord::cast(id.stub()->object);
   }
   CString given = name;
-  for (int number = 1; given.IsEmpty() || (name.IsEmpty() && !database_.recordId(KvDbTable::Block, given).isNull()); ++number)
+  for (int number = 1;
+       given.IsEmpty() || (name.IsEmpty() && !database_.recordId(KvDbTable::Block, given).isNull()); ++number)
     given.Format(L"NONAME%d", number);
   const KvDbObjectId id = makeRecord(KvDbTable::Block, given);
   return KvDbBlockTableRecord::cast(id.stub()->object);
@@ -383,7 +408,8 @@ bool DxfReader::readBlock(const Record& beginRecord) {
   if (name.CompareNoCase(L"$PAPER_SPACE") == 0) name = L"*Paper_Space";
   KvDbBlockTableRecord* block = blockRecord(beginRecord, name);
   if (!block) return false;
-  if (!block->beginId().isNull() && !mend(beginRecord.place, L"block \"" + name + L"\" stands twice")) return false;
+  if (!block->beginId().isNull() && !mend(beginRecord.place, L"block \"" + name + L"\" stands twice"))
+    return false;
   const KvDbBlockBegin* begin = place(std::make_unique<KvDbBlockBegin>(), beginRecord, block->objectId());
   if (!begin) return false;
   block->setMarks(begin->objectId(), block->endId());
@@ -409,7 +435,8 @@ KvDbBlockTableRecord* DxfReader::blockOf(const Record& record) {
   lastOwner_ = owner;
   lastWasPaper_ = isPaper;
   lastBlock_ = nullptr;
-  if (KvDbStub* stub = object(owner).stub(); stub && stub->object) lastBlock_ = KvDbBlockTableRecord::cast(stub->object);
+  if (KvDbStub* stub = object(owner).stub(); stub && stub->object)
+    lastBlock_ = KvDbBlockTableRecord::cast(stub->object);
   if (!lastBlock_) {
     const wchar_t* name = isPaper ? L"*Paper_Space" : L"*Model_Space";
     KvDbObjectId id = database_.recordId(KvDbTable::Block, name);
@@ -424,7 +451,8 @@ bool DxfReader::readEntities() {
   while (!isSectionEnd()) {
     Record* record = takeRecord();
     if (!record) return false;
-    KvDbBlockTableRecord* block = openSequence_ && belongsToSequence(record->type) ? nullptr : blockOf(*record);
+    KvDbBlockTableRecord* block =
+        openSequence_ && belongsToSequence(record->type) ? nullptr : blockOf(*record);
     if (!addEntity(*record, block)) return false;
   }
   return true;
@@ -433,7 +461,8 @@ bool DxfReader::readEntities() {
 bool DxfReader::addEntity(Record& record, KvDbBlockTableRecord* block) {
   const bool isEnd = record.type == L"SEQEND";
   if (openSequence_ && (isEnd || belongsToSequence(record.type))) {
-    auto sub = isEnd ? std::unique_ptr<KvDbEntity>(std::make_unique<KvDbSequenceEnd>()) : makeEntity(named(record.type));
+    auto sub = isEnd ? std::unique_ptr<KvDbEntity>(std::make_unique<KvDbSequenceEnd>())
+                     : makeEntity(named(record.type));
     // Some files name the block as owner, not the entity; what they say is kept.
     const KvDbObjectId owner = record.owner() != 0 ? object(record.owner()) : openSequence_->objectId();
     const KvDbEntity* placed = place(std::move(sub), record, owner);
@@ -469,7 +498,9 @@ bool DxfReader::readObjects() {
   return true;
 }
 
-KvDbObjectId DxfReader::object(std::int64_t handle) { return database_.referenceTo(KvDbHandle(static_cast<std::uint64_t>(handle))); }
+KvDbObjectId DxfReader::object(std::int64_t handle) {
+  return database_.referenceTo(KvDbHandle(static_cast<std::uint64_t>(handle)));
+}
 
 KvDbObjectId DxfReader::record(KvDbTable table, std::wstring_view name) {
   NameCache& cache = cache_[static_cast<std::size_t>(table)];
@@ -489,17 +520,23 @@ KvDbObjectId DxfReader::record(KvDbTable table, std::wstring_view name) {
 
 const NamedClass& DxfReader::named(std::wstring_view name) {
   constexpr std::size_t kFactor = 31;
-  const std::size_t mark = name.empty() ? 0 : (name.size() * kFactor + static_cast<std::size_t>(name.front())) * kFactor + static_cast<std::size_t>(name.back());
+  const std::size_t mark = name.empty()
+                               ? 0
+                               : (name.size() * kFactor + static_cast<std::size_t>(name.front())) * kFactor +
+                                     static_cast<std::size_t>(name.back());
   NamedClass& place = named_[mark % std::size(named_)];
   if (place.name.view() != name) place = {KvDbSharedText(name), KvRxClass::findByDxfName(name)};
   return place;
 }
 
-KvDbObjectId DxfReader::makeRecord(KvDbTable table, const CString& name) { return database_.makeRecordAsRead(table, name); }
+KvDbObjectId DxfReader::makeRecord(KvDbTable table, const CString& name) {
+  return database_.makeRecordAsRead(table, name);
+}
 
 void DxfReader::finish() {
   database_.completeAfterReading();
-  if (mode_ == KvIoMode::Recover) repairReferences(database_, [this](const CString& text) { mend(KvIoMessage(), text); });
+  if (mode_ == KvIoMode::Recover)
+    repairReferences(database_, [this](const CString& text) { mend(KvIoMessage(), text); });
 }
 
 }  // namespace kvio

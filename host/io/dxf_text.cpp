@@ -80,7 +80,9 @@ bool isPlainText(std::string_view bytes) {
 std::wstring decodeText(std::string_view bytes, const TextEncoding& encoding) {
   if (isPlainText(bytes)) return std::wstring(bytes.begin(), bytes.end());
   std::wstring text = decodeBytes(bytes, encoding);
-  return text.find(L"\\U+") == std::wstring::npos && text.find(L"\\M+") == std::wstring::npos ? text : resolveEscapes(text);
+  return text.find(L"\\U+") == std::wstring::npos && text.find(L"\\M+") == std::wstring::npos
+             ? text
+             : resolveEscapes(text);
 }
 
 std::string encodeText(std::wstring_view text, const TextEncoding& encoding) {

@@ -16,7 +16,8 @@ constexpr unsigned char kLongCode = 255;  // in the oldest form a two-byte code 
 
 std::string_view trimmed(std::string_view text) {
   while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t' || text.back() == '\r')) text.remove_suffix(1);
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t' || text.back() == '\r'))
+    text.remove_suffix(1);
   return text;
 }
 
@@ -41,7 +42,9 @@ bool readWhole(std::string_view text, std::int64_t& value) {
   // Some writers put whole numbers down as real ones.
   double real = 0;
   const auto [realEnd, realError] = std::from_chars(text.data(), text.data() + text.size(), real);
-  if (realError != std::errc() || realEnd != text.data() + text.size() || !(std::fabs(real) < 9e15) || real != std::trunc(real)) return false;
+  if (realError != std::errc() || realEnd != text.data() + text.size() || !(std::fabs(real) < 9e15) ||
+      real != std::trunc(real))
+    return false;
   value = static_cast<std::int64_t>(real);
   return true;
 }
@@ -105,7 +108,8 @@ bool isNameInOldFiles(RawGroup& group) {
 CString shown(std::string_view bytes) {
   constexpr std::size_t kMostShown = 40;
   CString text;
-  for (char c : bytes.substr(0, kMostShown)) text += static_cast<unsigned char>(c) < 0x20 ? L'?' : static_cast<wchar_t>(static_cast<unsigned char>(c));
+  for (char c : bytes.substr(0, kMostShown))
+    text += static_cast<unsigned char>(c) < 0x20 ? L'?' : static_cast<wchar_t>(static_cast<unsigned char>(c));
   return text;
 }
 
@@ -194,13 +198,18 @@ bool DxfTokens::nextText(RawGroup& group) {
 bool DxfTokens::readValue(std::string_view text, RawGroup& group) {
   group.bytes = text;
   switch (group.kind) {
-    case KvDxfKind::Text: case KvDxfKind::Binary: return true;
+    case KvDxfKind::Text:
+    case KvDxfKind::Binary:
+      return true;
     case KvDxfKind::Handle:
       if (readHandle(text, group.integer)) return true;
       if (isNameInOldFiles(group)) return true;
       return fail(group.code, L"a handle", text);
-    case KvDxfKind::Point: case KvDxfKind::Real: return readReal(text, group.real) || fail(group.code, L"a real number", text);
-    default: return readWhole(text, group.integer) || fail(group.code, L"a whole number", text);
+    case KvDxfKind::Point:
+    case KvDxfKind::Real:
+      return readReal(text, group.real) || fail(group.code, L"a real number", text);
+    default:
+      return readWhole(text, group.integer) || fail(group.code, L"a whole number", text);
   }
 }
 
@@ -241,12 +250,16 @@ bool DxfTokens::nextBinary(RawGroup& group) {
   group.kind = kvdxfKind(code);
   bool isWhole = false;
   switch (group.kind) {
-    case KvDxfKind::Text: isWhole = takeZeroEnded(group.bytes); break;
+    case KvDxfKind::Text:
+      isWhole = takeZeroEnded(group.bytes);
+      break;
     case KvDxfKind::Handle:
       isWhole = takeZeroEnded(group.bytes);
-      if (isWhole && !readHandle(group.bytes, group.integer) && !isNameInOldFiles(group)) return fail(code, L"a handle", group.bytes);
+      if (isWhole && !readHandle(group.bytes, group.integer) && !isNameInOldFiles(group))
+        return fail(code, L"a handle", group.bytes);
       break;
-    case KvDxfKind::Point: case KvDxfKind::Real:
+    case KvDxfKind::Point:
+    case KvDxfKind::Real:
       isWhole = take(group.real);
       if (isWhole && !std::isfinite(group.real)) {
         group.real = 0;
@@ -265,7 +278,9 @@ bool DxfTokens::nextBinary(RawGroup& group) {
       group.integer = value;
       break;
     }
-    case KvDxfKind::Int64: isWhole = take(group.integer); break;
+    case KvDxfKind::Int64:
+      isWhole = take(group.integer);
+      break;
     case KvDxfKind::Bool: {
       std::uint8_t value = 0;
       isWhole = take(value);

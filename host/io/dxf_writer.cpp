@@ -22,9 +22,9 @@ struct TableName {
 };
 
 constexpr TableName kTableNames[] = {
-    {KvDbTable::Viewport, L"VPORT"}, {KvDbTable::Linetype, L"LTYPE"}, {KvDbTable::Layer, L"LAYER"},
-    {KvDbTable::TextStyle, L"STYLE"}, {KvDbTable::View, L"VIEW"},     {KvDbTable::UCS, L"UCS"},
-    {KvDbTable::RegApp, L"APPID"},   {KvDbTable::DimStyle, L"DIMSTYLE"}, {KvDbTable::Block, L"BLOCK_RECORD"},
+    {KvDbTable::Viewport, L"VPORT"},  {KvDbTable::Linetype, L"LTYPE"},    {KvDbTable::Layer, L"LAYER"},
+    {KvDbTable::TextStyle, L"STYLE"}, {KvDbTable::View, L"VIEW"},         {KvDbTable::UCS, L"UCS"},
+    {KvDbTable::RegApp, L"APPID"},    {KvDbTable::DimStyle, L"DIMSTYLE"}, {KvDbTable::Block, L"BLOCK_RECORD"},
 };
 
 template <class T>
@@ -86,7 +86,8 @@ char* formatReal(char* out, char* end, double value) {
 
 }  // namespace
 
-// --- Bytes ---------------------------------------------------------------------------------------------------------------------
+// --- Bytes
+// ---------------------------------------------------------------------------------------------------------------------
 
 DxfByteWriter::DxfByteWriter(KvIoForm form, TextEncoding encoding) : form_(form), encoding_(encoding) {
   if (form_ == KvIoForm::Binary) bytes_ = kBinaryMark;
@@ -140,7 +141,8 @@ void DxfByteWriter::real(int code, double value) {
   char* const digits = formatCode(line, code);
   char* end = formatReal(digits, line + sizeof line - 4, value);
   // Readers tell real numbers by their point.
-  if (std::find_if(digits, end, [](char c) { return c == '.' || c == 'e'; }) == end) end = std::copy_n(".0", 2, end);
+  if (std::find_if(digits, end, [](char c) { return c == '.' || c == 'e'; }) == end)
+    end = std::copy_n(".0", 2, end);
   bytes_.append(line, std::copy_n("\r\n", 2, end));
 }
 
@@ -148,10 +150,18 @@ void DxfByteWriter::integer(int code, std::int64_t value) {
   putCode(code);
   if (form_ == KvIoForm::Binary) {
     switch (kvdxfKind(code)) {
-      case KvDxfKind::Int32: put(static_cast<std::int32_t>(value)); return;
-      case KvDxfKind::Int64: put(value); return;
-      case KvDxfKind::Bool: put(static_cast<std::uint8_t>(value)); return;
-      default: put(static_cast<std::int16_t>(value)); return;
+      case KvDxfKind::Int32:
+        put(static_cast<std::int32_t>(value));
+        return;
+      case KvDxfKind::Int64:
+        put(value);
+        return;
+      case KvDxfKind::Bool:
+        put(static_cast<std::uint8_t>(value));
+        return;
+      default:
+        put(static_cast<std::int16_t>(value));
+        return;
     }
   }
   char digits[24];
@@ -203,7 +213,8 @@ void DxfByteWriter::binary(int code, std::span<const std::uint8_t> bytes) {
   } while (at < bytes.size());
 }
 
-// --- Sections ------------------------------------------------------------------------------------------------------------------
+// --- Sections
+// ------------------------------------------------------------------------------------------------------------------
 
 void DxfFileWriter::write() {
   const KvDbFileExtras& extras = database_.extras();
@@ -243,7 +254,8 @@ void DxfFileWriter::writeHeader() {
   writer_.text(3, extras.codePage.view());
   for (const auto& variable : extras.header) {
     // The three that follow from the file itself.
-    if (variable.name == L"$ACADVER" || variable.name == L"$DWGCODEPAGE" || variable.name == L"$HANDSEED") continue;
+    if (variable.name == L"$ACADVER" || variable.name == L"$DWGCODEPAGE" || variable.name == L"$HANDSEED")
+      continue;
     writeVariable(variable.name, variable.groups);
   }
   writer_.text(9, L"$HANDSEED");
@@ -308,7 +320,8 @@ void DxfFileWriter::writeObjects() {
   for (KvDbObjectId id : database_.allObjects()) {
     const KvDbObject* object = id.stub()->object;
     if (id.isErased() || id == database_.namedObjectsDictionaryId()) continue;
-    if (object->isKindOf(KvDbEntity::desc()) || object->isKindOf(KvDbSymbolTable::desc()) || object->isKindOf(KvDbSymbolTableRecord::desc()))
+    if (object->isKindOf(KvDbEntity::desc()) || object->isKindOf(KvDbSymbolTable::desc()) ||
+        object->isKindOf(KvDbSymbolTableRecord::desc()))
       continue;
     object->dxfOut(writer_);
   }

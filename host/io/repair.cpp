@@ -9,7 +9,9 @@ namespace {
 constexpr const wchar_t* kLayoutMarker = L"AcDbLayout";
 constexpr int kBlockReference = 330;
 
-CString nameOf(const KvDbObject& object) { return object.fileType() + L" " + object.handle().toText(); }
+CString nameOf(const KvDbObject& object) {
+  return object.fileType() + L" " + object.handle().toText();
+}
 
 /// The block whose record names the layout as its own; null when there is none.
 KvDbObjectId blockOfLayout(const KvDbDatabase& database, KvDbObjectId layout) {
@@ -19,7 +21,8 @@ KvDbObjectId blockOfLayout(const KvDbDatabase& database, KvDbObjectId layout) {
   return {};
 }
 
-void repairLayout(KvDbDatabase& database, KvDbProxyObject& layout, const std::function<void(const CString&)>& report) {
+void repairLayout(KvDbDatabase& database, KvDbProxyObject& layout,
+                  const std::function<void(const CString&)>& report) {
   const auto handle = layout.handleBehind(kLayoutMarker, kBlockReference);
   if (!handle || !database.idFromHandle(KvDbHandle(static_cast<std::uint64_t>(*handle))).isNull()) return;
   const KvDbObjectId block = blockOfLayout(database, layout.objectId());
@@ -40,11 +43,13 @@ void repairLayout(KvDbDatabase& database, KvDbProxyObject& layout, const std::fu
 void repairReferences(KvDbDatabase& database, const std::function<void(const CString&)>& report) {
   const auto ids = database.allObjects();
   for (KvDbObjectId id : ids)
-    if (auto* proxy = KvDbProxyObject::cast(id.stub()->object); proxy && proxy->fileType() == L"LAYOUT") repairLayout(database, *proxy, report);
+    if (auto* proxy = KvDbProxyObject::cast(id.stub()->object); proxy && proxy->fileType() == L"LAYOUT")
+      repairLayout(database, *proxy, report);
   for (KvDbObjectId id : ids) {
     auto* dictionary = KvDbDictionary::cast(id.stub()->object);
     if (!dictionary) continue;
-    for (const CString& name : dictionary->dropDangling()) report(nameOf(*dictionary) + L": entry \"" + name + L"\" led to nothing");
+    for (const CString& name : dictionary->dropDangling())
+      report(nameOf(*dictionary) + L": entry \"" + name + L"\" led to nothing");
   }
 }
 

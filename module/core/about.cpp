@@ -27,19 +27,29 @@ platform::DialogTemplate aboutTemplate() {
   dialog.id = kDialog;
   dialog.width = kWidth;
   dialog.height = kTop + kLineHeight * 8;
-  dialog.controls.push_back({.kind = ControlKind::Picture, .id = kPicture, .text = {}, .rect = platform::DialogRect{10, 6, kWidth - 20, kPictureHeight}});
+  dialog.controls.push_back({.kind = ControlKind::Picture,
+                             .id = kPicture,
+                             .text = {},
+                             .rect = platform::DialogRect{10, 6, kWidth - 20, kPictureHeight}});
   for (int id = kFirstLine; id <= kLastLine; ++id)
-    dialog.controls.push_back({.kind = ControlKind::Static, .id = id, .text = {},
-                               .rect = platform::DialogRect{10, kTop + kLineHeight * (id - kFirstLine), kWidth - 20, kLineHeight}});
-  dialog.controls.push_back({.kind = ControlKind::Button, .id = platform::kIdOk, .text = L"确定",
-                             .rect = platform::DialogRect{kWidth - 60, kTop + kLineHeight * 6 + 4, 50, 14}, .isDefault = true});
+    dialog.controls.push_back(
+        {.kind = ControlKind::Static,
+         .id = id,
+         .text = {},
+         .rect = platform::DialogRect{10, kTop + kLineHeight * (id - kFirstLine), kWidth - 20, kLineHeight}});
+  dialog.controls.push_back({.kind = ControlKind::Button,
+                             .id = platform::kIdOk,
+                             .text = L"确定",
+                             .rect = platform::DialogRect{kWidth - 60, kTop + kLineHeight * 6 + 4, 50, 14},
+                             .isDefault = true});
   return dialog;
 }
 
 CString buildText() {
   CString root;
   IM_GetSysPath(root);
-  const CString number = IM_GetPrivateProfileString(L"Product", L"SubVer", L"", root + L"\\Common\\IAec.ini", kBuildNumberSize);
+  const CString number =
+      IM_GetPrivateProfileString(L"Product", L"SubVer", L"", root + L"\\Common\\IAec.ini", kBuildNumberSize);
   return number.IsEmpty() ? CString() : L"BUILD " + number;
 }
 

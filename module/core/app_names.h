@@ -10,8 +10,8 @@ inline constexpr IM_APPLICATION kApplicationCount = 50;
 /// With this bit IM_GetAppName doesn't register the name.
 inline constexpr unsigned int kAppNameUnregistered = 2;
 
-/// The name, registered in the working drawing's application table when it was missing there. Empty for a number outside 1 to
-/// 50 and when the name could not be registered.
+/// The name, registered in the working drawing's application table when it was missing there. Empty for a
+/// number outside 1 to 50 and when the name could not be registered.
 MEK_API CString IM_GetAppName(IM_APPLICATION app, unsigned int flags);
 /// Marks the working drawing as unchanged.
 MEK_API void IM_SetDbModZero();

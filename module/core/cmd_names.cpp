@@ -17,9 +17,13 @@ CString IM_CmdNamesGet() {
   return mek::readTextVariable(L"CMDNAMES", names) ? names : CString();
 }
 
-int IM_CmdNamesRunning() { return !IM_CmdNamesGet().IsEmpty(); }
+int IM_CmdNamesRunning() {
+  return !IM_CmdNamesGet().IsEmpty();
+}
 
-int IM_CmdNamesEmbedded(LPCWSTR name) { return !IM_TrimRight(IM_CmdNamesGet(), name, 1).IsEmpty(); }
+int IM_CmdNamesEmbedded(LPCWSTR name) {
+  return !IM_TrimRight(IM_CmdNamesGet(), name, 1).IsEmpty();
+}
 
 int IM_CmdNamesMatch(LPCWSTR name, int whole, CString names) {
   if (names.IsEmpty()) names = IM_CmdNamesGet();

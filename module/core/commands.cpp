@@ -20,9 +20,13 @@ constexpr int kFirstShellSuccess = 33;
 constexpr int kShowNormal = 1;
 
 /// For commands whose work is not part of this build: they say so.
-void notInThisBuild() { kvedPrompt(L"%s", IM_GetStringFromRc(kNotInThisBuildMessage, kMessageLength)); }
+void notInThisBuild() {
+  kvedPrompt(L"%s", IM_GetStringFromRc(kNotInThisBuildMessage, kMessageLength));
+}
 
-KvEdCommandStack* commandStack() { return KvEdCommandStack::cast(kvrxSysRegistry()->at(L"ACRX_REGISTERED_COMMANDS")); }
+KvEdCommandStack* commandStack() {
+  return KvEdCommandStack::cast(kvrxSysRegistry()->at(L"ACRX_REGISTERED_COMMANDS"));
+}
 
 bool contains(const std::vector<CString>& names, const CString& name) {
   for (const CString& one : names)
@@ -41,15 +45,17 @@ CString mek::withoutTransparentPrefix(const CString& primaryName, int& flags) {
   constexpr int kShort = 2, kLong = 7;
   flags = 0;
   int prefix = 0;
-  if (primaryName.GetLength() > kShort && primaryName.Left(kShort) == L"'_") prefix = kShort;
-  else if (primaryName.GetLength() > kLong && primaryName.Left(kLong).CompareNoCase(L"&APOS;_") == 0) prefix = kLong;
+  if (primaryName.GetLength() > kShort && primaryName.Left(kShort) == L"'_")
+    prefix = kShort;
+  else if (primaryName.GetLength() > kLong && primaryName.Left(kLong).CompareNoCase(L"&APOS;_") == 0)
+    prefix = kLong;
   if (prefix > 0) flags = KVRX_CMD_TRANSPARENT;
   return primaryName.Mid(prefix);
 }
 
 void mek::registerCommands() {
   const std::map<ImMapKeyString, KvRxFunctionPtr> handlers = {
-      {L"PARTONLINE", partOnlineCommand}, {L"IM_RESXML", notInThisBuild},   {L"IM_CUITRANS", notInThisBuild},
+      {L"PARTONLINE", partOnlineCommand},    {L"IM_RESXML", notInThisBuild}, {L"IM_CUITRANS", notInThisBuild},
       {L"IMINCREASEBACKUP", notInThisBuild}, {L"QX_ABOUT", aboutCommand},
   };
   // A future command that works on the present selection, or redraws, is named in one of these.
@@ -67,7 +73,8 @@ void mek::registerCommands() {
     if (contains(redrawCommands, name)) flags += KVRX_CMD_REDRAW;
     stack->addCommand(kGroup, name, name, flags, handler, nullptr, -1, KvRxResourceInstance(), nullptr);
     const CString& second = record->m_strSecondary;
-    if (!second.IsEmpty()) stack->addCommand(kGroup, second, second, flags, handler, nullptr, -1, KvRxResourceInstance(), nullptr);
+    if (!second.IsEmpty())
+      stack->addCommand(kGroup, second, second, flags, handler, nullptr, -1, KvRxResourceInstance(), nullptr);
   }
 }
 

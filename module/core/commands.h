@@ -1,5 +1,6 @@
 #pragma once
-// The module's five commands: their registration from the language table, and the handlers that have no folder of their own.
+// The module's five commands: their registration from the language table, and the handlers that have no
+// folder of their own.
 #include "platform/text/cstring.h"
 
 namespace mek {
@@ -8,8 +9,8 @@ namespace mek {
 void registerCommands();
 void unregisterCommands();
 
-/// A primary name without its transparent prefix, `'_` or `&APOS;_` (no regard to case), which only counts when something follows
-/// it. `flags` gets 1 when it was there, else 0.
+/// A primary name without its transparent prefix, `'_` or `&APOS;_` (no regard to case), which only counts
+/// when something follows it. `flags` gets 1 when it was there, else 0.
 CString withoutTransparentPrefix(const CString& primaryName, int& flags);
 
 /// Opens the parts portal in the user's browser.

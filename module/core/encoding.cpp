@@ -41,9 +41,13 @@ std::wstring decodeByteRuns(std::wstring_view text, unsigned int codePage) {
 
 }  // namespace
 
-CString IM_CStringA2W(CStringA text, unsigned int codePage) { return platform::fromCodePage(text.view(), codePage); }
+CString IM_CStringA2W(CStringA text, unsigned int codePage) {
+  return platform::fromCodePage(text.view(), codePage);
+}
 
-CStringA IM_CStringW2A(CString text, unsigned int codePage) { return platform::toCodePage(text.view(), codePage); }
+CStringA IM_CStringW2A(CString text, unsigned int codePage) {
+  return platform::toCodePage(text.view(), codePage);
+}
 
 CString IM_ReadString(CString const& text, unsigned int codePage, unsigned int holdsBytes) {
   const std::wstring stored = holdsBytes ? decodeByteRuns(text.view(), codePage) : text.str();
@@ -67,7 +71,8 @@ CString IM_WriteString(CString const& text, unsigned int codePage) {
       out += c;
       continue;
     }
-    for (char16_t unit : platform::toUtf16(std::wstring_view(&c, 1))) out.AppendFormat(L"\\U+%04X", static_cast<unsigned>(unit));
+    for (char16_t unit : platform::toUtf16(std::wstring_view(&c, 1)))
+      out.AppendFormat(L"\\U+%04X", static_cast<unsigned>(unit));
   }
   return out;
 }

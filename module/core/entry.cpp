@@ -67,8 +67,8 @@ class WithoutUndo {
   KvDbDatabase* database_;
 };
 
-/// Loading a drawing leaves neither an undo step nor a changed mark behind, although names are added to it. Undo recording is on
-/// again before the mark is cleared.
+/// Loading a drawing leaves neither an undo step nor a changed mark behind, although names are added to it.
+/// Undo recording is on again before the mark is cleared.
 void prepareDrawing() {
   {
     const WithoutUndo guard(kvdbHostApplicationServices()->workingDatabase());
@@ -83,10 +83,17 @@ void prepareDrawing() {
 std::int64_t kvrxEntryPoint(unsigned int message, void* applicationHandle) {
   try {
     switch (message) {
-      case kInitMessage: startModule(applicationHandle); break;
-      case kUnloadMessage: stopModule(); break;
-      case kDrawingLoadedMessage: prepareDrawing(); break;
-      default: break;
+      case kInitMessage:
+        startModule(applicationHandle);
+        break;
+      case kUnloadMessage:
+        stopModule();
+        break;
+      case kDrawingLoadedMessage:
+        prepareDrawing();
+        break;
+      default:
+        break;
     }
   } catch (...) {
     // The host never learns of a failure, by contract.

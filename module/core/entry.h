@@ -6,8 +6,8 @@
 
 extern "C" {
 
-/// Messages: 1 start, 2 stop, 3 a drawing was loaded (it is the working one); all others do nothing. `applicationHandle` is only
-/// used with message 1. Always 0, also after something inside failed.
+/// Messages: 1 start, 2 stop, 3 a drawing was loaded (it is the working one); all others do nothing.
+/// `applicationHandle` is only used with message 1. Always 0, also after something inside failed.
 MEK_API std::int64_t kvrxEntryPoint(unsigned int message, void* applicationHandle);
 
 /// Forwards to the function of the same name in the host's library.

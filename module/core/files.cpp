@@ -11,7 +11,8 @@ namespace {
 constexpr int kLongestPath = 4096;
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
 
-int collect(const std::vector<platform::FoundFile>& found, const CString& folder, std::vector<CString>& out, int fullPath) {
+int collect(const std::vector<platform::FoundFile>& found, const CString& folder, std::vector<CString>& out,
+            int fullPath) {
   for (const auto& entry : found)
     if (!entry.isFolder && !entry.isDots) out.push_back(fullPath ? folder + L"\\" + entry.name : entry.name);
   return !out.empty();
@@ -19,7 +20,9 @@ int collect(const std::vector<platform::FoundFile>& found, const CString& folder
 
 }  // namespace
 
-int IM_IsFileExist(CString path) { return !path.IsEmpty() && platform::findsAny(path); }
+int IM_IsFileExist(CString path) {
+  return !path.IsEmpty() && platform::findsAny(path);
+}
 
 int IM_FindFile(CString const& folder, CString const& pattern, std::vector<CString>& out, int fullPath) {
   const CString trimmed = CString(folder).TrimRight(L'\\');
@@ -44,7 +47,9 @@ int IM_EnsureFileDirectory(CString filePath) {
   return !folder.IsEmpty() && IM_CreateAllDirectory(folder);
 }
 
-int IM_WriteCFile(CString path, CString text) { return bool(platform::writeFile(path, IM_CStringW2A(text, 0).view())); }
+int IM_WriteCFile(CString path, CString text) {
+  return bool(platform::writeFile(path, IM_CStringW2A(text, 0).view()));
+}
 
 int IM_ReadCFile(CString path, CString& out) {
   std::string bytes;
@@ -64,4 +69,6 @@ int IM_ReadUnicodeFile(CString path, CString& out) {
   return 1;
 }
 
-int IM_ReadFile(CString path, CString& out) { return IM_ReadUnicodeFile(path, out) || IM_ReadCFile(path, out); }
+int IM_ReadFile(CString path, CString& out) {
+  return IM_ReadUnicodeFile(path, out) || IM_ReadCFile(path, out);
+}

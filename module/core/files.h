@@ -1,5 +1,6 @@
 #pragma once
-// Files by the product's paths: looking, making folders, and whole texts in 8-bit and UTF-16. 1 is success, 0 failure.
+// Files by the product's paths: looking, making folders, and whole texts in 8-bit and UTF-16. 1 is success, 0
+// failure.
 #include <vector>
 
 #include "module/core/export.h"
@@ -7,11 +8,13 @@
 
 /// A folder counts too; `*` and `?` are understood.
 MEK_API int IM_IsFileExist(CString path);
-/// Adds the names, or with `fullPath` the paths, of the files (no folders) of that one folder that fit the pattern, sorted by
-/// name. 1 if `out` isn't empty afterwards.
-MEK_API int IM_FindFile(CString const& folder, CString const& pattern, std::vector<CString>& out, int fullPath);
+/// Adds the names, or with `fullPath` the paths, of the files (no folders) of that one folder that fit the
+/// pattern, sorted by name. 1 if `out` isn't empty afterwards.
+MEK_API int IM_FindFile(CString const& folder, CString const& pattern, std::vector<CString>& out,
+                        int fullPath);
 MEK_API int IM_FindFile(CString const& pathPattern, std::vector<CString>& out, int fullPath);
-/// Makes the folder with its parents; 1 if it is there afterwards. 0, and nothing made, beyond 4096 characters.
+/// Makes the folder with its parents; 1 if it is there afterwards. 0, and nothing made, beyond 4096
+/// characters.
 MEK_API int IM_CreateAllDirectory(CString path);
 /// The same for the folder of a file; 0 for a name without folder.
 MEK_API int IM_EnsureFileDirectory(CString filePath);

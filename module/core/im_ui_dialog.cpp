@@ -12,6 +12,9 @@ platform::DialogTemplate inProductLanguage(platform::DialogTemplate from) {
 
 }  // namespace
 
-CImUiDialog::CImUiDialog(platform::DialogTemplate from) : platform::Dialog(inProductLanguage(std::move(from))) {}
+CImUiDialog::CImUiDialog(platform::DialogTemplate from)
+    : platform::Dialog(inProductLanguage(std::move(from))) {}
 
-int CImUiDialog::DoModal() { return platform::userInterface().runModal(*this, static_cast<HWND>(kdsw_kvadMainWnd())); }
+int CImUiDialog::DoModal() {
+  return platform::userInterface().runModal(*this, static_cast<HWND>(kdsw_kvadMainWnd()));
+}

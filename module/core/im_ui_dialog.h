@@ -1,5 +1,6 @@
 #pragma once
-// Base of the module's dialogs: a template in the language of the product, shown by whichever front end is there.
+// Base of the module's dialogs: a template in the language of the product, shown by whichever front end is
+// there.
 #include "module/core/export.h"
 #include "platform/ui/user_interface.h"
 

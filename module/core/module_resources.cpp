@@ -24,9 +24,13 @@ void mek::attachResources(void* instance) {
   if (!record().instance) record().instance = instance;
 }
 
-void mek::detachResources() { record() = ModuleRecord(); }
+void mek::detachResources() {
+  record() = ModuleRecord();
+}
 
-void* mek::moduleInstance() { return record().instance; }
+void* mek::moduleInstance() {
+  return record().instance;
+}
 
 CString mek::pictureFile(int resource) {
   CString root, name;
@@ -35,7 +39,8 @@ CString mek::pictureFile(int resource) {
   return joinPath(root, name);
 }
 
-IcUtPushResource::IcUtPushResource() : previousInstance_(record().selected), previousLanguage_(g_pCurModuleLang) {
+IcUtPushResource::IcUtPushResource()
+    : previousInstance_(record().selected), previousLanguage_(g_pCurModuleLang) {
   record().selected = record().instance;
   if (!record().language && g_pIAecLangSwitch) record().language = g_pIAecLangSwitch->FindModule(kModuleName);
   g_pCurModuleLang = record().language;
@@ -46,4 +51,6 @@ IcUtPushResource::~IcUtPushResource() {
   g_pCurModuleLang = previousLanguage_;
 }
 
-void* IcUtPushResource::current() { return record().selected; }
+void* IcUtPushResource::current() {
+  return record().selected;
+}

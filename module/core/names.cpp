@@ -35,13 +35,15 @@ CString nextCode(CString code) {
 
 /// The number of a text that is decimal digits only; false for any other text.
 bool decimalNumber(const CString& text, int& number) {
-  if (text.IsEmpty() || !text.SpanIncluding(L"0123456789").GetLength() || text.SpanIncluding(L"0123456789") != text) return false;
+  if (text.IsEmpty() || !text.SpanIncluding(L"0123456789").GetLength() ||
+      text.SpanIncluding(L"0123456789") != text)
+    return false;
   number = _wtoi(text);
   return true;
 }
 
-/// Brings the longest token of one kind that occurs (four, three, two or one letters) to the four-letter form, and answers how
-/// many letters it had; 0 when none occurs.
+/// Brings the longest token of one kind that occurs (four, three, two or one letters) to the four-letter
+/// form, and answers how many letters it had; 0 when none occurs.
 int unifyToken(CString& format, wchar_t letter) {
   for (int length = 4; length >= 1; --length) {
     const CString token(letter, length);
@@ -62,7 +64,8 @@ int dayOfWeek(int year, int month, int day) {
 
 template <class Names>
 CString nameAt(const Names& names, int index) {
-  return index >= 0 && index < static_cast<int>(names.size()) ? names[static_cast<std::size_t>(index)] : CString();
+  return index >= 0 && index < static_cast<int>(names.size()) ? names[static_cast<std::size_t>(index)]
+                                                              : CString();
 }
 
 CString twoDigits(int value) {
@@ -106,7 +109,8 @@ CString IM_GetNewItemName(std::vector<CString> const& existing, CString prefix, 
   std::set<int> used;
   for (const CString& name : existing) {
     int number = 0;
-    if (platform::startsWithNoCase(name.view(), prefix.view()) && decimalNumber(name.Mid(prefix.GetLength()), number))
+    if (platform::startsWithNoCase(name.view(), prefix.view()) &&
+        decimalNumber(name.Mid(prefix.GetLength()), number))
       used.insert(number);
   }
   int number = first;
@@ -116,7 +120,9 @@ CString IM_GetNewItemName(std::vector<CString> const& existing, CString prefix, 
   return name;
 }
 
-CString ImFileName::GetFileName(CString path) { return path.Mid(path.ReverseFind(L'\\') + 1); }
+CString ImFileName::GetFileName(CString path) {
+  return path.Mid(path.ReverseFind(L'\\') + 1);
+}
 
 CString ImFileName::GetFileNameWithoutExt(CString path) {
   const CString name = GetFileName(path);
@@ -147,11 +153,16 @@ CString IM_GetSystemDateFormat(int date, CString format) {
 
   const int dayLetters = unifyToken(format, L'd');
   const int monthLetters = unifyToken(format, L'M');
-  const int yearLetters = format.Find(L"yyyy") >= 0 ? 4 : format.Find(L"yy") >= 0 ? 2 : format.Find(L'y') >= 0 ? 1 : 0;
+  const int yearLetters = format.Find(L"yyyy") >= 0 ? 4
+                          : format.Find(L"yy") >= 0 ? 2
+                          : format.Find(L'y') >= 0  ? 1
+                                                    : 0;
   if (yearLetters == 2) format.Replace(L"yy", L"yyyy");
   if (yearLetters == 1) format.Replace(L"y", L"yyyy");
 
-  const CString yearText = yearLetters == 4 ? plain(year) : yearLetters == 2 ? twoDigits(year % 100) : plain(year % 100);
+  const CString yearText = yearLetters == 4   ? plain(year)
+                           : yearLetters == 2 ? twoDigits(year % 100)
+                                              : plain(year % 100);
   const CString dayText = dayLetters == 4   ? nameAt(names.longDays, weekday)
                           : dayLetters == 3 ? nameAt(names.shortDays, weekday)
                           : dayLetters == 2 ? twoDigits(day)

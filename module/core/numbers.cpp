@@ -14,11 +14,21 @@ constexpr wchar_t kWideZero = 0xFF10, kWideNine = 0xFF19;
 constexpr wchar_t kWidePoint = 0xFF0E, kWideMinus = 0xFF0D, kWidePlus = 0xFF0B;
 constexpr int kMostDecimals = 9;
 
-bool isWideDigit(wchar_t c) { return c >= kWideZero && c <= kWideNine; }
-bool isPoint(wchar_t c) { return c == L'.' || c == kWidePoint; }
-bool isMinus(wchar_t c) { return c == L'-' || c == kWideMinus; }
-bool isPlus(wchar_t c) { return c == L'+' || c == kWidePlus; }
-bool isFullWidth(wchar_t c) { return c >= 0xFF01 && c <= 0xFF5E; }
+bool isWideDigit(wchar_t c) {
+  return c >= kWideZero && c <= kWideNine;
+}
+bool isPoint(wchar_t c) {
+  return c == L'.' || c == kWidePoint;
+}
+bool isMinus(wchar_t c) {
+  return c == L'-' || c == kWideMinus;
+}
+bool isPlus(wchar_t c) {
+  return c == L'+' || c == kWidePlus;
+}
+bool isFullWidth(wchar_t c) {
+  return c >= 0xFF01 && c <= 0xFF5E;
+}
 
 CString halfDigits(CString text) {
   for (int i = 0; i < text.GetLength(); ++i)
@@ -71,7 +81,9 @@ int IM_IsStringChinese(CString text) {
   return 0;
 }
 
-CString Im_StringFullToHalf(CString text) { return halfDigits(text); }
+CString Im_StringFullToHalf(CString text) {
+  return halfDigits(text);
+}
 
 double IM_tstof(CString text) {
   CString half = halfDigits(text);
@@ -80,7 +92,9 @@ double IM_tstof(CString text) {
   return _wtof(half);
 }
 
-int IM_StringToInt(CString const& text) { return _wtoi(halfDigits(text)); }
+int IM_StringToInt(CString const& text) {
+  return _wtoi(halfDigits(text));
+}
 
 double IM_StringToDouble(CString const& text) {
   const CString half = halfDigits(text);
@@ -131,7 +145,9 @@ CString CItemStringFormater::formatFromList(int number) const {
   const long long distance = static_cast<long long>(number) - m_nFirst;
   if (distance % m_nStep != 0) return CString();
   const long long index = distance / m_nStep;
-  return index < 0 || index >= static_cast<long long>(m_aryList.size()) ? CString() : m_aryList[static_cast<std::size_t>(index)];
+  return index < 0 || index >= static_cast<long long>(m_aryList.size())
+             ? CString()
+             : m_aryList[static_cast<std::size_t>(index)];
 }
 
 bool CSBCCaseMatch::SplitStringAtDot(CString const& text) {

@@ -26,9 +26,12 @@ struct Brand {
 };
 
 constexpr Brand kBrands[] = {
-    {IM_PDT_KORVANE, L"Korvane", L"Korvane", L"KORVM"}, {IM_PDT_OEM1, L"Edition1", L"Edition 1", L"EDITION1"},
-    {IM_PDT_OEM2, L"Edition2", L"Edition 2", L"EDITION2"}, {IM_PDT_OEM3, L"Edition3", L"Edition 3", L"EDITION3"},
-    {IM_PDT_OEM4, L"Edition4", L"Edition 4", L"EDITION4"}, {IM_PDT_OEM5, L"Edition5", L"Edition 5", L"EDITION5"},
+    {IM_PDT_KORVANE, L"Korvane", L"Korvane", L"KORVM"},
+    {IM_PDT_OEM1, L"Edition1", L"Edition 1", L"EDITION1"},
+    {IM_PDT_OEM2, L"Edition2", L"Edition 2", L"EDITION2"},
+    {IM_PDT_OEM3, L"Edition3", L"Edition 3", L"EDITION3"},
+    {IM_PDT_OEM4, L"Edition4", L"Edition 4", L"EDITION4"},
+    {IM_PDT_OEM5, L"Edition5", L"Edition 5", L"EDITION5"},
 };
 
 /// The user's settings root without one trailing `\`; false when the host refuses it.
@@ -73,7 +76,8 @@ CString IM_GetPublicDocumentPath() {
   for (const Brand& brand : kBrands) {
     if (brand.type != g_eProductType) continue;
     CString tail;
-    tail.Format(L"\\%s\\%s Mechanical %s\\%s", brand.vendorFolder, brand.productName, version, brand.shortFolder);
+    tail.Format(L"\\%s\\%s Mechanical %s\\%s", brand.vendorFolder, brand.productName, version,
+                brand.shortFolder);
     return folder + tail;
   }
   return CString();
@@ -81,7 +85,8 @@ CString IM_GetPublicDocumentPath() {
 
 CString IM_GetRegSysPath() {
   CString path = L"SOFTWARE\\Korvasoft";
-  for (const wchar_t* key : {L"PRODUCT", L"VERSION", L"LANGUAGE"}) path += L"\\" + IM_GetSystemSettingString(L"Config", key, L"");
+  for (const wchar_t* key : {L"PRODUCT", L"VERSION", L"LANGUAGE"})
+    path += L"\\" + IM_GetSystemSettingString(L"Config", key, L"");
   return path;
 }
 
@@ -91,9 +96,13 @@ CString IM_GetSystemSettingXML() {
   return mek::joinPath(root, L"StartupConfig.xml");
 }
 
-CString mek::joinPath(CString first, CString second) { return first.TrimRight(L'\\') + L"\\" + second.TrimLeft(L'\\'); }
+CString mek::joinPath(CString first, CString second) {
+  return first.TrimRight(L'\\') + L"\\" + second.TrimLeft(L'\\');
+}
 
-CString mek::IM_GetProSettingPath() { return IM_GetLocalSettingPath() + L"\\pro\\"; }
+CString mek::IM_GetProSettingPath() {
+  return IM_GetLocalSettingPath() + L"\\pro\\";
+}
 
 CString mek::IM_GetTranslatorPath() {
   CString root;
@@ -110,6 +119,7 @@ void mek::prepareUserFolder() {
   }
   for (const wchar_t* name : kTemplates) {
     const CString target = folder + L"\\" + name;
-    if (!IM_IsFileExist(target)) platform::copyFile(IM_GetSysSettingPath() + L"\\pro\\" + name, target, false);
+    if (!IM_IsFileExist(target))
+      platform::copyFile(IM_GetSysSettingPath() + L"\\pro\\" + name, target, false);
   }
 }

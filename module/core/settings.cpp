@@ -20,17 +20,21 @@ constexpr unsigned long kProSettingSize = 256;
 constexpr unsigned long kLargestRegistryValue = 5000;
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
 
-bool isEmpty(LPCWSTR text) { return !text || !*text; }
+bool isEmpty(LPCWSTR text) {
+  return !text || !*text;
+}
 
 /// A profile value of at most `size` characters, terminator included; `count` gets its length.
-CString readProfile(LPCWSTR section, LPCWSTR key, LPCWSTR defaultValue, LPCWSTR file, unsigned long size, unsigned long& count) {
+CString readProfile(LPCWSTR section, LPCWSTR key, LPCWSTR defaultValue, LPCWSTR file, unsigned long size,
+                    unsigned long& count) {
   count = 0;
   if (size == 0) return CString();
   // No value is longer than its file or the default, however much room the caller offers.
   const std::size_t longest = platform::kProfileLimit + (defaultValue ? std::wcslen(defaultValue) : 0);
   size = std::min<unsigned long>(size, longest + 1);
   std::vector<wchar_t> buffer(size);
-  count = GetPrivateProfileStringW(section, key, defaultValue, buffer.data(), static_cast<std::uint32_t>(size), file);
+  count = GetPrivateProfileStringW(section, key, defaultValue, buffer.data(),
+                                   static_cast<std::uint32_t>(size), file);
   return CString(buffer.data(), static_cast<int>(count));
 }
 
@@ -57,7 +61,8 @@ int IM_GetSystemSettingInt(CString section, CString key, int defaultValue) {
   return text.IsEmpty() ? defaultValue : _wtoi(text);
 }
 
-CString IM_GetPrivateProfileString(LPCWSTR section, LPCWSTR key, LPCWSTR defaultValue, LPCWSTR file, unsigned long size) {
+CString IM_GetPrivateProfileString(LPCWSTR section, LPCWSTR key, LPCWSTR defaultValue, LPCWSTR file,
+                                   unsigned long size) {
   if (isEmpty(section) || isEmpty(key)) return CString();
   unsigned long count = 0;
   return readProfile(section, key, defaultValue, file, size, count);
@@ -86,7 +91,8 @@ void IM_GetPrivateProfileSectionMap(CString section, CString file, std::map<CStr
   }
 }
 
-CString IM_GetConfigFileValue(CString file, CString section, CString key, CString defaultValue, unsigned long size) {
+CString IM_GetConfigFileValue(CString file, CString section, CString key, CString defaultValue,
+                              unsigned long size) {
   if (!IM_IsFileExist(file)) return defaultValue;
   unsigned long count = 0;
   const CString value = readProfile(section, key, L"", file, size, count);
@@ -99,19 +105,23 @@ int IM_SetConfigFileValue(CString file, CString section, CString key, CString va
 
 CString IM_GetRegeditValue(HKEY root, LPCWSTR subKey, LPCWSTR valueName, unsigned long* type) {
   platform::RegistryValue value;
-  if (platform::Registry().query(root, subKey ? subKey : L"", valueName ? valueName : L"", value) != 0) return CString();
+  if (platform::Registry().query(root, subKey ? subKey : L"", valueName ? valueName : L"", value) != 0)
+    return CString();
   if (type) *type = value.type;
   if (value.bytes.empty() || value.bytes.size() >= kLargestRegistryValue) return CString();
   switch (value.type) {
     case platform::kRegistryText:
-    case platform::kRegistryExpandText: return value.text();
+    case platform::kRegistryExpandText:
+      return value.text();
     case platform::kRegistryNumber: {
       CString text;
       text.Format(L"%d", static_cast<int>(value.number()));
       return text;
     }
-    case platform::kRegistryTexts: return joinedStrings(value.texts());
-    default: return CString();
+    case platform::kRegistryTexts:
+      return joinedStrings(value.texts());
+    default:
+      return CString();
   }
 }
 
@@ -134,7 +144,8 @@ int IM_SetRegeditValue(LPCWSTR subKey, LPCWSTR valueName, LPCWSTR value) {
 }
 
 CString mek::IM_GetProSettingString(const CString& section, const CString& key, const CString& defaultValue) {
-  return IM_GetPrivateProfileString(section, key, defaultValue, IM_GetProSettingPath() + L"impro.ini", kProSettingSize);
+  return IM_GetPrivateProfileString(section, key, defaultValue, IM_GetProSettingPath() + L"impro.ini",
+                                    kProSettingSize);
 }
 
 int mek::IM_GetProSettingInt(const CString& section, const CString& key, int defaultValue) {
@@ -142,4 +153,6 @@ int mek::IM_GetProSettingInt(const CString& section, const CString& key, int def
   return text.IsEmpty() ? IM_GetSystemSettingInt(section, key, defaultValue) : _wtoi(text);
 }
 
-int mek::IM_LanguageCodeToId(CString code) { return IM_ResLanguageNumber(code.MakeUpper()); }
+int mek::IM_LanguageCodeToId(CString code) {
+  return IM_ResLanguageNumber(code.MakeUpper());
+}

@@ -4,15 +4,23 @@
 
 namespace {
 
-void addPart(CStringArray& out, const CString& part) { out.Add(part); }
-void addPart(CStringArrayA& out, const CStringA& part) { out.Add(part); }
+void addPart(CStringArray& out, const CString& part) {
+  out.Add(part);
+}
+void addPart(CStringArrayA& out, const CStringA& part) {
+  out.Add(part);
+}
 template <class Text>
 void addPart(std::vector<Text>& out, const Text& part) {
   out.push_back(part);
 }
 
-void emptyParts(CStringArray& out) { out.RemoveAll(); }
-void emptyParts(CStringArrayA& out) { out.RemoveAll(); }
+void emptyParts(CStringArray& out) {
+  out.RemoveAll();
+}
+void emptyParts(CStringArrayA& out) {
+  out.RemoveAll();
+}
 template <class Text>
 void emptyParts(std::vector<Text>& out) {
   out.clear();
@@ -66,13 +74,25 @@ int findUnescaped(const CString& text, const CString& what, int start) {
 
 }  // namespace
 
-int IM_SplitString(CString text, CString separator, CStringArray& out) { return splitAtEach(text, separator, out); }
-int IM_SplitString(CString text, CString separator, std::vector<CString>& out) { return splitAtEach(text, separator, out); }
-int IM_SplitString(CString text, CStringArray& out) { return splitAtEach(withSingleBlanks(text), CString(L" "), out); }
+int IM_SplitString(CString text, CString separator, CStringArray& out) {
+  return splitAtEach(text, separator, out);
+}
+int IM_SplitString(CString text, CString separator, std::vector<CString>& out) {
+  return splitAtEach(text, separator, out);
+}
+int IM_SplitString(CString text, CStringArray& out) {
+  return splitAtEach(withSingleBlanks(text), CString(L" "), out);
+}
 
-int IM_SplitStringA(CStringA text, CStringA separator, CStringArrayA& out) { return splitAtEach(text, separator, out); }
-int IM_SplitStringA(CStringA text, CStringA separator, std::vector<CStringA>& out) { return splitAtEach(text, separator, out); }
-int IM_SplitStringA(CStringA text, CStringArrayA& out) { return splitAtEach(withSingleBlanks(text), CStringA(" "), out); }
+int IM_SplitStringA(CStringA text, CStringA separator, CStringArrayA& out) {
+  return splitAtEach(text, separator, out);
+}
+int IM_SplitStringA(CStringA text, CStringA separator, std::vector<CStringA>& out) {
+  return splitAtEach(text, separator, out);
+}
+int IM_SplitStringA(CStringA text, CStringArrayA& out) {
+  return splitAtEach(withSingleBlanks(text), CStringA(" "), out);
+}
 int IM_SplitStringA(CStringA text, char separator, CStringArrayA& out) {
   return splitAtEach(text, separator ? CStringA(separator) : CStringA(), out);
 }
@@ -115,5 +135,6 @@ CString IM_TrimRight(CString text, CString suffix, int ignoreCase) {
 
 CString IM_TrimLeft(CString text, CString prefix, int ignoreCase) {
   const int length = prefix.GetLength();
-  return text.GetLength() >= length && sameText(text.Left(length), prefix, ignoreCase) ? text.Mid(length) : text;
+  return text.GetLength() >= length && sameText(text.Left(length), prefix, ignoreCase) ? text.Mid(length)
+                                                                                       : text;
 }

@@ -92,13 +92,18 @@ void IM_TranslateGenMsg() {
   IM_FindFile(mek::IM_GetTranslatorPath() + L"*.mld", files, 1);
   for (const CString& file : files) {
     CString content;
-    if (IM_ReadUnicodeFile(file, content)) mek::addTranslations(ImFileName::GetFileNameWithoutExt(file), content);
+    if (IM_ReadUnicodeFile(file, content))
+      mek::addTranslations(ImFileName::GetFileNameWithoutExt(file), content);
   }
 }
 
-CString IM_TranslateGenMsg(CString const& text, double* value) { return translate(text, value, kMostMacros); }
+CString IM_TranslateGenMsg(CString const& text, double* value) {
+  return translate(text, value, kMostMacros);
+}
 
-void mek::releaseTranslations() { table().reset(); }
+void mek::releaseTranslations() {
+  table().reset();
+}
 
 void mek::addTranslations(const CString& fileKey, const CString& content) {
   if (!table()) table() = std::make_unique<Table>();
@@ -111,6 +116,7 @@ void mek::addTranslations(const CString& fileKey, const CString& content) {
     std::vector<CString> parts;
     if (IM_SplitString(lines[i], L"\"", parts) != static_cast<int>(2 * languages.size() + 1)) continue;
     auto& texts = messages[_wtoi(parts.front().Trim())];
-    for (std::size_t column = 0; column < languages.size(); ++column) texts[languages[column]] = parts[2 * column + 1];
+    for (std::size_t column = 0; column < languages.size(); ++column)
+      texts[languages[column]] = parts[2 * column + 1];
   }
 }

@@ -18,7 +18,8 @@ std::string_view variable(const char* name) {
 }
 
 std::filesystem::path folderFrom(const char* xdgName, const char* belowHome) {
-  if (auto value = variable(xdgName); !value.empty() && value.front() == '/') return std::filesystem::path(value);
+  if (auto value = variable(xdgName); !value.empty() && value.front() == '/')
+    return std::filesystem::path(value);
   auto home = variable("HOME");
   return std::filesystem::path(home.empty() ? std::string_view("/") : home) / belowHome;
 }
@@ -46,7 +47,8 @@ Environment Environment::fromProcess() {
   auto codePage = variable("KORVANE_CODEPAGE");
   std::uint32_t number = 0;
   auto [end, error] = std::from_chars(codePage.data(), codePage.data() + codePage.size(), number);
-  if (error == std::errc() && end == codePage.data() + codePage.size() && number != 0) result.systemCodePage = number;
+  if (error == std::errc() && end == codePage.data() + codePage.size() && number != 0)
+    result.systemCodePage = number;
   return result;
 }
 
@@ -60,6 +62,8 @@ ScopedEnvironment::ScopedEnvironment(Environment& environment) : previous_(insta
   installed() = &environment;
 }
 
-ScopedEnvironment::~ScopedEnvironment() { installed() = previous_; }
+ScopedEnvironment::~ScopedEnvironment() {
+  installed() = previous_;
+}
 
 }  // namespace platform

@@ -17,14 +17,16 @@ class TimerQueue;
 
 /// Places and choices of one running product. Plain data; paths are native.
 struct Environment {
-  std::filesystem::path settingsRoot;   ///< user's settings: $XDG_CONFIG_HOME/korvane
-  std::filesystem::path dataRoot;       ///< user's data: $XDG_DATA_HOME/korvane
-  std::filesystem::path drivesRoot;     ///< `X:\...` lies under drivesRoot/X; $KORVANE_DRIVES, else dataRoot/drives
+  std::filesystem::path settingsRoot;  ///< user's settings: $XDG_CONFIG_HOME/korvane
+  std::filesystem::path dataRoot;      ///< user's data: $XDG_DATA_HOME/korvane
+  std::filesystem::path
+      drivesRoot;  ///< `X:\...` lies under drivesRoot/X; $KORVANE_DRIVES, else dataRoot/drives
   std::filesystem::path sharedDocuments;  ///< documents of all users; empty means the user's data folder
   std::filesystem::path temporaryFolder;  ///< $TMPDIR, else /tmp
   std::vector<std::filesystem::path> modulePath;  ///< folders searched for bare `.kvx` names
-  std::map<std::wstring, std::filesystem::path> libraryAliases;  ///< lower-case library names that stand for a file
-  std::uint32_t systemCodePage = 936;   ///< what code page 0 stands for
+  std::map<std::wstring, std::filesystem::path>
+      libraryAliases;                      ///< lower-case library names that stand for a file
+  std::uint32_t systemCodePage = 936;      ///< what code page 0 stands for
   UserInterface* userInterface = nullptr;  ///< not owned; null: nobody answers, defaults are taken
   TimerQueue* timers = nullptr;            ///< not owned; null: no main-thread timers
 

@@ -126,9 +126,11 @@ class CObject {
 };
 
 /// In a class derived from `base`: its own run-time class.
-#define KORVANE_DYNAMIC(type, base)                                  \
-  static const CRuntimeClass* GetThisClass() {                       \
-    static const CRuntimeClass own{#type, base::GetThisClass()};     \
-    return &own;                                                     \
-  }                                                                  \
-  const CRuntimeClass* GetRuntimeClass() const override { return GetThisClass(); }
+#define KORVANE_DYNAMIC(type, base)                              \
+  static const CRuntimeClass* GetThisClass() {                   \
+    static const CRuntimeClass own{#type, base::GetThisClass()}; \
+    return &own;                                                 \
+  }                                                              \
+  const CRuntimeClass* GetRuntimeClass() const override {        \
+    return GetThisClass();                                       \
+  }

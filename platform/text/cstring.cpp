@@ -93,7 +93,8 @@ CStringT<Ch> CStringT<Ch>::Mid(int first) const {
 
 template <class Ch>
 CStringT<Ch> CStringT<Ch>::Mid(int first, int count) const {
-  return CStringT(View(text_).substr(clampedIndex(first, text_.size()), static_cast<std::size_t>(std::max(count, 0))));
+  return CStringT(
+      View(text_).substr(clampedIndex(first, text_.size()), static_cast<std::size_t>(std::max(count, 0))));
 }
 
 template <class Ch>
@@ -257,9 +258,13 @@ template class CStringT<char>;
 
 namespace platform {
 
-int compareNoCase(std::wstring_view a, std::wstring_view b) { return compareFolded<wchar_t>(a, b); }
+int compareNoCase(std::wstring_view a, std::wstring_view b) {
+  return compareFolded<wchar_t>(a, b);
+}
 
-bool equalNoCase(std::wstring_view a, std::wstring_view b) { return a.size() == b.size() && compareNoCase(a, b) == 0; }
+bool equalNoCase(std::wstring_view a, std::wstring_view b) {
+  return a.size() == b.size() && compareNoCase(a, b) == 0;
+}
 
 bool equalNoCase(std::string_view a, std::string_view b) {
   return a.size() == b.size() && compareFolded<char>(a, b) == 0;
@@ -269,7 +274,11 @@ bool startsWithNoCase(std::wstring_view text, std::wstring_view prefix) {
   return text.size() >= prefix.size() && equalNoCase(text.substr(0, prefix.size()), prefix);
 }
 
-CString wideFromUtf8(std::string_view bytes) { return CString(fromUtf8(bytes)); }
-std::string utf8From(const CString& text) { return toUtf8(text.view()); }
+CString wideFromUtf8(std::string_view bytes) {
+  return CString(fromUtf8(bytes));
+}
+std::string utf8From(const CString& text) {
+  return toUtf8(text.view());
+}
 
 }  // namespace platform

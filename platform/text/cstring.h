@@ -20,8 +20,10 @@ class CStringT {
 
   CStringT() = default;
   CStringT(const Ch* text) : text_(text ? text : kEmpty) {}
-  CStringT(const Ch* text, int length) : text_(text ? View(text, static_cast<std::size_t>(length < 0 ? 0 : length)) : View()) {}
-  explicit CStringT(Ch character, int count = 1) : text_(static_cast<std::size_t>(count < 0 ? 0 : count), character) {}
+  CStringT(const Ch* text, int length)
+      : text_(text ? View(text, static_cast<std::size_t>(length < 0 ? 0 : length)) : View()) {}
+  explicit CStringT(Ch character, int count = 1)
+      : text_(static_cast<std::size_t>(count < 0 ? 0 : count), character) {}
   CStringT(const Std& text) : text_(text) {}
   CStringT(Std&& text) noexcept : text_(std::move(text)) {}
   explicit CStringT(View text) : text_(text) {}
@@ -39,7 +41,9 @@ class CStringT {
   const Std& str() const { return text_; }
 
   /// 0 when `index` lies outside.
-  Ch GetAt(int index) const { return index < 0 || index >= GetLength() ? Ch{} : text_[static_cast<std::size_t>(index)]; }
+  Ch GetAt(int index) const {
+    return index < 0 || index >= GetLength() ? Ch{} : text_[static_cast<std::size_t>(index)];
+  }
   Ch operator[](int index) const { return GetAt(index); }
   /// Does nothing when `index` lies outside.
   void SetAt(int index, Ch character);
@@ -59,7 +63,8 @@ class CStringT {
   int FindOneOf(const Ch* characters) const;
   CStringT SpanIncluding(const Ch* characters) const;
   CStringT SpanExcluding(const Ch* characters) const;
-  /// The next part between `separators` from `position` on, which moves behind it; -1 in `position` at the end.
+  /// The next part between `separators` from `position` on, which moves behind it; -1 in `position` at the
+  /// end.
   CStringT Tokenize(const Ch* separators, int& position) const;
 
   CStringT& Trim() { return TrimRight().TrimLeft(); }
@@ -157,5 +162,7 @@ std::string utf8From(const CString& text);
 
 template <class Ch>
 struct std::hash<CStringT<Ch>> {
-  std::size_t operator()(const CStringT<Ch>& text) const { return std::hash<std::basic_string_view<Ch>>()(text.view()); }
+  std::size_t operator()(const CStringT<Ch>& text) const {
+    return std::hash<std::basic_string_view<Ch>>()(text.view());
+  }
 };

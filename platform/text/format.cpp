@@ -16,7 +16,7 @@ struct Spec {
   bool left = false, plus = false, blank = false, alternate = false, zero = false;
   int width = 0;
   int precision = -1;
-  int bytes = 8;          // size that a length letter asks for
+  int bytes = 8;  // size that a length letter asks for
   bool narrowAsked = false, wideAsked = false;
   char conversion = 0;
 };
@@ -53,7 +53,8 @@ std::string integerText(const Spec& spec, const FormatArg& arg) {
     // A conversion with a size letter shows the value cut to that size, sign included.
     const int shift = 64 - 8 * std::min(spec.bytes, 8);
     const auto value = static_cast<std::int64_t>(static_cast<std::uint64_t>(arg.integer()) << shift) >> shift;
-    const auto magnitude = value < 0 ? ~static_cast<std::uint64_t>(value) + 1 : static_cast<std::uint64_t>(value);
+    const auto magnitude =
+        value < 0 ? ~static_cast<std::uint64_t>(value) + 1 : static_cast<std::uint64_t>(value);
     digits = digitsOf(magnitude, 10, false);
     prefix = signPrefix(spec, value < 0);
   } else {
@@ -75,7 +76,8 @@ void applyAlternateForm(std::string& text, char conversion, int precision) {
   std::string mantissa = text.substr(0, exponent);
   if (mantissa.find('.') == std::string::npos) mantissa += '.';
   if (conversion == 'g' || conversion == 'G') {
-    const auto significant = static_cast<int>(std::count_if(mantissa.begin(), mantissa.end(), [](char c) { return c != '.'; }));
+    const auto significant =
+        static_cast<int>(std::count_if(mantissa.begin(), mantissa.end(), [](char c) { return c != '.'; }));
     if (significant < precision) mantissa.append(static_cast<std::size_t>(precision - significant), '0');
   }
   text = mantissa + tail;
@@ -92,14 +94,15 @@ std::string realText(const Spec& spec, double value) {
     const double magnitude = std::fabs(value);
     int precision = spec.precision < 0 ? 6 : spec.precision;
     if (lower == 'g' && precision == 0) precision = 1;
-    const auto form = lower == 'f' ? std::chars_format::fixed
+    const auto form = lower == 'f'   ? std::chars_format::fixed
                       : lower == 'e' ? std::chars_format::scientific
                       : lower == 'a' ? std::chars_format::hex
                                      : std::chars_format::general;
     text.resize(static_cast<std::size_t>(precision) + 350);
-    const auto result = lower == 'a' && spec.precision < 0
-                            ? std::to_chars(text.data(), text.data() + text.size(), magnitude, form)
-                            : std::to_chars(text.data(), text.data() + text.size(), magnitude, form, precision);
+    const auto result =
+        lower == 'a' && spec.precision < 0
+            ? std::to_chars(text.data(), text.data() + text.size(), magnitude, form)
+            : std::to_chars(text.data(), text.data() + text.size(), magnitude, form, precision);
     text.resize(static_cast<std::size_t>(result.ptr - text.data()));
     if (spec.alternate) applyAlternateForm(text, spec.conversion, precision);
     if (lower == 'a') text.insert(0, "0x");
@@ -156,7 +159,9 @@ std::basic_string<Ch> convert(Spec spec, const FormatArg& arg) {
   if (asked == 's' || asked == 'S') {
     // A number where text was wanted shows itself plainly.
     spec.precision = -1;
-    spec.conversion = arg.kind() == FormatArg::Kind::Real ? 'g' : arg.kind() == FormatArg::Kind::Signed ? 'd' : 'u';
+    spec.conversion = arg.kind() == FormatArg::Kind::Real     ? 'g'
+                      : arg.kind() == FormatArg::Kind::Signed ? 'd'
+                                                              : 'u';
   }
   if (arg.kind() == FormatArg::Kind::Pointer || spec.conversion == 'p') {
     spec.conversion = 'X';
@@ -164,7 +169,12 @@ std::basic_string<Ch> convert(Spec spec, const FormatArg& arg) {
     return widened<Ch>(integerText(spec, arg));
   }
   switch (spec.conversion) {
-    case 'd': case 'i': case 'u': case 'o': case 'x': case 'X':
+    case 'd':
+    case 'i':
+    case 'u':
+    case 'o':
+    case 'x':
+    case 'X':
       return widened<Ch>(integerText(spec, arg));
     default:
       return widened<Ch>(realText(spec, arg.real()));
@@ -175,7 +185,8 @@ std::basic_string<Ch> convert(Spec spec, const FormatArg& arg) {
 template <class Ch>
 class SpecReader {
  public:
-  SpecReader(std::basic_string_view<Ch> format, std::initializer_list<FormatArg> args) : format_(format), args_(args) {}
+  SpecReader(std::basic_string_view<Ch> format, std::initializer_list<FormatArg> args)
+      : format_(format), args_(args) {}
 
   bool read(std::size_t& at, const FormatArg*& next, Spec& spec) {
     readFlags(at, spec);
@@ -190,7 +201,8 @@ class SpecReader {
     }
     readLength(at, spec);
     const Ch letter = peek(at);
-    if (letter == 0 || letter > 'z' || std::string_view("diouxXcCsSeEfFgGaAp").find(static_cast<char>(letter)) == std::string_view::npos)
+    if (letter == 0 || letter > 'z' ||
+        std::string_view("diouxXcCsSeEfFgGaAp").find(static_cast<char>(letter)) == std::string_view::npos)
       return false;
     spec.conversion = static_cast<char>(letter);
     ++at;
@@ -203,12 +215,23 @@ class SpecReader {
   void readFlags(std::size_t& at, Spec& spec) const {
     for (;; ++at) {
       switch (peek(at)) {
-        case '-': spec.left = true; break;
-        case '+': spec.plus = true; break;
-        case ' ': spec.blank = true; break;
-        case '#': spec.alternate = true; break;
-        case '0': spec.zero = true; break;
-        default: return;
+        case '-':
+          spec.left = true;
+          break;
+        case '+':
+          spec.plus = true;
+          break;
+        case ' ':
+          spec.blank = true;
+          break;
+        case '#':
+          spec.alternate = true;
+          break;
+        case '0':
+          spec.zero = true;
+          break;
+        default:
+          return;
       }
     }
   }
@@ -268,7 +291,8 @@ std::uint64_t FormatArg::bits(int bytes) const {
 
 double FormatArg::real() const {
   if (kind_ == Kind::Real) return real_;
-  return kind_ == Kind::Unsigned ? static_cast<double>(static_cast<std::uint64_t>(integer_)) : static_cast<double>(integer_);
+  return kind_ == Kind::Unsigned ? static_cast<double>(static_cast<std::uint64_t>(integer_))
+                                 : static_cast<double>(integer_);
 }
 
 template <class Ch>

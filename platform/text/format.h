@@ -22,16 +22,18 @@ class FormatArg {
   enum class Kind : std::uint8_t { Signed, Unsigned, Real, Wide, Narrow, Pointer };
 
   template <class T>
-    requires std::is_integral_v<T> || std::is_enum_v<T>
-  FormatArg(T value)
-      : kind_(isSigned<T>() ? Kind::Signed : Kind::Unsigned), size_(sizeof(T)), integer_(static_cast<std::int64_t>(value)) {}
+  requires std::is_integral_v<T> || std::is_enum_v<T> FormatArg(T value)
+      : kind_(isSigned<T>() ? Kind::Signed : Kind::Unsigned),
+        size_(sizeof(T)),
+        integer_(static_cast<std::int64_t>(value)) {}
   FormatArg(double value) : kind_(Kind::Real), size_(sizeof value), real_(value) {}
   FormatArg(const wchar_t* text) : kind_(Kind::Wide), wide_(text ? std::wstring_view(text) : L"(null)") {}
   FormatArg(const char* text) : kind_(Kind::Narrow), narrow_(text ? std::string_view(text) : "(null)") {}
-  FormatArg(const void* pointer) : kind_(Kind::Pointer), size_(8), integer_(reinterpret_cast<std::intptr_t>(pointer)) {}
+  FormatArg(const void* pointer)
+      : kind_(Kind::Pointer), size_(8), integer_(reinterpret_cast<std::intptr_t>(pointer)) {}
   /// Anything that gives a view of its text: CString, std::wstring, std::string.
   template <class T>
-    requires requires(const T& text) { text.view(); }
+  requires requires(const T& text) { text.view(); }
   FormatArg(const T& text) : FormatArg(text.view()) {}
   FormatArg(std::wstring_view text) : kind_(Kind::Wide), wide_(text) {}
   FormatArg(std::string_view text) : kind_(Kind::Narrow), narrow_(text) {}
@@ -40,8 +42,9 @@ class FormatArg {
 
   Kind kind() const { return kind_; }
   bool isText() const { return kind_ == Kind::Wide || kind_ == Kind::Narrow; }
-  std::int64_t integer() const;         ///< reals are cut toward zero and held to the type's range
-  std::uint64_t bits(int bytes) const;  ///< the integer cut to its own size, or to `bytes` when that is smaller
+  std::int64_t integer() const;  ///< reals are cut toward zero and held to the type's range
+  std::uint64_t bits(
+      int bytes) const;  ///< the integer cut to its own size, or to `bytes` when that is smaller
   double real() const;
   std::wstring_view wide() const { return wide_; }
   std::string_view narrow() const { return narrow_; }

@@ -8,7 +8,9 @@
 namespace platform {
 namespace {
 
-constexpr bool isBlank(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r'); }
+constexpr bool isBlank(wchar_t c) {
+  return c == L' ' || (c >= L'\t' && c <= L'\r');
+}
 
 template <class View>
 std::size_t skipBlanks(View text) {
@@ -28,7 +30,8 @@ Int parseInteger(std::wstring_view text, std::size_t* used) {
   for (; at < text.size() && text[at] >= L'0' && text[at] <= L'9'; ++at) {
     const Int digit = static_cast<Int>(text[at] - L'0');
     overflow = overflow || __builtin_mul_overflow(value, Int{10}, &value) ||
-               (negative ? __builtin_sub_overflow(value, digit, &value) : __builtin_add_overflow(value, digit, &value));
+               (negative ? __builtin_sub_overflow(value, digit, &value)
+                         : __builtin_add_overflow(value, digit, &value));
   }
   if (used) *used = at == firstDigit ? 0 : at;
   if (overflow) return negative ? std::numeric_limits<Int>::min() : std::numeric_limits<Int>::max();
@@ -70,7 +73,8 @@ std::size_t numberShape(View text, std::string& narrow) {
   return at;
 }
 
-/// Which way a number left the range of a double: true when its first digit that counts stands behind the point.
+/// Which way a number left the range of a double: true when its first digit that counts stands behind the
+/// point.
 bool isBelowOne(const std::string& narrow) {
   const std::string_view all(narrow);
   const std::string_view mantissa = all.substr(0, all.find('e'));
@@ -83,7 +87,8 @@ bool isBelowOne(const std::string& narrow) {
     const auto status = std::from_chars(digits.data(), digits.data() + digits.size(), exponent).ec;
     if (status == std::errc::result_out_of_range) return digits.starts_with('-');
   }
-  const auto lead = static_cast<std::int64_t>(std::min(mantissa.find('.'), mantissa.size())) - static_cast<std::int64_t>(first);
+  const auto lead = static_cast<std::int64_t>(std::min(mantissa.find('.'), mantissa.size())) -
+                    static_cast<std::int64_t>(first);
   return exponent < -lead;
 }
 
@@ -114,10 +119,18 @@ bool onlyBlanksFrom(std::wstring_view text, std::size_t at) {
 
 }  // namespace
 
-int parseInt(std::wstring_view text) { return parseInteger<int>(text, nullptr); }
-std::int64_t parseInt64(std::wstring_view text) { return parseInteger<std::int64_t>(text, nullptr); }
-double parseDouble(std::wstring_view text) { return parseReal(text, nullptr); }
-double parseDouble(std::string_view text) { return parseReal(text, nullptr); }
+int parseInt(std::wstring_view text) {
+  return parseInteger<int>(text, nullptr);
+}
+std::int64_t parseInt64(std::wstring_view text) {
+  return parseInteger<std::int64_t>(text, nullptr);
+}
+double parseDouble(std::wstring_view text) {
+  return parseReal(text, nullptr);
+}
+double parseDouble(std::string_view text) {
+  return parseReal(text, nullptr);
+}
 
 bool parseWhole(std::wstring_view text, double& value) {
   std::size_t used = 0;
@@ -144,5 +157,9 @@ std::string shortest(double value) {
 
 }  // namespace platform
 
-int _wtoi(const wchar_t* text) { return text ? platform::parseInt(text) : 0; }
-double _wtof(const wchar_t* text) { return text ? platform::parseDouble(std::wstring_view(text)) : 0.0; }
+int _wtoi(const wchar_t* text) {
+  return text ? platform::parseInt(text) : 0;
+}
+double _wtof(const wchar_t* text) {
+  return text ? platform::parseDouble(std::wstring_view(text)) : 0.0;
+}

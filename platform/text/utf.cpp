@@ -7,7 +7,9 @@ namespace {
 
 constexpr wchar_t kReplacement = 0xFFFD;
 
-constexpr bool isSurrogate(std::uint32_t c) { return c >= 0xD800 && c < 0xE000; }
+constexpr bool isSurrogate(std::uint32_t c) {
+  return c >= 0xD800 && c < 0xE000;
+}
 
 /// Length of the valid sequence at the start of `bytes`, 0 when there is none; `code` gets its value.
 std::size_t decodeOne(std::string_view bytes, std::uint32_t& code) {

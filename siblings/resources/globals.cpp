@@ -5,7 +5,9 @@
 
 namespace {
 
-std::unique_ptr<ImLangSwitchManager> madeTables() { return std::make_unique<ImLangSwitchManager>(); }
+std::unique_ptr<ImLangSwitchManager> madeTables() {
+  return std::make_unique<ImLangSwitchManager>();
+}
 
 }  // namespace
 

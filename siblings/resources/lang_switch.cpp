@@ -12,17 +12,22 @@ constexpr int kFirstLanguage = 1;
 constexpr int kLastLanguage = 8;
 constexpr int kEnglish = 3;
 
-CString attribute(const IXMLDOMNode& node, const wchar_t* name) { return node.getAttribute(name).value_or(CString()); }
+CString attribute(const IXMLDOMNode& node, const wchar_t* name) {
+  return node.getAttribute(name).value_or(CString());
+}
 
 /// The texts of an element that carries them under the language keys.
 ImLangModule::Texts textsOf(const IXMLDOMNode& item) {
   ImLangModule::Texts texts;
-  for (int number = kFirstLanguage; number <= kLastLanguage; ++number) texts.push_back(attribute(item, IM_ResLanguageKey(number)));
+  for (int number = kFirstLanguage; number <= kLastLanguage; ++number)
+    texts.push_back(attribute(item, IM_ResLanguageKey(number)));
   return texts;
 }
 
 CString inLanguage(const ImLangModule::Texts& texts, int number) {
-  return number >= kFirstLanguage && number <= static_cast<int>(texts.size()) ? texts[static_cast<std::size_t>(number - 1)] : CString();
+  return number >= kFirstLanguage && number <= static_cast<int>(texts.size())
+             ? texts[static_cast<std::size_t>(number - 1)]
+             : CString();
 }
 
 /// The file's escape for a line feed.
@@ -114,7 +119,9 @@ CString ImLangSwitchManager::translate(const wchar_t* catalog, const CString& te
   return text;
 }
 
-CString ImLangSwitchManager::ImLangCoding(CString text) { return translate(L"CODING", text); }
+CString ImLangSwitchManager::ImLangCoding(CString text) {
+  return translate(L"CODING", text);
+}
 
 void ImLangSwitchManager::ImLangDialog(platform::Dialog* dialog) {
   if (!dialog) return;

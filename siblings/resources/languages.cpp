@@ -8,8 +8,8 @@
 namespace {
 
 struct Language {
-  const wchar_t* code;   // in `.mld` files and the start-up configuration
-  const wchar_t* key;    // in language files
+  const wchar_t* code;  // in `.mld` files and the start-up configuration
+  const wchar_t* key;   // in language files
   std::string_view locale;
 };
 
@@ -24,7 +24,8 @@ constexpr int kEnglish = 3;
 int configuredLanguage() {
   const auto document = platform::loadXml(mekres::installedRoot() / "StartupConfig.xml");
   if (!document) return 0;
-  return IM_ResLanguageNumber(document->selectSingleNode(L"StartupInfor//Config//LANGUAGE").text().Trim().MakeUpper());
+  return IM_ResLanguageNumber(
+      document->selectSingleNode(L"StartupInfor//Config//LANGUAGE").text().Trim().MakeUpper());
 }
 
 int localeLanguage() {
@@ -49,15 +50,20 @@ int IM_ResLanguageNumber(const CString& code) {
   return 0;
 }
 
-const wchar_t* IM_ResLanguageKey(int number) { return number >= 1 && number <= kCount ? kLanguages[number - 1].key : L""; }
+const wchar_t* IM_ResLanguageKey(int number) {
+  return number >= 1 && number <= kCount ? kLanguages[number - 1].key : L"";
+}
 
 int IM_ResLanguageOfLocale(std::string_view locale) {
-  // Traditional characters are written under three territories; every other Chinese locale uses the simplified ones.
+  // Traditional characters are written under three territories; every other Chinese locale uses the
+  // simplified ones.
   for (std::string_view territory : {"zh_TW", "zh_HK", "zh_MO"})
     if (locale.starts_with(territory)) return kTraditionalChinese;
   for (int i = 0; i < kCount; ++i) {
     const auto name = kLanguages[i].locale;
-    const bool endsThere = locale.size() == name.size() || (locale.size() > name.size() && (locale[name.size()] == '_' || locale[name.size()] == '.'));
+    const bool endsThere =
+        locale.size() == name.size() ||
+        (locale.size() > name.size() && (locale[name.size()] == '_' || locale[name.size()] == '.'));
     if (locale.starts_with(name) && endsThere) return i + 1;
   }
   return 0;

@@ -1,9 +1,10 @@
 #pragma once
-// MekRes, the resource module beside the product: numbered messages, the table of command names, the languages of
-// dialogs and menus, and the two globals that tell edition and language.
+// MekRes, the resource module beside the product: numbered messages, the table of command names, the
+// languages of dialogs and menus, and the two globals that tell edition and language.
 //
-// Everything it says is data, read once from the folder share/korvane/resources of the installed tree: `messages.xml`,
-// `commands.xml`, `ImLanguage.xml`. A missing or malformed file leaves its table empty. Main thread only.
+// Everything it says is data, read once from the folder share/korvane/resources of the installed tree:
+// `messages.xml`, `commands.xml`, `ImLanguage.xml`. A missing or malformed file leaves its table empty. Main
+// thread only.
 #include <map>
 #include <memory>
 #include <vector>
@@ -31,9 +32,9 @@ enum IM_PDTID : int {
 
 RES_API extern IM_PDTID g_eProductType;
 
-/// Language of the product, 1 to 8: CHS, CHT, ENU, JPN, DEU, KOR, PLK, CSY. Set when the module is loaded: the code behind
-/// `LANGUAGE` in section `Config` of StartupConfig.xml, else the user's locale (LC_ALL, LC_MESSAGES, LANG), else
-/// English. May be set at any time; texts follow at once.
+/// Language of the product, 1 to 8: CHS, CHT, ENU, JPN, DEU, KOR, PLK, CSY. Set when the module is loaded:
+/// the code behind `LANGUAGE` in section `Config` of StartupConfig.xml, else the user's locale (LC_ALL,
+/// LC_MESSAGES, LANG), else English. May be set at any time; texts follow at once.
 RES_API extern int g_eSoftLanguage;
 
 /// Ordered key text; keys that differ only in case are equal.
@@ -43,8 +44,12 @@ class RES_API ImMapKeyString {
   ImMapKeyString(const wchar_t* text) : text_(text) {}
   ImMapKeyString(const CString& text) : text_(text) {}
   const CString& GetString() const { return text_; }
-  friend bool operator<(const ImMapKeyString& a, const ImMapKeyString& b) { return a.text_.CompareNoCase(b.text_) < 0; }
-  friend bool operator==(const ImMapKeyString& a, const ImMapKeyString& b) { return a.text_.CompareNoCase(b.text_) == 0; }
+  friend bool operator<(const ImMapKeyString& a, const ImMapKeyString& b) {
+    return a.text_.CompareNoCase(b.text_) < 0;
+  }
+  friend bool operator==(const ImMapKeyString& a, const ImMapKeyString& b) {
+    return a.text_.CompareNoCase(b.text_) == 0;
+  }
 
  private:
   CString text_;
@@ -77,7 +82,8 @@ class RES_API ImLangSwitchManager {
   /// Group name to the group's table. Looking a group up with [] makes a null entry. Owned by the manager.
   std::map<ImMapKeyString, ImCommandTable*> m_mapGroups;
 
-  /// Maps a coded text by the catalog CODING of the current module, else of any module; itself when it isn't there.
+  /// Maps a coded text by the catalog CODING of the current module, else of any module; itself when it isn't
+  /// there.
   CString ImLangCoding(CString text);
   /// Replaces the title and the texts of the dialog's numbered controls by the catalog DIALOG.
   void ImLangDialog(platform::Dialog* dialog);
@@ -90,7 +96,8 @@ class RES_API ImLangSwitchManager {
   /// The texts of a module by name, without regard to case; null when there are none. Owned by the manager.
   ImLangModule* FindModule(CString name);
 
-  /// Reads a language file; texts of a module that is there already are added to it. False when it can't be read.
+  /// Reads a language file; texts of a module that is there already are added to it. False when it can't be
+  /// read.
   bool LoadLanguageFile(const IXMLDOMDocument& document);
 
  private:
@@ -112,7 +119,8 @@ RES_API CString IM_GetStringFromRc(unsigned int id, int maximumLength);
 /// A file in the product's path form. Null when it can't be read or isn't well-formed.
 RES_API std::shared_ptr<IXMLDOMDocument> IM_LoadXmlFromFile(CString path);
 
-/// `CHS` 1, `CHT` 2, `ENU` 3, `JPN` 4, `DEU` 5, `KOR` 6, `PLK` 7, `CSY` 8; 0 for anything else. Upper case only.
+/// `CHS` 1, `CHT` 2, `ENU` 3, `JPN` 4, `DEU` 5, `KOR` 6, `PLK` 7, `CSY` 8; 0 for anything else. Upper case
+/// only.
 RES_API int IM_ResLanguageNumber(const CString& code);
 /// `zh-cn`, `zh-tw`, `en-us`, `ja-jp`, `de-de`, `ko-kr`, `pl-pl`, `cs-cz` for 1 to 8; empty otherwise.
 RES_API const wchar_t* IM_ResLanguageKey(int number);

@@ -12,6 +12,8 @@ std::filesystem::path installedRoot() {
   return error ? std::filesystem::path() : file.parent_path().parent_path();
 }
 
-std::filesystem::path dataFolder() { return installedRoot() / "share" / "korvane" / "resources"; }
+std::filesystem::path dataFolder() {
+  return installedRoot() / "share" / "korvane" / "resources";
+}
 
 }  // namespace mekres

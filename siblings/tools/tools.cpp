@@ -77,10 +77,13 @@ extern "C" MEK_API std::int64_t kvrxEntryPoint(unsigned int message, void* appli
       linker->unlockApplication(applicationHandle);
       linker->registerAppMDIAware(applicationHandle);
     }
-    for (const Command& command : kCommands) commands->addCommand(kGroup, command.name, command.name, KVRX_CMD_MODAL, command.function);
+    for (const Command& command : kCommands)
+      commands->addCommand(kGroup, command.name, command.name, KVRX_CMD_MODAL, command.function);
   }
   if (message == kUnloadMessage && commands) commands->removeGroup(kGroup);
   return 0;
 }
 
-extern "C" MEK_API int kvrxGetApiVersion() { return kKvHostApiVersion; }
+extern "C" MEK_API int kvrxGetApiVersion() {
+  return kKvHostApiVersion;
+}

@@ -14,15 +14,20 @@ constexpr double kClose = 1e-12;
 void expectBox(const KvDbEntity& entity, const KvGePoint3d& least, const KvGePoint3d& greatest) {
   KvDbExtents extents;
   ASSERT_EQ(entity.getGeomExtents(extents), Kvad::eOk);
-  EXPECT_LT(extents.minPoint().distanceTo(least), kClose) << extents.minPoint().x << " " << extents.minPoint().y;
-  EXPECT_LT(extents.maxPoint().distanceTo(greatest), kClose) << extents.maxPoint().x << " " << extents.maxPoint().y;
+  EXPECT_LT(extents.minPoint().distanceTo(least), kClose)
+      << extents.minPoint().x << " " << extents.minPoint().y;
+  EXPECT_LT(extents.maxPoint().distanceTo(greatest), kClose)
+      << extents.maxPoint().x << " " << extents.maxPoint().y;
 }
 
 TEST(Curves, ExtentsAreTight) {
   const double root = std::sqrt(0.5);
-  expectBox(KvDbArc({0, 0, 0}, KvGeVector3d::kZAxis, 1, kvge::kPi / 4, 3 * kvge::kPi / 4), {-root, root, 0}, {root, 1, 0});
-  expectBox(KvDbArc({0, 0, 0}, KvGeVector3d::kZAxis, 1, 7 * kvge::kPi / 4, kvge::kPi / 4), {root, -root, 0}, {1, root, 0});
-  expectBox(KvDbArc({5, 5, 0}, KvGeVector3d::kZAxis, 2, 1, 1), {3, 3, 0}, {7, 7, 0});  // equal ends: the whole turn
+  expectBox(KvDbArc({0, 0, 0}, KvGeVector3d::kZAxis, 1, kvge::kPi / 4, 3 * kvge::kPi / 4), {-root, root, 0},
+            {root, 1, 0});
+  expectBox(KvDbArc({0, 0, 0}, KvGeVector3d::kZAxis, 1, 7 * kvge::kPi / 4, kvge::kPi / 4), {root, -root, 0},
+            {1, root, 0});
+  expectBox(KvDbArc({5, 5, 0}, KvGeVector3d::kZAxis, 2, 1, 1), {3, 3, 0},
+            {7, 7, 0});  // equal ends: the whole turn
   expectBox(KvDbCircle({1, 2, 3}, {0, 1, 0}, 2), {-1, 2, 1}, {3, 2, 5});
   expectBox(KvDbLine({1, 5, 0}, {-2, 3, 4}), {-2, 3, 0}, {1, 5, 4});
 }
@@ -32,20 +37,26 @@ TEST(Curves, MapsMoveEveryPointOfAnArc) {
   std::uniform_real_distribution<double> number(-5, 5), angle(0, kvge::kTwoPi), size(0.1, 3);
   for (int round = 0; round < 2000; ++round) {
     const KvGeVector3d normal = KvGeVector3d(number(random), number(random), number(random)).normal();
-    KvDbArc arc({number(random), number(random), number(random)}, normal, size(random), angle(random), angle(random));
-    KvGeMatrix3d map = KvGeMatrix3d::rotation(angle(random), {number(random), number(random), 1}) * KvGeMatrix3d::scaling(size(random)) *
+    KvDbArc arc({number(random), number(random), number(random)}, normal, size(random), angle(random),
+                angle(random));
+    KvGeMatrix3d map = KvGeMatrix3d::rotation(angle(random), {number(random), number(random), 1}) *
+                       KvGeMatrix3d::scaling(size(random)) *
                        KvGeMatrix3d::translation({number(random), 0, number(random)});
-    if (round % 2) map = map * KvGeMatrix3d().setToMirroring(KvGePlane({1, 0, 0}, {number(random), 1, number(random)}));
+    if (round % 2)
+      map = map * KvGeMatrix3d().setToMirroring(KvGePlane({1, 0, 0}, {number(random), 1, number(random)}));
     const KvGePoint3d ends[] = {map * arc.startPoint(), map * arc.endPoint()};
     const KvGePoint3d middle = map * arc.pointAtAngle(arc.startAngle() + arc.totalAngle() / 2);
     ASSERT_EQ(arc.transformBy(map), Kvad::eOk);
     const bool isMirrored = map.det() < 0;
     const double allowed = 1e-9;
     // A mirrored arc may run from what was its end; the middle tells that it is the same piece of the circle.
-    const bool same = arc.startPoint().distanceTo(ends[0]) < allowed && arc.endPoint().distanceTo(ends[1]) < allowed;
-    const bool turned = arc.startPoint().distanceTo(ends[1]) < allowed && arc.endPoint().distanceTo(ends[0]) < allowed;
+    const bool same =
+        arc.startPoint().distanceTo(ends[0]) < allowed && arc.endPoint().distanceTo(ends[1]) < allowed;
+    const bool turned =
+        arc.startPoint().distanceTo(ends[1]) < allowed && arc.endPoint().distanceTo(ends[0]) < allowed;
     EXPECT_TRUE(same || (isMirrored && turned)) << round;
-    EXPECT_LT(arc.pointAtAngle(arc.startAngle() + arc.totalAngle() / 2).distanceTo(middle), allowed) << round << (isMirrored ? " mirrored" : "");
+    EXPECT_LT(arc.pointAtAngle(arc.startAngle() + arc.totalAngle() / 2).distanceTo(middle), allowed)
+        << round << (isMirrored ? " mirrored" : "");
   }
 }
 
@@ -73,8 +84,10 @@ TEST(Polylines, MapsCarryVerticesBulgesAndWidths) {
     for (int i = 0; i < 4; ++i) polyline.addVertexAt(i, {number(random), number(random)}, number(random) / 5);
     polyline.setElevation(number(random));
     polyline.setConstantWidth(0.5);
-    KvGeMatrix3d map = KvGeMatrix3d::rotation(angle(random), {number(random), number(random), 1}) * KvGeMatrix3d::scaling(2);
-    if (round % 2) map = map * KvGeMatrix3d().setToMirroring(KvGePlane({1, 0, 0}, {number(random), 1, number(random)}));
+    KvGeMatrix3d map =
+        KvGeMatrix3d::rotation(angle(random), {number(random), number(random), 1}) * KvGeMatrix3d::scaling(2);
+    if (round % 2)
+      map = map * KvGeMatrix3d().setToMirroring(KvGePlane({1, 0, 0}, {number(random), 1, number(random)}));
     // The top of an arc segment: the middle of the chord, moved by half the bulge of its length.
     const auto top = [](const KvDbPolyline& p, int i) {
       KvGePoint3d from, to;

@@ -51,9 +51,12 @@ class DatabaseTest : public testing::Test {
     CString text;
     for (resbuf* node = chain; node; node = node->rbnext) {
       const KvRbKind kind = kvutRbKind(node->restype);
-      if (kind == KvRbKind::Text) text.AppendFormat(L"%d:%s ", node->restype, node->resval.rstring);
-      else if (kind == KvRbKind::Short) text.AppendFormat(L"%d:%d ", node->restype, node->resval.rint);
-      else text.AppendFormat(L"%d ", node->restype);
+      if (kind == KvRbKind::Text)
+        text.AppendFormat(L"%d:%s ", node->restype, node->resval.rstring);
+      else if (kind == KvRbKind::Short)
+        text.AppendFormat(L"%d:%d ", node->restype, node->resval.rint);
+      else
+        text.AppendFormat(L"%d ", node->restype);
     }
     kvutRelRb(chain);
     return text;
@@ -145,7 +148,8 @@ TEST_F(DatabaseTest, ExtendedDataAreReplacedByApplication) {
     return status;
   };
   EXPECT_EQ(layer->xData(), nullptr);
-  EXPECT_EQ(set(kvutBuildList(-3, 1001, L"ONE", 1000, L"a", 1070, 5, 1001, L"TWO", 1000, L"b", 0)), Kvad::eOk);
+  EXPECT_EQ(set(kvutBuildList(-3, 1001, L"ONE", 1000, L"a", 1070, 5, 1001, L"TWO", 1000, L"b", 0)),
+            Kvad::eOk);
   EXPECT_EQ(set(kvutBuildList(1001, L"one", 1000, L"c", -3, 1001, L"ONE", 1000, L"later", 0)), Kvad::eOk);
   EXPECT_EQ(shown(layer->xData(L"ONE")), L"1001:ONE 1000:later ");
   EXPECT_EQ(shown(layer->xData(L"two")), L"1001:TWO 1000:b ");

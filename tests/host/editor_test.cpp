@@ -22,7 +22,9 @@ class EditorTest : public testing::Test {
       log() += KvHostContext::current().editor->commandNames() + L";";
       log() += status(kvedCommandS(RTSTR, L"second", RTNONE));
     });
-    define(L"PAUSER", [] { log() += status(kvedCommandS(RTSTR, L"ECHO3", RTSTR, L"a", RTSTR, L"\\", RTSTR, L"c", RTNONE)); });
+    define(L"PAUSER", [] {
+      log() += status(kvedCommandS(RTSTR, L"ECHO3", RTSTR, L"a", RTSTR, L"\\", RTSTR, L"c", RTNONE));
+    });
     define(L"OUTERPAUSE", [] { log() += status(kvedCommandS(RTSTR, L"PAUSER", RTSTR, L"\\", RTNONE)); });
     define(L"CHAIN", [] {
       log() += status(kvedCommandS(RTSTR, L"ECHO1", RTSTR, L"x", RTSTR, L"ECHO1", RTSTR, L"y", RTNONE));
@@ -143,19 +145,23 @@ TEST(WildCards, MatchLikeTheHostsPatterns) {
     bool matches;
   };
   const Case cases[] = {
-      {L"LINE", L"*LINE", true},   {L"XLINE", L"*LINE", true},     {L"LINES", L"*LINE", false}, {L"", L"*", true},
-      {L"abc", L"a?c", true},      {L"a1", L"@#", true},           {L"a-", L"@.", true},        {L"b", L"[a-c]", true},
-      {L"d", L"[~a-c]", true},     {L"x", L"a,x", true},           {L"x", L"~x", false},        {L"a*b", L"a`*b", true},
-      {L"aab", L"a*ab", true},     {L"a,b", L"a`,b", true},        {L"aXbXc", L"a*X*c", true},  {L"中1", L"@#", true},
-      {L"[x", L"[x", true},        {L"abcabd", L"*ab*abc", false}, {L"line", L"LINE", false},
+      {L"LINE", L"*LINE", true}, {L"XLINE", L"*LINE", true}, {L"LINES", L"*LINE", false},
+      {L"", L"*", true},         {L"abc", L"a?c", true},     {L"a1", L"@#", true},
+      {L"a-", L"@.", true},      {L"b", L"[a-c]", true},     {L"d", L"[~a-c]", true},
+      {L"x", L"a,x", true},      {L"x", L"~x", false},       {L"a*b", L"a`*b", true},
+      {L"aab", L"a*ab", true},   {L"a,b", L"a`,b", true},    {L"aXbXc", L"a*X*c", true},
+      {L"中1", L"@#", true},     {L"[x", L"[x", true},       {L"abcabd", L"*ab*abc", false},
+      {L"line", L"LINE", false},
   };
   for (const Case& c : cases)
-    EXPECT_EQ(kvutWcMatch(c.text, c.pattern), c.matches ? RTNORM : RTERROR) << CString(c.text).GetLength() << " " << platform::utf8From(c.pattern);
+    EXPECT_EQ(kvutWcMatch(c.text, c.pattern), c.matches ? RTNORM : RTERROR)
+        << CString(c.text).GetLength() << " " << platform::utf8From(c.pattern);
 }
 
 TEST(Chains, BuildByKindOfCode) {
   const double point[] = {1, 2};
-  resbuf* chain = kvutBuildList(RTDXF0, L"LINE", 8, L"0", RTPOINT, point, 70, 3, 40, 1, RTLB, RTLE, 1071, 70000, 0);
+  resbuf* chain =
+      kvutBuildList(RTDXF0, L"LINE", 8, L"0", RTPOINT, point, 70, 3, 40, 1, RTLB, RTLE, 1071, 70000, 0);
   ASSERT_NE(chain, nullptr);
   std::string codes;
   for (resbuf* node = chain; node; node = node->rbnext) codes += std::to_string(node->restype) + " ";

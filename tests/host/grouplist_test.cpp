@@ -16,7 +16,8 @@ KvDxfGroup group(int code, KvDxfKind kind) {
 /// Each kind, and each width of a value.
 std::vector<KvDxfGroup> allShapes() {
   std::vector<KvDxfGroup> groups;
-  for (std::wstring_view text : {L"", L"x", L"\u4e2d\u6587 \U0001F600"}) groups.push_back(group(1, KvDxfKind::Text)), groups.back().text = text;
+  for (std::wstring_view text : {L"", L"x", L"\u4e2d\u6587 \U0001F600"})
+    groups.push_back(group(1, KvDxfKind::Text)), groups.back().text = text;
   groups.push_back(group(310, KvDxfKind::Binary));
   groups.back().text = std::wstring_view(L"\0\xFF\0", 3);
   for (int dimensions : {2, 3})
@@ -27,8 +28,10 @@ std::vector<KvDxfGroup> allShapes() {
     }
   groups.push_back(group(40, KvDxfKind::Real));
   groups.back().point.x = -1e-300;
-  for (std::int64_t value : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{INT32_MAX}, std::int64_t{INT32_MIN}, std::int64_t{INT32_MAX} + 1, INT64_MIN})
-    for (KvDxfKind kind : {KvDxfKind::Int16, KvDxfKind::Int32, KvDxfKind::Int64, KvDxfKind::Bool, KvDxfKind::Handle})
+  for (std::int64_t value : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{INT32_MAX},
+                             std::int64_t{INT32_MIN}, std::int64_t{INT32_MAX} + 1, INT64_MIN})
+    for (KvDxfKind kind :
+         {KvDxfKind::Int16, KvDxfKind::Int32, KvDxfKind::Int64, KvDxfKind::Bool, KvDxfKind::Handle})
       groups.push_back(group(70, kind)), groups.back().integer = value;
   return groups;
 }
@@ -44,7 +47,8 @@ void expectSame(const KvDbGroupList& list, const std::vector<KvDxfGroup>& groups
     EXPECT_EQ(kept.dimensions, wanted.dimensions);
     EXPECT_EQ(kept.text, wanted.text);
     EXPECT_EQ(kept.integer, wanted.integer);
-    EXPECT_TRUE(kept.point.x == wanted.point.x && kept.point.y == wanted.point.y && kept.point.z == wanted.point.z);
+    EXPECT_TRUE(kept.point.x == wanted.point.x && kept.point.y == wanted.point.y &&
+                kept.point.z == wanted.point.z);
   }
 }
 

@@ -20,13 +20,17 @@ std::string lines(std::initializer_list<const char*> all) {
 }
 
 std::string header(const char* version, const char* page = "ANSI_936") {
-  return lines({"0", "SECTION", "2", "HEADER", "9", "$ACADVER", "1", version, "9", "$DWGCODEPAGE", "3", page, "0", "ENDSEC"});
+  return lines({"0", "SECTION", "2", "HEADER", "9", "$ACADVER", "1", version, "9", "$DWGCODEPAGE", "3", page,
+                "0", "ENDSEC"});
 }
 
-std::string entities(const std::string& groups) { return lines({"0", "SECTION", "2", "ENTITIES"}) + groups + lines({"0", "ENDSEC", "0", "EOF"}); }
+std::string entities(const std::string& groups) {
+  return lines({"0", "SECTION", "2", "ENTITIES"}) + groups + lines({"0", "ENDSEC", "0", "EOF"});
+}
 
 struct Parsed {
-  explicit Parsed(const std::string& bytes, KvIoMode mode = KvIoMode::Strict) : status(kvdbParseDrawing(drawing, bytes, report, mode)) {}
+  explicit Parsed(const std::string& bytes, KvIoMode mode = KvIoMode::Strict)
+      : status(kvdbParseDrawing(drawing, bytes, report, mode)) {}
   /// Layers of the entities in model space, in order.
   CString layers() const {
     CString text;
@@ -54,7 +58,9 @@ TEST(DrawingFile, FaultsAreReportedWhereTheyStand) {
       {entities("0\nLINE\n5\n1A\n0\nCIRCLE\n5\n1A\n"), 9, 0, L"handle 1A is used twice"},
       {entities("0\nSEQEND\n"), 5, 0, L"an end mark without a beginning"},
       {lines({"0", "SECTION", "2", "ENTITIES", "0", "LINE"}), 7, -1, L"end"},
-      {lines({"0", "SECTION", "2", "TABLES", "0", "TABLE", "2", "WRONG", "0", "ENDTAB", "0", "ENDSEC", "0", "EOF"}), 5, 0, L"\"WRONG\" is not known"},
+      {lines({"0", "SECTION", "2", "TABLES", "0", "TABLE", "2", "WRONG", "0", "ENDTAB", "0", "ENDSEC", "0",
+              "EOF"}),
+       5, 0, L"\"WRONG\" is not known"},
       {entities("0\nLINE\n40\n1e999\n"), 7, 40, L"a real number"},
   };
   for (const Case& c : cases) {
@@ -87,10 +93,10 @@ TEST(DrawingFile, TextsFollowVersionAndCodePage) {
     const wchar_t* layer;
   };
   const Case cases[] = {
-      {"AC1015", "ANSI_936", "\xD6\xD0", L"中"},          {"AC1015", "ANSI_932", "\x93\xFA", L"日"},
-      {"AC1027", "ANSI_936", "\xE4\xB8\xAD", L"中"},       // the version, not the page, says what it is
-      {"AC1027", "ANSI_936", "\xD6\xD0", L"中"},           // a header that lies
-      {"AC1015", "ANSI_1252", "\\U+4E2D\xE9", L"中é"},     {"AC1015", "ANSI_1252", "\\M+5D6D0", L"中"},
+      {"AC1015", "ANSI_936", "\xD6\xD0", L"中"},         {"AC1015", "ANSI_932", "\x93\xFA", L"日"},
+      {"AC1027", "ANSI_936", "\xE4\xB8\xAD", L"中"},  // the version, not the page, says what it is
+      {"AC1027", "ANSI_936", "\xD6\xD0", L"中"},      // a header that lies
+      {"AC1015", "ANSI_1252", "\\U+4E2D\xE9", L"中é"},   {"AC1015", "ANSI_1252", "\\M+5D6D0", L"中"},
       {"AC1015", "ANSI_1252", "\\U+D834\\U+DD1E", L"𝄞"}, {"AC1015", "ANSI_1252", "\\U+12", L"\\U+12"},
   };
   for (const Case& c : cases) {
@@ -115,7 +121,8 @@ TEST(DrawingFile, VersionIsKeptAndRaisedWhereItMust) {
 
 TEST(DrawingFile, RecordsThatNoTableHasTakeNoHandleOfTheFile) {
   // The layer comes into being between two entities that bear the next handles.
-  Parsed parsed(header("AC1015") + entities("0\nLINE\n5\n50\n8\nNEW\n0\nLINE\n5\n51\n8\nNEWER\n0\nLINE\n5\n52\n8\n0\n"));
+  Parsed parsed(header("AC1015") +
+                entities("0\nLINE\n5\n50\n8\nNEW\n0\nLINE\n5\n51\n8\nNEWER\n0\nLINE\n5\n52\n8\n0\n"));
   ASSERT_EQ(parsed.status, Kvad::eOk) << platform::utf8From(parsed.report.error.describe());
   EXPECT_EQ(parsed.layers(), L"NEW;NEWER;0;");
   EXPECT_GT(parsed.drawing.recordId(KvDbTable::Layer, L"NEWER").handle().value(), 0x52u);
@@ -123,10 +130,13 @@ TEST(DrawingFile, RecordsThatNoTableHasTakeNoHandleOfTheFile) {
 }
 
 TEST(DrawingFile, UnknownThingsStay) {
-  const std::string odd = header("AC1015") +
-                          lines({"0", "SECTION", "2", "ENTITIES", "0", "GIZMO", "5", "AB", "102", "{MYAPP", "90", "7", "102", "}", "330", "1F", "100", "AcDbEntity", "8",
-                                 "L1", "999", "a comment", "100", "AcDbGizmo", "40", "1.25", "100", "AcDbGizmo", "310", "00FF10", "0", "ENDSEC", "0", "SECTION", "2",
-                                 "STRANGE", "0", "THING", "1", "x", "0", "ENDSEC", "0", "EOF"});
+  const std::string odd =
+      header("AC1015") +
+      lines({"0",   "SECTION",   "2",   "ENTITIES",  "0",   "GIZMO",   "5",   "AB",         "102", "{MYAPP",
+             "90",  "7",         "102", "}",         "330", "1F",      "100", "AcDbEntity", "8",   "L1",
+             "999", "a comment", "100", "AcDbGizmo", "40",  "1.25",    "100", "AcDbGizmo",  "310", "00FF10",
+             "0",   "ENDSEC",    "0",   "SECTION",   "2",   "STRANGE", "0",   "THING",      "1",   "x",
+             "0",   "ENDSEC",    "0",   "EOF"});
   Parsed parsed(odd);
   ASSERT_EQ(parsed.status, Kvad::eOk) << platform::utf8From(parsed.report.error.describe());
   for (KvIoForm form : {KvIoForm::Text, KvIoForm::Binary}) {
@@ -135,8 +145,10 @@ TEST(DrawingFile, UnknownThingsStay) {
     Parsed again(kvdbFormatDrawing(parsed.drawing, options));
     ASSERT_EQ(again.status, Kvad::eOk);
     const std::string text = kvdbFormatDrawing(again.drawing);
-    for (const char* part : {"GIZMO\r\n  5\r\nAB\r\n102\r\n{MYAPP\r\n 90\r\n        7\r\n102\r\n}\r\n", "100\r\nAcDbEntity\r\n  8\r\nL1\r\n",
-                             "100\r\nAcDbGizmo\r\n 40\r\n1.25\r\n100\r\nAcDbGizmo\r\n310\r\n00FF10\r\n", "STRANGE\r\n  0\r\nTHING\r\n  1\r\nx\r\n"})
+    for (const char* part : {"GIZMO\r\n  5\r\nAB\r\n102\r\n{MYAPP\r\n 90\r\n        7\r\n102\r\n}\r\n",
+                             "100\r\nAcDbEntity\r\n  8\r\nL1\r\n",
+                             "100\r\nAcDbGizmo\r\n 40\r\n1.25\r\n100\r\nAcDbGizmo\r\n310\r\n00FF10\r\n",
+                             "STRANGE\r\n  0\r\nTHING\r\n  1\r\nx\r\n"})
       EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
   }
 }

@@ -80,7 +80,8 @@ class UndoTest : public testing::Test {
       fresh->close();
     } else {
       delete fresh;
-      auto* old = open<KvDbLayerTableRecord>(ids.at(static_cast<int>(random() % static_cast<unsigned>(ids.length()))));
+      auto* old = open<KvDbLayerTableRecord>(
+          ids.at(static_cast<int>(random() % static_cast<unsigned>(ids.length()))));
       if (old->getName() != L"0") old->setName(anyName(L"Renamed "));
       old->setIsOff(random() % 2);
       old->close();
@@ -108,11 +109,24 @@ class UndoTest : public testing::Test {
   }
   void edit() {
     switch (random() % 8) {
-      case 0: case 1: case 2: make(); break;
-      case 3: case 4: change(); break;
-      case 5: erase(); break;
-      case 6: random() % 4 ? data() : layer(); break;
-      default: record(); break;
+      case 0:
+      case 1:
+      case 2:
+        make();
+        break;
+      case 3:
+      case 4:
+        change();
+        break;
+      case 5:
+        erase();
+        break;
+      case 6:
+        random() % 4 ? data() : layer();
+        break;
+      default:
+        record();
+        break;
     }
   }
 

@@ -1,4 +1,5 @@
-// The module's start, per-drawing and stop sequences, its command table, the running commands, and the About box.
+// The module's start, per-drawing and stop sequences, its command table, the running commands, and the About
+// box.
 #include <gtest/gtest.h>
 
 #include "host/app/hostapp.h"
@@ -64,8 +65,14 @@ TEST_F(LifecycleTest, TransparentPrefixes) {
     const wchar_t *primary, *name;
     int flags;
   };
-  const Case cases[] = {{L"'_X", L"X", 1},           {L"'_", L"'_", 0},   {L"&apos;_Line", L"Line", 1}, {L"&APOS;_", L"&APOS;_", 0},
-                        {L"'X", L"'X", 0},           {L"X", L"X", 0},     {L"", L"", 0},                {L"'_'_X", L"'_X", 1}};
+  const Case cases[] = {{L"'_X", L"X", 1},
+                        {L"'_", L"'_", 0},
+                        {L"&apos;_Line", L"Line", 1},
+                        {L"&APOS;_", L"&APOS;_", 0},
+                        {L"'X", L"'X", 0},
+                        {L"X", L"X", 0},
+                        {L"", L"", 0},
+                        {L"'_'_X", L"'_X", 1}};
   for (const Case& c : cases) {
     int flags = -1;
     EXPECT_EQ(mek::withoutTransparentPrefix(c.primary, flags), c.name);
@@ -253,11 +260,15 @@ class AboutTest : public LifecycleTest {
 };
 
 TEST_F(AboutTest, LinesTitleAndPicture) {
-  EXPECT_EQ(aboutBox("<StartupInfor><About><Title>T</Title></About></StartupInfor>", "[Product]\r\nSubVer=7\r\n"),
-            L"T||BUILD 7|||||5530.png");
-  EXPECT_EQ(aboutBox("<StartupInfor><About><Product>P</Product><Line1>1</Line1><Line2>2</Line2><Line4>4</Line4></About></StartupInfor>", ""),
+  EXPECT_EQ(
+      aboutBox("<StartupInfor><About><Title>T</Title></About></StartupInfor>", "[Product]\r\nSubVer=7\r\n"),
+      L"T||BUILD 7|||||5530.png");
+  EXPECT_EQ(aboutBox("<StartupInfor><About><Product>P</Product><Line1>1</Line1><Line2>2</Line2><Line4>4</"
+                     "Line4></About></StartupInfor>",
+                     ""),
             L"|P|1|2||||5530.png");
-  EXPECT_EQ(aboutBox("<StartupInfor><About><Line1>1</Line1><Line2>2</Line2><Line3>3</Line3><Line4>4</Line4></About></StartupInfor>",
+  EXPECT_EQ(aboutBox("<StartupInfor><About><Line1>1</Line1><Line2>2</Line2><Line3>3</Line3><Line4>4</Line4></"
+                     "About></StartupInfor>",
                      "[Product]\r\nSubVer=9\r\n"),
             L"||1|2|3|4|BUILD 9|5530.png");
   g_eProductType = IM_PDT_OEM1;

@@ -1,4 +1,5 @@
-// Places, settings stores, files and translations, in a tree of the test's own: the executable lies where the module would.
+// Places, settings stores, files and translations, in a tree of the test's own: the executable lies where the
+// module would.
 #include "module/core/settings.h"
 
 #include <gtest/gtest.h>
@@ -29,7 +30,9 @@ class SettingsTest : public testing::Test {
     result.environment = test::environmentIn(folder.path());
     return result;
   }
-  void startupFile(const char* content) { ASSERT_TRUE(platform::writeFile(IM_GetSystemSettingXML(), content)); }
+  void startupFile(const char* content) {
+    ASSERT_TRUE(platform::writeFile(IM_GetSystemSettingXML(), content));
+  }
   CString place(const wchar_t* name) { return platform::fromNative(folder.path()) + L"\\" + name; }
 
   test::TemporaryFolder folder;
@@ -62,8 +65,10 @@ TEST_F(SettingsTest, Places) {
 
 TEST_F(SettingsTest, StartupFile) {
   EXPECT_EQ(IM_GetSystemSettingString(L"About", L"Title", L"none"), L"none");
-  startupFile("<StartupInfor><About><Title>标题</Title><Empty/></About><Config><PRODUCT>P</PRODUCT><LANGUAGE>CHS</LANGUAGE></Config>"
-              "<System><A><DETAILTEXT>1</DETAILTEXT></A></System></StartupInfor>");
+  startupFile(
+      "<StartupInfor><About><Title>标题</Title><Empty/></About><Config><PRODUCT>P</PRODUCT><LANGUAGE>CHS</"
+      "LANGUAGE></Config>"
+      "<System><A><DETAILTEXT>1</DETAILTEXT></A></System></StartupInfor>");
   EXPECT_EQ(IM_GetSystemSettingString(L"About", L"Title", L"none"), L"标题");
   EXPECT_EQ(IM_GetSystemSettingString(L"About", L"Empty", L"none"), L"");
   EXPECT_EQ(IM_GetSystemSettingInt(L"About", L"Title", 7), 0);
@@ -90,13 +95,15 @@ TEST_F(SettingsTest, ProfileFiles) {
   EXPECT_TRUE(bytes.starts_with("\xFF\xFE"));
   EXPECT_EQ(IM_GetPrivateProfileString(L"S", L"k", L"d", file, 256), L"值 𝄞");
   EXPECT_EQ(IM_GetPrivateProfileString(L"S", L"k", L"d", file, 2), L"值");
-  EXPECT_EQ(IM_GetPrivateProfileString(L"S", L"k", L"d", file, std::numeric_limits<unsigned long>::max()), L"值 𝄞");
+  EXPECT_EQ(IM_GetPrivateProfileString(L"S", L"k", L"d", file, std::numeric_limits<unsigned long>::max()),
+            L"值 𝄞");
   EXPECT_EQ(IM_GetPrivateProfileString(L"", L"k", L"d", file, 256), L"");
   EXPECT_EQ(IM_GetPrivateProfileString(L"S", nullptr, L"d", file, 256), L"");
   EXPECT_EQ(IM_GetPrivateProfileString(L"S", L"none", L"d", file, 256), L"d");
   EXPECT_NE(IM_SetConfigFileValue(file, L"S", L"k", L"new"), 0);
   EXPECT_EQ(IM_GetConfigFileValue(file, L"S", L"k", L"d", 50), L"new");
-  EXPECT_EQ(IM_GetConfigFileValue(file, L"S", L"k", L"d", 3), L"d");  // a value that was cut counts as a failed read
+  EXPECT_EQ(IM_GetConfigFileValue(file, L"S", L"k", L"d", 3),
+            L"d");  // a value that was cut counts as a failed read
   EXPECT_EQ(IM_GetConfigFileValue(file, L"S", L"none", L"d", 50), L"d");
   EXPECT_NE(IM_WritePrivateProfileInt(L"S", L"n", -3, file), 0);
   EXPECT_EQ(IM_GetConfigFileValue(file, L"S", L"n", L"", 50), L"-3");
@@ -150,7 +157,9 @@ TEST_F(SettingsTest, UserFolderIsFilledOnce) {
 TEST_F(SettingsTest, Registry) {
   using platform::RegistryValue;
   platform::Registry registry;
-  const auto set = [&](HKEY branch, const wchar_t* name, const RegistryValue& value) { EXPECT_EQ(registry.set(branch, L"K", name, value), 0u); };
+  const auto set = [&](HKEY branch, const wchar_t* name, const RegistryValue& value) {
+    EXPECT_EQ(registry.set(branch, L"K", name, value), 0u);
+  };
   set(HKEY_CURRENT_USER, L"number", RegistryValue::ofNumber(0xFFFFFFFFu));
   set(HKEY_CURRENT_USER, L"several", RegistryValue::ofTexts({L"a", L"b"}));
   set(HKEY_LOCAL_MACHINE, L"machine", RegistryValue::ofText(L"m"));
@@ -208,8 +217,10 @@ TEST_F(SettingsTest, Files) {
 }
 
 TEST_F(SettingsTest, Translations) {
-  const CString english = L"/lg ENU XXX DEU\r\n 12 \"one {0.5}\" \"u\" \"eins\"\r\n13 \"only one\"\r\n14 \"a (GENMSG f 12) b\" \"\" \"\"\r\n"
-                          L"15 \"(GENMSG F 15)\" \"\" \"\"\r\n";
+  const CString english =
+      L"/lg ENU XXX DEU\r\n 12 \"one {0.5}\" \"u\" \"eins\"\r\n13 \"only one\"\r\n14 \"a (GENMSG f 12) b\" "
+      L"\"\" \"\"\r\n"
+      L"15 \"(GENMSG F 15)\" \"\" \"\"\r\n";
   const int language = g_eSoftLanguage;
   g_eSoftLanguage = 3;
   mek::releaseTranslations();
@@ -223,7 +234,8 @@ TEST_F(SettingsTest, Translations) {
   EXPECT_EQ(IM_TranslateGenMsg(L"{1}", &value), L"{1}");  // nothing stands before the brace
   EXPECT_EQ(IM_TranslateGenMsg(L"<(genmsg \"F\" 12)>", &value), L"<one {0.5}>");
   EXPECT_EQ(value, -1.0);
-  EXPECT_EQ(IM_TranslateGenMsg(L"(GEFMSG \"f\"12)", &value), L"one ");  // the new text's own brace is cut, its value dropped
+  EXPECT_EQ(IM_TranslateGenMsg(L"(GEFMSG \"f\"12)", &value),
+            L"one ");  // the new text's own brace is cut, its value dropped
   EXPECT_EQ(value, -1.0);
   EXPECT_EQ(IM_TranslateGenMsg(L"(GENMSG f 13)", nullptr), L"(GENMSG f 13)");
   EXPECT_EQ(IM_TranslateGenMsg(L"(GENMSG f 12", nullptr), L"(GENMSG f 12");

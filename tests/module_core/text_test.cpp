@@ -25,9 +25,10 @@ TEST(Split, AtEachSeparator) {
     int count;
   };
   const Case cases[] = {
-      {L"a,,b", L",", L"[a][][b]", 3}, {L"", L",", L"", 0},          {L"a", L"", L"", 0},
-      {L"a,", L",", L"[a][]", 2},      {L",", L",", L"[][]", 2},     {L"aXYb", L"XY", L"[a][b]", 2},
-      {L"xaaay", L"aa", L"[x][][y]", 3},  // the overlapping hit gives an empty part; the rest begins behind it
+      {L"a,,b", L",", L"[a][][b]", 3},   {L"", L",", L"", 0},      {L"a", L"", L"", 0},
+      {L"a,", L",", L"[a][]", 2},        {L",", L",", L"[][]", 2}, {L"aXYb", L"XY", L"[a][b]", 2},
+      {L"xaaay", L"aa", L"[x][][y]", 3},  // the overlapping hit gives an empty part; the rest begins behind
+                                          // it
   };
   for (const Case& c : cases) {
     CStringArray parts;
@@ -56,8 +57,10 @@ TEST(Split, EscapedSeparatorsStay) {
     const wchar_t *text, *parts;
   };
   const Case cases[] = {
-      {L"a,b", L"[a][b]"},      {L"a\\,b,c", L"[a\\,b][c]"}, {L"a\\\\,b", L"[a\\\\,b]"},  // no parity here
-      {L",a,b", L"[,a][b]"},    {L"", L""},                 {L"a,", L"[a][]"},
+      {L"a,b", L"[a][b]"},        {L"a\\,b,c", L"[a\\,b][c]"},
+      {L"a\\\\,b", L"[a\\\\,b]"},  // no parity here
+      {L",a,b", L"[,a][b]"},      {L"", L""},
+      {L"a,", L"[a][]"},
   };
   for (const Case& c : cases) {
     CStringArray parts;
@@ -97,10 +100,11 @@ TEST(Numbers, Recognised) {
     int plus, wide, real, integer;
   };
   const Case cases[] = {
-      {L"1.5", 0, 0, 1, 0},  {L"-", 0, 0, 0, 0},    {L".", 0, 0, 0, 0},     {L"1-2", 0, 0, 0, 0},  {L"-12", 0, 0, 1, 1},
-      {L"+1", 0, 0, 0, 0},   {L"+1", 1, 0, 1, 1},   {L"1+", 1, 0, 0, 0},    {L"1.2.3", 0, 0, 0, 0}, {L"", 0, 0, 0, 0},
-      {L"１．５", 0, 0, 0, 0}, {L"１．５", 0, 1, 1, 0}, {L"－２", 0, 1, 1, 1}, {L"＋２", 1, 1, 1, 1},   {L"＋２", 1, 0, 0, 0},
-      {L"－", 0, 1, 0, 0},    {L"．", 0, 1, 0, 0},    {L"1．2.", 0, 1, 0, 0}, {L"1e5", 0, 0, 0, 0},  {L"1 ", 0, 0, 0, 0},
+      {L"1.5", 0, 0, 1, 0},   {L"-", 0, 0, 0, 0},     {L".", 0, 0, 0, 0},      {L"1-2", 0, 0, 0, 0},
+      {L"-12", 0, 0, 1, 1},   {L"+1", 0, 0, 0, 0},    {L"+1", 1, 0, 1, 1},     {L"1+", 1, 0, 0, 0},
+      {L"1.2.3", 0, 0, 0, 0}, {L"", 0, 0, 0, 0},      {L"１．５", 0, 0, 0, 0}, {L"１．５", 0, 1, 1, 0},
+      {L"－２", 0, 1, 1, 1},  {L"＋２", 1, 1, 1, 1},  {L"＋２", 1, 0, 0, 0},   {L"－", 0, 1, 0, 0},
+      {L"．", 0, 1, 0, 0},    {L"1．2.", 0, 1, 0, 0}, {L"1e5", 0, 0, 0, 0},    {L"1 ", 0, 0, 0, 0},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(IM_IsStringReal(c.text, 0, c.plus, c.wide), c.real) << platform::utf8From(c.text);
@@ -160,12 +164,15 @@ TEST(Names, AlphabetLabelsContinueWithoutGap) {
   EXPECT_EQ(IM_FormatNumberToAlphabet(5, L"ABCDEFGHIJKLMNOPQRSTUVWXY", 1), L"");
   // Each label is the next code of the one before it.
   for (int number = 1; number < 20000; ++number)
-    ASSERT_EQ(IM_FormatNumberToAlphabet(number + 1, L"", 1), IM_GetNextCode(IM_FormatNumberToAlphabet(number, L"", 1))) << number;
+    ASSERT_EQ(IM_FormatNumberToAlphabet(number + 1, L"", 1),
+              IM_GetNextCode(IM_FormatNumberToAlphabet(number, L"", 1)))
+        << number;
 }
 
 TEST(Names, NextCodesCarry) {
-  const wchar_t* pairs[][2] = {{L"A9", L"B0"}, {L"Z", L"AA"},   {L"zz", L"aaa"}, {L"a-", L"a-"}, {L"", L""},      {L"9", L"10"},
-                               {L"Az", L"Ba"}, {L"99", L"100"}, {L"-9", L"-0"},  {L"Z9z", L"AA0a"}, {L"中", L"中"}};
+  const wchar_t* pairs[][2] = {{L"A9", L"B0"}, {L"Z", L"AA"},     {L"zz", L"aaa"}, {L"a-", L"a-"},
+                               {L"", L""},     {L"9", L"10"},     {L"Az", L"Ba"},  {L"99", L"100"},
+                               {L"-9", L"-0"}, {L"Z9z", L"AA0a"}, {L"中", L"中"}};
   for (const auto& pair : pairs) EXPECT_EQ(IM_GetNextCode(pair[0]), CString(pair[1]));
   EXPECT_EQ(IM_GetNextCode(L"A8", 3), L"B1");
 }
@@ -194,7 +201,8 @@ TEST(Names, PathParts) {
 
 TEST(Encoding, RoundTripsAndEscapes) {
   const CString text = L"直径 20 ±0.5";
-  for (unsigned page : {936u, 65001u}) EXPECT_EQ(IM_CStringA2W(IM_CStringW2A(text, page), page), text) << page;
+  for (unsigned page : {936u, 65001u})
+    EXPECT_EQ(IM_CStringA2W(IM_CStringW2A(text, page), page), text) << page;
   EXPECT_EQ(IM_CStringW2A(L"中", 936), CStringA("\xD6\xD0"));
   EXPECT_EQ(IM_CStringW2A(L"中", 950), CStringA("\xA4\xA4"));
   EXPECT_EQ(IM_IsStringChinese(L"abc中"), 1);

@@ -25,7 +25,8 @@ TEST(Format, WideTextNumbersAndPadding) {
             CString(L"1.500    -2.35 2.2     | 1e-05 1.234568e+04 1E+20"));
   EXPECT_EQ(formatted(L"%*d|%-*d|%.*f", 5, 7, 4, 7, 2, 3.14159), CString(L"    7|7   |3.14"));
   EXPECT_EQ(formatted(L"%c%c %%", L'深', 65), CString(L"深A %"));
-  EXPECT_EQ(formatted(L"%I64d %lld %hd %u", std::int64_t{1} << 40, -1LL, 70000, -1), CString(L"1099511627776 -1 4464 4294967295"));
+  EXPECT_EQ(formatted(L"%I64d %lld %hd %u", std::int64_t{1} << 40, -1LL, 70000, -1),
+            CString(L"1099511627776 -1 4464 4294967295"));
   EXPECT_EQ(formatted(L"%#g %#.0f", 1.5, 2.0), CString(L"1.50000 2."));
 }
 
@@ -108,7 +109,8 @@ TEST(CStringValue, PartsSearchAndEdit) {
   EXPECT_EQ(text.ReverseFind(L','), 8);
   int position = 0;
   CStringArray parts;
-  for (CString part = text.Tokenize(L",", position); position != -1; part = text.Tokenize(L",", position)) parts.Add(part);
+  for (CString part = text.Tokenize(L",", position); position != -1; part = text.Tokenize(L",", position))
+    parts.Add(part);
   ASSERT_EQ(parts.GetSize(), 3);
   EXPECT_EQ(parts[2], CString(L"three"));
   EXPECT_EQ(text.Replace(L",", L"; "), 3);

@@ -34,8 +34,8 @@ inline std::unique_ptr<platform::Environment> environmentIn(const std::filesyste
   environment->drivesRoot = folder / "drives";
   environment->sharedDocuments = folder / "shared";
   environment->temporaryFolder = folder / "tmp";
-  for (const auto& one : {environment->settingsRoot, environment->dataRoot, environment->drivesRoot, environment->sharedDocuments,
-                          environment->temporaryFolder})
+  for (const auto& one : {environment->settingsRoot, environment->dataRoot, environment->drivesRoot,
+                          environment->sharedDocuments, environment->temporaryFolder})
     std::filesystem::create_directories(one);
   return environment;
 }

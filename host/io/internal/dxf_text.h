@@ -12,8 +12,8 @@ struct TextEncoding {
   std::uint32_t codePage = 1252;  // where it isn't UTF-8, and for texts that turn out not to be
 };
 
-/// Wide text: bytes decoded, `\U+XXXX` and `\M+NXXXX` resolved. Bytes that don't fit the file's encoding but do fit the other one are
-/// taken as that; what fits neither becomes U+FFFD.
+/// Wide text: bytes decoded, `\U+XXXX` and `\M+NXXXX` resolved. Bytes that don't fit the file's encoding but
+/// do fit the other one are taken as that; what fits neither becomes U+FFFD.
 std::wstring decodeText(std::string_view bytes, const TextEncoding& encoding);
 /// Whether the bytes mean the same in every encoding and hold no escape.
 bool isPlainText(std::string_view bytes);

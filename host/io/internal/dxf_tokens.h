@@ -29,7 +29,8 @@ class DxfTokens {
   /// Where the group read last begins.
   KvIoMessage here() const;
   bool isBinary() const { return isBinary_; }
-  /// A recovering reader goes on behind a value that can't be read, which then counts as 0 or empty; `wasMended` tells of it once.
+  /// A recovering reader goes on behind a value that can't be read, which then counts as 0 or empty;
+  /// `wasMended` tells of it once.
   void tolerate() { tolerant_ = true; }
   bool takeMended(KvIoMessage& message);
 
@@ -46,7 +47,7 @@ class DxfTokens {
   std::string_view bytes_;
   std::size_t at_ = 0;
   std::size_t start_ = 0;
-  std::uint64_t line_ = 0;       // lines taken so far
+  std::uint64_t line_ = 0;  // lines taken so far
   std::uint64_t startLine_ = 0;
   int code_ = -1;
   bool isBinary_ = false;

@@ -6,7 +6,8 @@
 
 namespace kvio {
 
-/// Entries of dictionaries that lead to nothing are dropped; layouts without a block of theirs get it back, or go. `report` is told of each.
+/// Entries of dictionaries that lead to nothing are dropped; layouts without a block of theirs get it back,
+/// or go. `report` is told of each.
 void repairReferences(KvDbDatabase& database, const std::function<void(const CString&)>& report);
 
 }  // namespace kvio
