@@ -13,7 +13,8 @@ ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 
 # From the ground up. A folder may depend only on what stands before it.
 ORDER = (["platform/" + f for f in ("env", "text", "files", "system", "xml", "sheet", "ui")]
-         + ["host/" + f for f in ("base", "geometry", "database", "io", "editor", "graphics", "app")]
+         + ["host/" + f for f in ("base", "geometry", "lettering", "database", "entities", "io", "editor", "graphics",
+                                  "commands", "app")]
          + ["siblings/resources"]
          + ["module/" + f for f in ("core", "toolkit", "entity", "draw", "select", "break", "data", "nest", "spring",
                                     "workflow/backup", "workflow/convert", "workflow/plm", "workflow/language")]

@@ -18,6 +18,7 @@
 #include "host/database/filer.h"
 #include "host/database/objectid.h"
 #include "host/database/storedgroup.h"
+#include "host/database/worlddraw.h"
 
 /// What a drawing keeps for each object: one for each id, owned by the drawing, never moved. An id that
 /// something refers to before (or without) its object being there has a stub with a null object.
@@ -39,7 +40,7 @@ struct KvDbUnknownSection {
 
 struct KvDbField;
 
-class KvDbObject : public KvRxObject {
+class KvDbObject : public KvGiDrawable {
   KVRX_DECLARE(KvDbObject)
  public:
   KvDbObject();

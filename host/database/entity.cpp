@@ -174,3 +174,17 @@ void KvDbSequenceEntity::dwgInFields(KvDbDwgFiler& filer) {
   for (std::uint32_t i = 0; i < count; ++i) subEntities_.append(filer.readId(KvDbReference::HardOwnership));
   end_ = filer.readId(KvDbReference::HardOwnership);
 }
+
+bool KvDbEntity::worldDraw(KvGiWorldDraw* draw) {
+  if (!draw) return false;
+  KvGiSubEntityTraits& traits = draw->subEntityTraits();
+  traits.setLayer(layer_);
+  traits.setTrueColor(KvCmEntityColor::ofIndex(color_));
+  traits.setLineType(linetype_);
+  traits.setLineTypeScale(linetypeScale_);
+  traits.setLineWeight(lineWeight_);
+  traits.setFillType(kKvGiFillNever);
+  return subWorldDraw(draw);
+}
+
+bool KvDbEntity::subWorldDraw(KvGiWorldDraw*) { return false; }

@@ -63,6 +63,11 @@ class KvDbEntity : public KvDbObject {
   /// eNotApplicable when the entity can't be moved as a whole, eCannotScaleNonUniformly.
   virtual Kvad::ErrorStatus transformBy(const KvGeMatrix3d& matrix);
 
+  /// Sets the traits from the entity's own, then calls subWorldDraw.
+  bool worldDraw(KvGiWorldDraw* draw) override;
+  /// Draws the entity by primitives; false when there is nothing to draw. By default nothing.
+  virtual bool subWorldDraw(KvGiWorldDraw* draw);
+
  private:
   KvDbObjectId layer_, linetype_;
   double linetypeScale_ = 1;

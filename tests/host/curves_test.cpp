@@ -1,7 +1,7 @@
 // Simple entities: extents, affine maps, and angles that files keep to the last digit.
-#include "host/database/curves.h"
+#include "host/entities/curves.h"
 
-#include "host/database/polyline.h"
+#include "host/entities/polyline.h"
 
 #include <gtest/gtest.h>
 

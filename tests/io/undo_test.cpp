@@ -5,7 +5,7 @@
 
 #include "host/base/context.h"
 #include "host/database/block.h"
-#include "host/database/curves.h"
+#include "host/entities/curves.h"
 #include "host/database/dictionary.h"
 #include "host/io/drawing_file.h"
 #include "tests/support/print.h"

@@ -1,4 +1,4 @@
-#include "host/database/polyline.h"
+#include "host/entities/polyline.h"
 
 #include <algorithm>
 #include <cmath>

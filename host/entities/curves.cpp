@@ -1,4 +1,4 @@
-#include "host/database/curves.h"
+#include "host/entities/curves.h"
 
 #include <cmath>
 

@@ -1,0 +1,3 @@
+#include "host/database/worlddraw.h"
+
+bool KvGiDrawable::worldDraw(KvGiWorldDraw*) { return false; }
