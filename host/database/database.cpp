@@ -6,6 +6,7 @@
 #include "host/database/block.h"
 #include "host/database/chainwriter.h"
 #include "host/database/dictionary.h"
+#include "host/database/header.h"
 #include "host/database/tables.h"
 
 namespace {
@@ -13,6 +14,12 @@ namespace {
 std::uint32_t nextSerial() {
   static std::uint32_t last = 0;
   return ++last;
+}
+
+/// The drawings of the process, whatever host they belong to.
+std::map<std::uint32_t, KvDbDatabase*>& livingDrawings() {
+  static std::map<std::uint32_t, KvDbDatabase*> drawings;
+  return drawings;
 }
 
 struct TableRow {
@@ -65,12 +72,20 @@ void KvDbDatabase::HandleMap::put(std::uint64_t handle, KvDbStub* stub) {
   page[handle & ((1u << kPageBits) - 1)] = stub;
 }
 
-KvDbDatabase::KvDbDatabase(bool buildDefault, bool) : serial_(nextSerial()) {
+KvDbDatabase* KvDbDatabase::ofSerial(std::uint32_t serial) {
+  const auto found = livingDrawings().find(serial);
+  return found == livingDrawings().end() ? nullptr : found->second;
+}
+
+KvDbDatabase::KvDbDatabase(bool buildDefault, bool)
+    : header_(std::make_unique<KvDbHeader>(*this)), serial_(nextSerial()) {
+  livingDrawings()[serial_] = this;
   if (buildDefault) completeAfterReading();
   modifiedWord_ = 0;
 }
 
 KvDbDatabase::~KvDbDatabase() {
+  livingDrawings().erase(serial_);
   auto* services = KvHostContext::current().services;
   if (services && services->workingDatabase() == this) services->setWorkingDatabase(nullptr);
   for (KvDbStub* stub : placed_) delete stub->object;

@@ -6,11 +6,13 @@
 #include <vector>
 
 #include "host/database/dbobject.h"
+#include "host/database/tables.h"
 #include "host/database/undo.h"
 
 class KvDbBlockTable;
 class KvDbBlockTableRecord;
 class KvDbDictionary;
+class KvDbHeader;
 class KvDbRegAppTable;
 class KvDbSymbolTable;
 
@@ -122,8 +124,42 @@ class KvDbDatabase {
   KvDbObjectId modelSpaceId() const { return recordId(KvDbTable::Block, L"*Model_Space"); }
   KvDbObjectId paperSpaceId() const { return recordId(KvDbTable::Block, L"*Paper_Space"); }
   KvDbObjectId layerZero() const { return recordId(KvDbTable::Layer, L"0"); }
-  KvDbObjectId currentLayer() const { return currentLayer_.isValid() ? currentLayer_ : layerZero(); }
-  void setCurrentLayer(KvDbObjectId id) { currentLayer_ = id; }
+  KvDbObjectId byLayerLinetype() const { return recordId(KvDbTable::Linetype, L"ByLayer"); }
+  KvDbObjectId byBlockLinetype() const { return recordId(KvDbTable::Linetype, L"ByBlock"); }
+  KvDbObjectId continuousLinetype() const { return recordId(KvDbTable::Linetype, L"Continuous"); }
+
+  /// Header variables by name (header.h).
+  KvDbHeader& header() const;
+  // Header variables that entities and commands need most. A record that isn't there any more counts as the
+  // standard one. Setting a record: eNullObjectId, eWrongDatabase, eWrongObjectType, eWasErased; a scale or
+  // size that isn't above 0: eInvalidInput.
+  KvDbObjectId clayer() const;
+  Kvad::ErrorStatus setClayer(KvDbObjectId id);
+  /// The record ByLayer or ByBlock where these are meant.
+  KvDbObjectId celtype() const;
+  Kvad::ErrorStatus setCeltype(KvDbObjectId id);
+  KvCmEntityColor cecolor() const;
+  /// eNotApplicable for a colour of red, green and blue, which files cannot hold there.
+  Kvad::ErrorStatus setCecolor(const KvCmEntityColor& color);
+  double celtscale() const;
+  Kvad::ErrorStatus setCeltscale(double scale);
+  KvDb::LineWeight celweight() const;
+  Kvad::ErrorStatus setCelweight(KvDb::LineWeight weight);
+  KvDbObjectId dimstyle() const;
+  Kvad::ErrorStatus setDimstyle(KvDbObjectId id);
+  KvDbObjectId textstyle() const;
+  Kvad::ErrorStatus setTextstyle(KvDbObjectId id);
+  double ltscale() const;
+  Kvad::ErrorStatus setLtscale(double scale);
+  double thickness() const;
+  Kvad::ErrorStatus setThickness(double thickness);
+  double elevation() const;
+  Kvad::ErrorStatus setElevation(double elevation);
+  double textsize() const;
+  Kvad::ErrorStatus setTextsize(double size);
+  /// True while model space is shown, false for a layout.
+  bool tilemode() const;
+  Kvad::ErrorStatus setTilemode(bool isModel);
   bool isApplicationKnown(const CString& name) const { return !recordId(KvDbTable::RegApp, name).isNull(); }
 
   KvDbFileExtras& extras() { return extras_; }
@@ -155,6 +191,10 @@ class KvDbDatabase {
 
   /// Tells this drawing's names from those of every other drawing of the process.
   std::uint32_t serial() const { return serial_; }
+  /// The living drawing of that number; null when there is none.
+  static KvDbDatabase* ofSerial(std::uint32_t serial);
+  /// Ties an object that stands in no table to a stub of its owner's.
+  static void bind(KvDbStub& stub, KvDbObject& object) { object.stub_ = &stub; }
 
   static constexpr int kObjectsChanged = 1;
   static constexpr int kVariablesChanged = 4;
@@ -188,8 +228,8 @@ class KvDbDatabase {
   bool isReading_ = false;
   KvDbObjectId tables_[kKvDbTableCount];
   KvDbObjectId namedObjects_;
-  KvDbObjectId currentLayer_;
   KvDbFileExtras extras_;
+  std::unique_ptr<KvDbHeader> header_;
   int modifiedWord_ = 0;
   int openCount_ = 0;
   std::uint32_t serial_;

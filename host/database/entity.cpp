@@ -93,11 +93,12 @@ void KvDbEntity::setDatabaseDefaults(KvDbDatabase* database) {
   database = kvdbDatabaseOrWorking(database);
   if (!database) return;
   assertWriteEnabled();
-  layer_ = database->currentLayer();
-  linetype_.setNull();
-  linetypeScale_ = 1;
-  color_ = kKvColorByLayer;
-  lineWeight_ = KvDb::kLnWtByLayer;
+  layer_ = database->clayer();
+  linetype_ = database->celtype();
+  if (linetype_ == database->byLayerLinetype()) linetype_.setNull();
+  linetypeScale_ = database->celtscale();
+  color_ = static_cast<std::int16_t>(database->cecolor().colorIndex());
+  lineWeight_ = database->celweight();
 }
 
 void KvDbEntity::setPropertiesFrom(const KvDbEntity* other) {
@@ -187,4 +188,6 @@ bool KvDbEntity::worldDraw(KvGiWorldDraw* draw) {
   return subWorldDraw(draw);
 }
 
-bool KvDbEntity::subWorldDraw(KvGiWorldDraw*) { return false; }
+bool KvDbEntity::subWorldDraw(KvGiWorldDraw*) {
+  return false;
+}

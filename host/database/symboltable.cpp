@@ -1,6 +1,7 @@
 #include "host/database/symboltable.h"
 
 #include "host/database/database.h"
+#include "host/database/header.h"
 
 KVRX_DEFINE_ABSTRACT(KvDbSymbolTableRecord, KvDbObject)
 KVRX_DEFINE_ABSTRACT(KvDbSymbolTable, KvDbObject)
@@ -141,5 +142,6 @@ Kvad::ErrorStatus KvDbSymbolTable::rename(KvDbSymbolTableRecord& record, const C
   auto old = byName_.find(record.getName().str());
   if (old != byName_.end() && old->second == record.objectId()) byName_.erase(old);
   byName_[name.str()] = record.objectId();
+  if (database()) database()->header().followRename(objectId(), record.getName(), name);
   return Kvad::eOk;
 }
