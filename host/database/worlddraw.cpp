@@ -1,3 +1,24 @@
 #include "host/database/worlddraw.h"
 
-bool KvGiDrawable::worldDraw(KvGiWorldDraw*) { return false; }
+#include "host/database/internal/flatten.h"
+
+namespace {
+
+/// For sinks that don't tell how fine they want it: about a hundred chords for a full turn of radius 100.
+constexpr double kPlainDeviation = 0.05;
+
+}  // namespace
+
+bool KvGiDrawable::worldDraw(KvGiWorldDraw*) {
+  return false;
+}
+
+bool KvGiGeometry::path(const KvGiPath& path) {
+  std::vector<KvGePoint2d> flat;
+  kvdb::flattenPath(path, kPlainDeviation, flat);
+  const KvGeMatrix3d toModel = KvGeMatrix3d::planeToWorld(path.normal);
+  std::vector<KvGePoint3d> points;
+  points.reserve(flat.size());
+  for (KvGePoint2d p : flat) points.push_back(toModel * KvGePoint3d(p.x, p.y, path.elevation));
+  return polyline(static_cast<int>(points.size()), points.data(), &path.normal);
+}

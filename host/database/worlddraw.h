@@ -6,11 +6,13 @@
 // classes; entities know nothing of what becomes of their primitives. Primitives answer true when drawing must
 // stop (the sink has what it wants), false to go on.
 #include <cstdint>
+#include <vector>
 
 #include "host/base/rxclass.h"
 #include "host/database/objectid.h"
 #include "host/geometry/matrix.h"
 #include "host/geometry/point.h"
+#include "host/lettering/textlook.h"
 
 class KvDbPolyline;
 class KvGiGeometry;
@@ -83,15 +85,21 @@ class KvGiSubEntityTraits {
   virtual double thickness() const = 0;
 };
 
-/// What a text looks like, by value; see textstyle.h for the one that is loaded from a drawing's style.
-struct KvGiTextLook {
-  CString fontFile, bigFontFile, typeface;  ///< as the style names them; all empty: the standard lettering
-  double height = 1;                        ///< of capitals
-  double widthFactor = 1;
-  double oblique = 0;
-  double trackingFactor = 1;
-  bool isBackward = false, isUpsideDown = false, isVertical = false;
-  bool isBold = false, isItalic = false;
+/// A corner of a path and the segment that begins there.
+struct KvGiPathVertex {
+  KvGePoint2d point;  ///< in the plane's coordinates (arbitrary-axis rule of drawing files)
+  double bulge = 0;   ///< tangent of a quarter of the angle that the arc to the next vertex sweeps
+  double startWidth = 0, endWidth = 0;
+};
+
+/// A path in a plane: straight and curved segments, with widths.
+struct KvGiPath {
+  const KvGiPathVertex* vertices = nullptr;
+  int count = 0;
+  bool isClosed = false;
+  double elevation = 0;
+  KvGeVector3d normal = KvGeVector3d::kZAxis;
+  bool isLinetypeContinuous = false;  ///< the dash pattern runs on over the corners
 };
 
 /// A region that clips what is drawn until it is popped: a closed outline in the XY plane of `toPlane`.
@@ -101,6 +109,10 @@ struct KvGiClipBoundary {
   int count = 0;            ///< 2: opposite corners of a rectangle
   bool isInverted = false;  ///< what lies inside is hidden
 };
+
+/// The vertices of a polyline from a segment on, each with its widths; `count` 0: all. Stands with the class
+/// of polylines.
+std::vector<KvGiPathVertex> kvgiVerticesOf(const KvDbPolyline& polyline, int from, int count, KvGiPath& path);
 
 class KvGiGeometry {
  public:
@@ -127,6 +139,8 @@ class KvGiGeometry {
                     const KvGiTextLook& look, const CString& text) = 0;
   /// `count` segments from vertex `from` on; 0: all. Widths are drawn.
   virtual bool pline(const KvDbPolyline& polyline, int from = 0, int count = 0) = 0;
+  /// The same of a path that is no polyline of a drawing. By default its middle line, as a polyline.
+  virtual bool path(const KvGiPath& path);
   /// Strokes of a curve of class KvGeCurve3d come as polylines; this one is for exact sinks that want the
   /// spline itself. By default it is reduced by the sink.
   virtual bool polypoint(int count, const KvGePoint3d* points) = 0;
@@ -149,8 +163,8 @@ class KvGiWorldDraw {
   virtual ~KvGiWorldDraw() = default;
   virtual KvGiGeometry& geometry() = 0;
   virtual KvGiSubEntityTraits& subEntityTraits() = 0;
-  /// How far a chord may lie from its curve, in world units near `at`; for entities that make polylines of
-  /// curves themselves.
+  /// How far a chord may lie from its curve, in units of the innermost model transform near `at`; for entities
+  /// that make polylines of curves themselves.
   virtual double deviation(const KvGePoint3d& at) const = 0;
   /// True while the sink asks only for extents or for what can be picked; entities may leave out costly fills.
   virtual bool isOutlineOnly() const { return false; }

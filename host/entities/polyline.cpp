@@ -269,3 +269,25 @@ bool KvDbPolyline::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker,
   if (group.code == 91) last->id = static_cast<std::int32_t>(group.integer);
   return true;
 }
+
+std::vector<KvGiPathVertex> kvgiVerticesOf(const KvDbPolyline& polyline, int from, int count, KvGiPath& path) {
+  std::vector<KvGiPathVertex> vertices;
+  const int own = polyline.numVerts();
+  from = std::clamp(from, 0, own);
+  const bool isWhole = from == 0 && (count <= 0 || count >= own);
+  // A stretch of a closed polyline may run on over its beginning.
+  const int segments = count > 0 ? std::min(count, own) : own;
+  const bool isClosed = polyline.isClosed();
+  const int wanted = isWhole ? own : isClosed ? segments + 1 : std::min(segments + 1, own - from);
+  const bool ownWidths = polyline.hasOwnWidths();
+  for (int i = 0; i < wanted; ++i) {
+    const KvDbPolyline::Vertex& v = polyline.vertex((from + i) % own);
+    const double start = ownWidths ? v.startWidth : polyline.constantWidth_;
+    vertices.push_back({v.point, v.bulge, start, ownWidths ? v.endWidth : start});
+  }
+  path.isClosed = isWhole && isClosed;
+  path.elevation = polyline.elevation_;
+  path.normal = polyline.normal_;
+  path.isLinetypeContinuous = (polyline.flags_ & KvDbPolyline::kContinuousLinetypeFlag) != 0;
+  return vertices;
+}

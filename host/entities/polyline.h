@@ -52,7 +52,10 @@ class KvDbPolyline : public KvDbEntity {
   bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;
 
  private:
+  friend std::vector<KvGiPathVertex> kvgiVerticesOf(const KvDbPolyline& polyline, int from, int count,
+                                                    KvGiPath& path);
   static constexpr int kClosedFlag = 1;
+  static constexpr int kContinuousLinetypeFlag = 128;
   bool has(int index) const { return index >= 0 && index < numVerts(); }
   const Vertex& vertex(int index) const { return vertices_[static_cast<std::size_t>(index)]; }
   bool hasOwnWidths() const;
