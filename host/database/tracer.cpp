@@ -183,9 +183,8 @@ void KvGiTracer::resolveStyle() {
       style_.linetype = traits_.linetype;
       break;
   }
-  style_.linetypeScale = traits_.linetypeScale > 0 && std::isfinite(traits_.linetypeScale)
-                             ? traits_.linetypeScale
-                             : 1;
+  style_.linetypeScale =
+      traits_.linetypeScale > 0 && std::isfinite(traits_.linetypeScale) ? traits_.linetypeScale : 1;
   style_.lineWeight = traits_.lineWeight == KvDb::kLnWtByLayer   ? look.lineWeight
                       : traits_.lineWeight == KvDb::kLnWtByBlock ? block_.style.lineWeight
                       : traits_.lineWeight < 0                   ? int{KvDb::kLnWtByLwDefault}
@@ -215,7 +214,8 @@ bool KvGiTracer::draw(KvGiDrawable* drawable) {
   if (entity && (entity->isErased() || entity->visibility() == KvDb::kInvisible)) return isStopped_;
   // What a drawable owns itself (attributes of a reference) doesn't stand in the block that it refers to.
   const KvDbEntity* around = stack_.empty() ? nullptr : KvDbEntity::cast(stack_.back());
-  const bool isOwn = entity && around && !around->objectId().isNull() && entity->ownerId() == around->objectId();
+  const bool isOwn =
+      entity && around && !around->objectId().isNull() && entity->ownerId() == around->objectId();
 
   const Block block = block_;
   const Traits traits = traits_;
@@ -303,8 +303,8 @@ void KvGiTracer::strokeWorld(const KvGePoint3d* points, int count, std::size_t c
     stroke(points, count);
     return;
   }
-  clips_[clip].outline->clipStroke(
-      points, count, [&](const KvGePoint3d* part, int n) { strokeWorld(part, n, clip + 1); });
+  clips_[clip].outline->clipStroke(points, count,
+                                   [&](const KvGePoint3d* part, int n) { strokeWorld(part, n, clip + 1); });
 }
 
 void KvGiTracer::fillWorld(std::vector<KvGePoint3d>& points, std::vector<int>& counts) {

@@ -1,10 +1,10 @@
 #pragma once
 // The base of everything that wants to see what entities draw: renderers, pickers, measuring.
 //
-// A tracer takes the primitives of entities, resolves layers, colours, linetypes and line weights ("by layer",
-// "by block", layer "0" inside blocks), applies the model transforms and the clip boundaries, leaves out what
-// can't be seen, and hands over strokes and filled areas in world coordinates. A class derived from it gives
-// `stroke` and `fill`; the other calls may be overridden.
+// A tracer takes the primitives of entities, resolves layers, colours, linetypes and line weights ("by
+// layer", "by block", layer "0" inside blocks), applies the model transforms and the clip boundaries, leaves
+// out what can't be seen, and hands over strokes and filled areas in world coordinates. A class derived from
+// it gives `stroke` and `fill`; the other calls may be overridden.
 #include <memory>
 #include <unordered_map>
 #include <vector>

@@ -54,8 +54,7 @@ void KvGiTracer::conic(const KvGePoint3d& center, const KvGeVector3d& u, const K
   if (!std::isfinite(start) || !std::isfinite(sweep)) return;
   sweep = std::clamp(sweep, -kvge::kTwoPi, kvge::kTwoPi);
   const bool isWhole = std::fabs(sweep) >= kvge::kTwoPi;
-  const bool isFilled =
-      traits_.fillType == kKvGiFillAlways && (isWhole || type != kKvGiArcSimple);
+  const bool isFilled = traits_.fillType == kKvGiFillAlways && (isWhole || type != kKvGiArcSimple);
   if (!isFilled && (isWhole || type == kKvGiArcSimple) && !isCut() && strokeConic(middle, a, b, start, sweep))
     return;
   scratch_.clear();
@@ -164,7 +163,9 @@ bool KvGiTracer::path(const KvGiPath& path) {
     return v.startWidth != 0 || v.endWidth != 0;
   });
   const double step = deviation({});
-  const auto add = [&](KvGePoint2d p) { outline_.push_back(toModel * KvGePoint3d(p.x, p.y, path.elevation)); };
+  const auto add = [&](KvGePoint2d p) {
+    outline_.push_back(toModel * KvGePoint3d(p.x, p.y, path.elevation));
+  };
   if (isWide && !isOutlineOnly()) {
     std::vector<std::vector<KvGePoint2d>> outlines;
     kvdb::widenPath(path, step, outlines);
@@ -235,7 +236,8 @@ void KvGiTracer::endless(const KvGePoint3d& base, const KvGeVector3d& direction,
   if (!isDrawable(p) || !isDrawable(p + d)) return;
   double from = isBothWays ? -kFarthest : 0, to = kFarthest;
   const double at[] = {p.x, p.y}, way[] = {d.x, d.y};
-  const double low[] = {endlessBox_.low.x, endlessBox_.low.y}, high[] = {endlessBox_.high.x, endlessBox_.high.y};
+  const double low[] = {endlessBox_.low.x, endlessBox_.low.y},
+               high[] = {endlessBox_.high.x, endlessBox_.high.y};
   for (int i = 0; i < 2; ++i) {
     if (way[i] == 0) {
       if (at[i] < low[i] || at[i] > high[i]) return;

@@ -1,10 +1,10 @@
 #pragma once
 // The interface through which an entity draws itself: traits, primitives, and the object that holds both.
 //
-// Coordinates are world coordinates of the innermost model transform, lengths are drawing units, angles radians
-// counter-clockwise about the given normal. A sink (a renderer, a picker, a recorder) derives from the three
-// classes; entities know nothing of what becomes of their primitives. Primitives answer true when drawing must
-// stop (the sink has what it wants), false to go on.
+// Coordinates are world coordinates of the innermost model transform, lengths are drawing units, angles
+// radians counter-clockwise about the given normal. A sink (a renderer, a picker, a recorder) derives from
+// the three classes; entities know nothing of what becomes of their primitives. Primitives answer true when
+// drawing must stop (the sink has what it wants), false to go on.
 #include <cstdint>
 #include <vector>
 
@@ -144,7 +144,8 @@ class KvGiGeometry {
   /// Strokes of a curve of class KvGeCurve3d come as polylines; this one is for exact sinks that want the
   /// spline itself. By default it is reduced by the sink.
   virtual bool polypoint(int count, const KvGePoint3d* points) = 0;
-  virtual bool shell(int points, const KvGePoint3d* vertices, int faceListSize, const std::int32_t* faces) = 0;
+  virtual bool shell(int points, const KvGePoint3d* vertices, int faceListSize,
+                     const std::int32_t* faces) = 0;
   virtual bool mesh(int rows, int columns, const KvGePoint3d* vertices) = 0;
   virtual bool ray(const KvGePoint3d& base, const KvGePoint3d& through) = 0;
   virtual bool xline(const KvGePoint3d& first, const KvGePoint3d& second) = 0;
@@ -163,10 +164,11 @@ class KvGiWorldDraw {
   virtual ~KvGiWorldDraw() = default;
   virtual KvGiGeometry& geometry() = 0;
   virtual KvGiSubEntityTraits& subEntityTraits() = 0;
-  /// How far a chord may lie from its curve, in units of the innermost model transform near `at`; for entities
-  /// that make polylines of curves themselves.
+  /// How far a chord may lie from its curve, in units of the innermost model transform near `at`; for
+  /// entities that make polylines of curves themselves.
   virtual double deviation(const KvGePoint3d& at) const = 0;
-  /// True while the sink asks only for extents or for what can be picked; entities may leave out costly fills.
+  /// True while the sink asks only for extents or for what can be picked; entities may leave out costly
+  /// fills.
   virtual bool isOutlineOnly() const { return false; }
   /// The drawing; null for entities outside one.
   virtual class KvDbDatabase* database() const { return nullptr; }

@@ -270,7 +270,8 @@ bool KvDbPolyline::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker,
   return true;
 }
 
-std::vector<KvGiPathVertex> kvgiVerticesOf(const KvDbPolyline& polyline, int from, int count, KvGiPath& path) {
+std::vector<KvGiPathVertex> kvgiVerticesOf(const KvDbPolyline& polyline, int from, int count,
+                                           KvGiPath& path) {
   std::vector<KvGiPathVertex> vertices;
   const int own = polyline.numVerts();
   from = std::clamp(from, 0, own);

@@ -58,8 +58,7 @@ void addSide(const Segment& s, double side, KvGeVector2d startOffset, KvGeVector
   points.push_back(s.from + startOffset * side);
   if (s.isArc) {
     const double inwards = s.arc.sweep > 0 ? -1 : 1;
-    const int chords =
-        chordCount(s.arc.radius + std::max(s.startHalf, s.endHalf), s.arc.sweep, deviation);
+    const int chords = chordCount(s.arc.radius + std::max(s.startHalf, s.endHalf), s.arc.sweep, deviation);
     for (int i = 1; i < chords; ++i) {
       const double t = static_cast<double>(i) / chords;
       const double half = s.startHalf + (s.endHalf - s.startHalf) * t;

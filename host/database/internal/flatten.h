@@ -9,7 +9,7 @@
 
 namespace kvdb {
 
-inline constexpr int kMostChords = 4096;
+inline constexpr int kMostChords = 1 << 16;
 
 /// The number of chords for a sweep of radius `radius`, none farther than `deviation` from the arc; at least
 /// one for each `kWidestChord` radians.
