@@ -131,6 +131,7 @@ KvDbObjectId KvDbDatabase::addObject(KvDbObject* object, KvDbObjectId owner) {
   noteOpened();
   if (isUndoRecording_) undo_.noteCreation(stub);
   noteModified();
+  object->addedToDatabase();
   return KvDbObjectId(&stub);
 }
 

@@ -84,6 +84,8 @@ class KvDbObject : public KvGiDrawable {
   /// All groups of one section. By default each goes to dxfInGroup, and what isn't known there is kept.
   virtual void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
                             KvDxfResolver& resolver);
+  /// Called when the object has come into a drawing as a new one; it is open for write.
+  virtual void addedToDatabase() {}
   /// Called once when all groups of the object have been read.
   virtual void dxfInEnd(KvDxfResolver& resolver);
 

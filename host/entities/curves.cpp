@@ -3,15 +3,13 @@
 #include <cmath>
 
 KVRX_DEFINE(KvDbPoint, KvDbEntity, L"POINT")
-KVRX_DEFINE(KvDbLine, KvDbEntity, L"LINE")
-KVRX_DEFINE(KvDbCircle, KvDbEntity, L"CIRCLE")
-KVRX_DEFINE(KvDbArc, KvDbEntity, L"ARC")
-KVRX_DEFINE_ABSTRACT(KvDbEndlessLine, KvDbEntity)
+KVRX_DEFINE(KvDbLine, KvDbCurve, L"LINE")
+KVRX_DEFINE(KvDbCircle, KvDbCurve, L"CIRCLE")
+KVRX_DEFINE(KvDbArc, KvDbCurve, L"ARC")
+KVRX_DEFINE_ABSTRACT(KvDbEndlessLine, KvDbCurve)
 KVRX_DEFINE(KvDbRay, KvDbEndlessLine, L"RAY")
 KVRX_DEFINE(KvDbXline, KvDbEndlessLine, L"XLINE")
-KVRX_DEFINE(KvDbEllipse, KvDbEntity, L"ELLIPSE")
-KVRX_DEFINE(KvDbTrace, KvDbEntity, L"TRACE")
-KVRX_DEFINE(KvDbSolid, KvDbTrace, L"SOLID")
+KVRX_DEFINE(KvDbEllipse, KvDbCurve, L"ELLIPSE")
 
 namespace {
 
@@ -99,7 +97,7 @@ const KvDbField KvDbLine::kFields[] = {
     kvdbField<&KvDbLine::end_>(Type::Point, 11),
     kvdbField<&KvDbLine::normal_>(Type::Vector, 210, kUnlessDefault, 1),
 };
-KVDB_FIELDS_DEFINE(KvDbLine, KvDbEntity)
+KVDB_FIELDS_DEFINE(KvDbLine, KvDbCurve)
 
 Kvad::ErrorStatus KvDbLine::setStartPoint(const KvGePoint3d& point) {
   assertWriteEnabled();
@@ -146,7 +144,7 @@ const KvDbField KvDbCircle::kFields[] = {
     kvdbField<&KvDbCircle::radius_>(Type::Real, 40),
     kvdbField<&KvDbCircle::normal_>(Type::Vector, 210, kUnlessDefault, 1),
 };
-KVDB_FIELDS_DEFINE(KvDbCircle, KvDbEntity)
+KVDB_FIELDS_DEFINE(KvDbCircle, KvDbCurve)
 
 KvDbCircle::KvDbCircle(const KvGePoint3d& center, const KvGeVector3d& normal, double radius)
     : center_(toPlane(center, normal)), radius_(radius), normal_(normal.normal()) {}
@@ -198,7 +196,7 @@ const KvDbField KvDbArc::kFields[] = {
     kvdbField<&KvDbArc::startAngle_>(Type::Angle, 50),
     kvdbField<&KvDbArc::endAngle_>(Type::Angle, 51),
 };
-KVDB_FIELDS_DEFINE(KvDbArc, KvDbEntity)
+KVDB_FIELDS_DEFINE(KvDbArc, KvDbCurve)
 
 KvDbArc::KvDbArc(const KvGePoint3d& center, const KvGeVector3d& normal, double radius, double startAngle,
                  double endAngle)
@@ -297,7 +295,7 @@ const KvDbField KvDbEllipse::kFields[] = {
     kvdbField<&KvDbEllipse::start_>(Type::Real, 41),
     kvdbField<&KvDbEllipse::end_>(Type::Real, 42),
 };
-KVDB_FIELDS_DEFINE(KvDbEllipse, KvDbEntity)
+KVDB_FIELDS_DEFINE(KvDbEllipse, KvDbCurve)
 
 Kvad::ErrorStatus KvDbEllipse::setCenter(const KvGePoint3d& center) {
   assertWriteEnabled();
@@ -315,59 +313,5 @@ Kvad::ErrorStatus KvDbEllipse::getGeomExtents(KvDbExtents& extents) const {
   const double sweep = kvge::normalizedAngle(end_ - start_);
   addTurn(extents, major_, minorAxis(), kvge::normalizedAngle(start_), sweep == 0 ? kvge::kTwoPi : sweep,
           [this](double parameter) { return pointAtParam(parameter); });
-  return Kvad::eOk;
-}
-
-// --- Filled quadrangles
-// --------------------------------------------------------------------------------------------------------
-
-const KvDbField KvDbTrace::kFields[] = {
-    kvdbMarker(L"AcDbTrace"),
-    kvdbField<&KvDbTrace::first_>(Type::Point, 10),
-    kvdbField<&KvDbTrace::second_>(Type::Point, 11),
-    kvdbField<&KvDbTrace::third_>(Type::Point, 12),
-    kvdbField<&KvDbTrace::fourth_>(Type::Point, 13),
-    kvdbField<&KvDbTrace::thickness_>(Type::Real, 39, kUnlessDefault),
-    kvdbField<&KvDbTrace::normal_>(Type::Vector, 210, kUnlessDefault, 1),
-};
-KVDB_FIELDS_DEFINE(KvDbTrace, KvDbEntity)
-
-const KvGePoint3d* KvDbTrace::corner(int index) const {
-  switch (index) {
-    case 0:
-      return &first_;
-    case 1:
-      return &second_;
-    case 2:
-      return &third_;
-    case 3:
-      return &fourth_;
-    default:
-      return nullptr;
-  }
-}
-
-Kvad::ErrorStatus KvDbTrace::getPointAt(int index, KvGePoint3d& point) const {
-  const KvGePoint3d* own = corner(index);
-  if (!own) return Kvad::eInvalidIndex;
-  point = toWorld(*own, normal_);
-  return Kvad::eOk;
-}
-
-Kvad::ErrorStatus KvDbTrace::setPointAt(int index, const KvGePoint3d& point) {
-  const KvGePoint3d* own = corner(index);
-  if (!own) return Kvad::eInvalidIndex;
-  assertWriteEnabled();
-  *const_cast<KvGePoint3d*>(own) = toPlane(point, normal_);
-  return Kvad::eOk;
-}
-
-Kvad::ErrorStatus KvDbTrace::getGeomExtents(KvDbExtents& extents) const {
-  extents = KvDbExtents();
-  for (int index = 0; index < 4; ++index) {
-    const KvGePoint3d point = toWorld(*corner(index), normal_);
-    extents.addPoint(point);
-    extents.addPoint(point + normal_ * thickness_);
-  }
   return Kvad::eOk;
 }

@@ -4,7 +4,7 @@
 // Points that calls give and take are in world coordinates unless it says otherwise; circles, arcs and filled
 // quadrangles are kept in the coordinates of their plane, as in files. Angles are in radians,
 // counter-clockwise about the normal, from the X axis of the plane (arbitrary-axis rule of drawing files).
-#include "host/database/entity.h"
+#include "host/entities/curve.h"
 
 class KvDbPoint : public KvDbEntity {
   KVRX_DECLARE(KvDbPoint)
@@ -15,9 +15,13 @@ class KvDbPoint : public KvDbEntity {
   KvGePoint3d position() const { return position_; }
   Kvad::ErrorStatus setPosition(const KvGePoint3d& position);
   double thickness() const { return thickness_; }
+  Kvad::ErrorStatus setThickness(double thickness);
   KvGeVector3d normal() const { return normal_; }
+  /// eInvalidInput for a vector of no length, here and in the other classes.
+  Kvad::ErrorStatus setNormal(const KvGeVector3d& normal);
   Kvad::ErrorStatus getGeomExtents(KvDbExtents& extents) const override;
   Kvad::ErrorStatus transformBy(const KvGeMatrix3d& matrix) override;
+  bool subWorldDraw(KvGiWorldDraw* draw) override;
 
  private:
   KvGePoint3d position_;
@@ -26,7 +30,7 @@ class KvDbPoint : public KvDbEntity {
   KvGeVector3d normal_ = KvGeVector3d::kZAxis;
 };
 
-class KvDbLine : public KvDbEntity {
+class KvDbLine : public KvDbCurve {
   KVRX_DECLARE(KvDbLine)
   KVDB_FIELDS_DECLARE
  public:
@@ -39,8 +43,12 @@ class KvDbLine : public KvDbEntity {
   double thickness() const { return thickness_; }
   Kvad::ErrorStatus setThickness(double thickness);
   KvGeVector3d normal() const { return normal_; }
+  Kvad::ErrorStatus setNormal(const KvGeVector3d& normal);
   Kvad::ErrorStatus getGeomExtents(KvDbExtents& extents) const override;
   Kvad::ErrorStatus transformBy(const KvGeMatrix3d& matrix) override;
+  Kvad::ErrorStatus reverseCurve() override;
+  std::unique_ptr<KvGeCurve3d> geCurve() const override;
+  bool subWorldDraw(KvGiWorldDraw* draw) override;
 
  private:
   KvGePoint3d start_, end_;
@@ -48,7 +56,7 @@ class KvDbLine : public KvDbEntity {
   KvGeVector3d normal_ = KvGeVector3d::kZAxis;
 };
 
-class KvDbCircle : public KvDbEntity {
+class KvDbCircle : public KvDbCurve {
   KVRX_DECLARE(KvDbCircle)
   KVDB_FIELDS_DECLARE
  public:
@@ -60,7 +68,13 @@ class KvDbCircle : public KvDbEntity {
   /// eInvalidInput for a radius that isn't above 0.
   Kvad::ErrorStatus setRadius(double radius);
   KvGeVector3d normal() const { return normal_; }
+  /// The centre stays where it is in the world.
+  Kvad::ErrorStatus setNormal(const KvGeVector3d& normal);
   double thickness() const { return thickness_; }
+  Kvad::ErrorStatus setThickness(double thickness);
+  Kvad::ErrorStatus getArea(double& area) const override;
+  std::unique_ptr<KvGeCurve3d> geCurve() const override;
+  bool subWorldDraw(KvGiWorldDraw* draw) override;
   Kvad::ErrorStatus getGeomExtents(KvDbExtents& extents) const override;
   /// eCannotScaleNonUniformly.
   Kvad::ErrorStatus transformBy(const KvGeMatrix3d& matrix) override;
@@ -72,7 +86,7 @@ class KvDbCircle : public KvDbEntity {
   KvGeVector3d normal_ = KvGeVector3d::kZAxis;
 };
 
-class KvDbArc : public KvDbEntity {
+class KvDbArc : public KvDbCurve {
   KVRX_DECLARE(KvDbArc)
   KVDB_FIELDS_DECLARE
  public:
@@ -80,7 +94,17 @@ class KvDbArc : public KvDbEntity {
   KvDbArc(const KvGePoint3d& center, const KvGeVector3d& normal, double radius, double startAngle,
           double endAngle);
   KvGePoint3d center() const;
+  Kvad::ErrorStatus setCenter(const KvGePoint3d& center);
   double radius() const { return radius_; }
+  /// eInvalidInput for a radius that isn't above 0.
+  Kvad::ErrorStatus setRadius(double radius);
+  Kvad::ErrorStatus setStartAngle(double angle);
+  Kvad::ErrorStatus setEndAngle(double angle);
+  /// The centre stays where it is in the world.
+  Kvad::ErrorStatus setNormal(const KvGeVector3d& normal);
+  Kvad::ErrorStatus setThickness(double thickness);
+  std::unique_ptr<KvGeCurve3d> geCurve() const override;
+  bool subWorldDraw(KvGiWorldDraw* draw) override;
   double startAngle() const { return startAngle_.radians(); }
   double endAngle() const { return endAngle_.radians(); }
   /// Above 0, at most 2 pi.
@@ -104,7 +128,7 @@ class KvDbArc : public KvDbEntity {
 };
 
 /// What lines without end share.
-class KvDbEndlessLine : public KvDbEntity {
+class KvDbEndlessLine : public KvDbCurve {
   KVRX_DECLARE(KvDbEndlessLine)
  public:
   KvGePoint3d basePoint() const { return base_; }
@@ -123,16 +147,22 @@ class KvDbEndlessLine : public KvDbEntity {
 class KvDbRay : public KvDbEndlessLine {
   KVRX_DECLARE(KvDbRay)
   KVDB_FIELDS_DECLARE
+ public:
+  std::unique_ptr<KvGeCurve3d> geCurve() const override;
+  bool subWorldDraw(KvGiWorldDraw* draw) override;
 };
 
 /// A line without end in both directions.
 class KvDbXline : public KvDbEndlessLine {
   KVRX_DECLARE(KvDbXline)
   KVDB_FIELDS_DECLARE
+ public:
+  std::unique_ptr<KvGeCurve3d> geCurve() const override;
+  bool subWorldDraw(KvGiWorldDraw* draw) override;
 };
 
 /// An ellipse or an arc of one. Parameters run from the major axis, 0 to 2 pi.
-class KvDbEllipse : public KvDbEntity {
+class KvDbEllipse : public KvDbCurve {
   KVRX_DECLARE(KvDbEllipse)
   KVDB_FIELDS_DECLARE
  public:
@@ -144,7 +174,25 @@ class KvDbEllipse : public KvDbEntity {
   double radiusRatio() const { return ratio_; }
   double startParam() const { return start_; }
   double endParam() const { return end_; }
+  KvDbEllipse() = default;
+  KvDbEllipse(const KvGePoint3d& center, const KvGeVector3d& normal, const KvGeVector3d& majorAxis,
+              double ratio, double start = 0, double end = kvge::kTwoPi);
+  /// `ratio` above 0, at most 1; the major axis at right angles to the normal. eInvalidInput.
+  Kvad::ErrorStatus set(const KvGePoint3d& center, const KvGeVector3d& normal, const KvGeVector3d& majorAxis,
+                        double ratio, double start = 0, double end = kvge::kTwoPi);
+  /// Parameters at the ends.
+  Kvad::ErrorStatus setStartParam(double start);
+  Kvad::ErrorStatus setEndParam(double end);
+  /// Bearings of the ends from the centre, measured from the major axis.
+  double startAngle() const;
+  double endAngle() const;
+  Kvad::ErrorStatus setStartAngle(double angle);
+  Kvad::ErrorStatus setEndAngle(double angle);
   KvGePoint3d pointAtParam(double parameter) const;
+  /// Any affine map that isn't singular; eInvalidInput.
+  Kvad::ErrorStatus transformBy(const KvGeMatrix3d& matrix) override;
+  std::unique_ptr<KvGeCurve3d> geCurve() const override;
+  bool subWorldDraw(KvGiWorldDraw* draw) override;
   Kvad::ErrorStatus getGeomExtents(KvDbExtents& extents) const override;
 
  private:
@@ -163,8 +211,13 @@ class KvDbTrace : public KvDbEntity {
   Kvad::ErrorStatus getPointAt(int index, KvGePoint3d& point) const;
   Kvad::ErrorStatus setPointAt(int index, const KvGePoint3d& point);
   KvGeVector3d normal() const { return normal_; }
+  /// The corners stay where they are, as far as the new plane lets them.
+  Kvad::ErrorStatus setNormal(const KvGeVector3d& normal);
   double thickness() const { return thickness_; }
+  Kvad::ErrorStatus setThickness(double thickness);
   Kvad::ErrorStatus getGeomExtents(KvDbExtents& extents) const override;
+  Kvad::ErrorStatus transformBy(const KvGeMatrix3d& matrix) override;
+  bool subWorldDraw(KvGiWorldDraw* draw) override;
 
  private:
   const KvGePoint3d* corner(int index) const;
@@ -176,4 +229,26 @@ class KvDbTrace : public KvDbEntity {
 
 class KvDbSolid : public KvDbTrace {
   KVRX_DECLARE(KvDbSolid)
+};
+
+/// A plane quadrangle or triangle in space, drawn by its edges.
+class KvDbFace : public KvDbEntity {
+  KVRX_DECLARE(KvDbFace)
+  KVDB_FIELDS_DECLARE
+ public:
+  KvDbFace() = default;
+  KvDbFace(const KvGePoint3d& first, const KvGePoint3d& second, const KvGePoint3d& third,
+           const KvGePoint3d& fourth);
+  /// Corners in order. eInvalidIndex outside 0 to 3.
+  Kvad::ErrorStatus getVertexAt(int index, KvGePoint3d& point) const;
+  Kvad::ErrorStatus setVertexAt(int index, const KvGePoint3d& point);
+  Kvad::ErrorStatus isEdgeVisibleAt(int index, bool& isVisible) const;
+  Kvad::ErrorStatus setEdgeVisibleAt(int index, bool isVisible);
+  Kvad::ErrorStatus transformBy(const KvGeMatrix3d& matrix) override;
+  bool subWorldDraw(KvGiWorldDraw* draw) override;
+
+ private:
+  static KvGePoint3d KvDbFace::*corner(int index);
+  KvGePoint3d first_, second_, third_, fourth_;
+  std::int16_t hiddenEdges_ = 0;  // one bit for each edge
 };

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-KVRX_DEFINE(KvDbPolyline, KvDbEntity, L"LWPOLYLINE")
+KVRX_DEFINE(KvDbPolyline, KvDbCurve, L"LWPOLYLINE")
 
 namespace {
 
@@ -92,9 +92,11 @@ void KvDbPolyline::setClosed(bool closed) {
   flags_ = static_cast<std::int16_t>(closed ? flags_ | kClosedFlag : flags_ & ~kClosedFlag);
 }
 
-void KvDbPolyline::setElevation(double elevation) {
+Kvad::ErrorStatus KvDbPolyline::setElevation(double elevation) {
+  if (!std::isfinite(elevation)) return Kvad::eInvalidInput;
   assertWriteEnabled();
   elevation_ = elevation;
+  return Kvad::eOk;
 }
 
 bool KvDbPolyline::hasOwnWidths() const {
@@ -289,6 +291,6 @@ std::vector<KvGiPathVertex> kvgiVerticesOf(const KvDbPolyline& polyline, int fro
   path.isClosed = isWhole && isClosed;
   path.elevation = polyline.elevation_;
   path.normal = polyline.normal_;
-  path.isLinetypeContinuous = (polyline.flags_ & KvDbPolyline::kContinuousLinetypeFlag) != 0;
+  path.isLinetypeContinuous = (polyline.flags_ & KvDbPolyline::kPlinegenFlag) != 0;
   return vertices;
 }

@@ -1,11 +1,12 @@
 #pragma once
 // The light polyline: vertices in a plane, straight or curved segments between them, widths.
-#include "host/database/entity.h"
+#include "host/entities/curve.h"
+#include "host/geometry/arc.h"
 
 /// Vertices are kept in the coordinates of the polyline's plane (arbitrary-axis rule of drawing files). A
 /// bulge is the tangent of a quarter of the angle that the arc to the next vertex sweeps, positive
 /// counter-clockwise; 0 is a straight segment. Indices outside the vertices answer eInvalidIndex.
-class KvDbPolyline : public KvDbEntity {
+class KvDbPolyline : public KvDbCurve {
   KVRX_DECLARE(KvDbPolyline)
  public:
   enum SegType { kLine, kArc, kCoincident, kPoint, kEmpty };
@@ -31,12 +32,37 @@ class KvDbPolyline : public KvDbEntity {
   /// single vertex.
   SegType segType(int index) const;
 
-  bool isClosed() const { return (flags_ & kClosedFlag) != 0; }
+  /// eInvalidInput where the segment is of another kind.
+  Kvad::ErrorStatus getLineSegAt(int index, KvGePoint3d& start, KvGePoint3d& end) const;
+  Kvad::ErrorStatus getLineSegAt(int index, KvGeLineSeg3d& line) const;
+  Kvad::ErrorStatus getArcSegAt(int index, KvGeCircArc3d& arc) const;
+  Kvad::ErrorStatus getWidthsAt(int index, double& startWidth, double& endWidth) const;
+  Kvad::ErrorStatus setWidthsAt(int index, double startWidth, double endWidth);
+  bool hasBulges() const;
+  bool hasWidth() const { return constantWidth_ != 0 || hasOwnWidths(); }
+  bool isOnlyLines() const { return !hasBulges(); }
+
+  bool isClosed() const override { return (flags_ & kClosedFlag) != 0; }
   void setClosed(bool closed);
   double elevation() const { return elevation_; }
-  void setElevation(double elevation);
+  Kvad::ErrorStatus setElevation(double elevation);
   double thickness() const { return thickness_; }
+  Kvad::ErrorStatus setThickness(double thickness);
   KvGeVector3d normal() const { return normal_; }
+  /// The vertices keep their coordinates in the new plane. eInvalidInput.
+  Kvad::ErrorStatus setNormal(const KvGeVector3d& normal);
+  /// Linetype runs on over vertices.
+  bool hasPlinegen() const { return (flags_ & kPlinegenFlag) != 0; }
+  Kvad::ErrorStatus setPlinegen(bool on);
+  /// Takes over the shape, widths and properties of a polyline of the old kind; `entity` becomes this one.
+  /// With `transferId` this polyline goes into the old one's block (open for write afterwards) and the old
+  /// one, which must be open for write, is erased and closed; outside a drawing it is deleted. Without it the
+  /// old one stays. eInvalidInput for a splined polyline, eNotThatKindOfClass.
+  Kvad::ErrorStatus convertFrom(KvDbEntity*& entity, bool transferId = true);
+  std::unique_ptr<KvGeCurve3d> geCurve() const override;
+  Kvad::ErrorStatus getArea(double& area) const override;
+  Kvad::ErrorStatus reverseCurve() override;
+  bool subWorldDraw(KvGiWorldDraw* draw) override;
   /// eInvalidInput when the widths differ.
   Kvad::ErrorStatus getConstantWidth(double& width) const;
   Kvad::ErrorStatus setConstantWidth(double width);
@@ -51,11 +77,14 @@ class KvDbPolyline : public KvDbEntity {
   bool knowsMarker(std::wstring_view marker) const override;
   bool dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) override;
 
+ protected:
+  std::unique_ptr<KvDbCurve> pieceEntity(std::unique_ptr<KvGeCurve3d> piece, double from,
+                                         double to) const override;
+
  private:
   friend std::vector<KvGiPathVertex> kvgiVerticesOf(const KvDbPolyline& polyline, int from, int count,
                                                     KvGiPath& path);
-  static constexpr int kClosedFlag = 1;
-  static constexpr int kContinuousLinetypeFlag = 128;
+  static constexpr int kClosedFlag = 1, kPlinegenFlag = 128;
   bool has(int index) const { return index >= 0 && index < numVerts(); }
   const Vertex& vertex(int index) const { return vertices_[static_cast<std::size_t>(index)]; }
   bool hasOwnWidths() const;

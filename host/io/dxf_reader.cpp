@@ -28,18 +28,8 @@ const TableName* tableNamed(std::string_view name) {
   return found == std::end(kTableNames) ? nullptr : found;
 }
 
-bool ownsSequence(std::wstring_view type) {
-  return type == L"POLYLINE" || type == L"INSERT";
-}
 bool belongsToSequence(std::wstring_view type) {
   return type == L"VERTEX" || type == L"ATTRIB";
-}
-
-std::unique_ptr<KvDbEntity> makeEntity(const NamedClass& type) {
-  if (ownsSequence(type.name.view())) return std::make_unique<KvDbSequenceEntity>(type.name);
-  if (type.known && type.known->isDerivedFrom(KvDbEntity::desc()))
-    if (auto* entity = KvDbEntity::cast(type.known->create())) return std::unique_ptr<KvDbEntity>(entity);
-  return std::make_unique<KvDbProxyEntity>(type.name);
 }
 
 std::unique_ptr<KvDbObject> makeObject(const NamedClass& type) {
@@ -458,13 +448,17 @@ bool DxfReader::readEntities() {
   return true;
 }
 
+std::unique_ptr<KvDbEntity> DxfReader::makeEntity(const Record& record) {
+  const NamedClass& type = named(record.type);
+  return kvdbMakeEntity(type.name, type.known, record.groups);
+}
+
 bool DxfReader::addEntity(Record& record, KvDbBlockTableRecord* block) {
   const bool isEnd = record.type == L"SEQEND";
   if (openSequence_ && (isEnd || belongsToSequence(record.type))) {
-    auto sub = isEnd ? std::unique_ptr<KvDbEntity>(std::make_unique<KvDbSequenceEnd>())
-                     : makeEntity(named(record.type));
+    auto sub = isEnd ? std::unique_ptr<KvDbEntity>(std::make_unique<KvDbSequenceEnd>()) : makeEntity(record);
     // Some files name the block as owner, not the entity; what they say is kept.
-    const KvDbObjectId owner = record.owner() != 0 ? object(record.owner()) : openSequence_->objectId();
+    const KvDbObjectId owner = record.owner() != 0 ? object(record.owner()) : openOwner_;
     const KvDbEntity* placed = place(std::move(sub), record, owner);
     if (!placed) return false;
     if (isEnd) {
@@ -477,12 +471,12 @@ bool DxfReader::addEntity(Record& record, KvDbBlockTableRecord* block) {
   }
   openSequence_ = nullptr;
   if (isEnd) return mend(record.place, L"an end mark without a beginning");
-  KvDbEntity* placed = place(makeEntity(named(record.type)), record, block->objectId());
+  KvDbEntity* placed = place(makeEntity(record), record, block->objectId());
   if (!placed) return false;
   block->addAsRead(placed->objectId());
   const KvDxfGroup* follows = record.find(66);
   const bool hasFollowers = record.type == L"POLYLINE" || (follows && follows->integer != 0);
-  if (hasFollowers && ownsSequence(record.type)) openSequence_ = static_cast<KvDbSequenceEntity*>(placed);
+  if (hasFollowers && (openSequence_ = placed->sequence())) openOwner_ = placed->objectId();
   return true;
 }
 

@@ -282,7 +282,7 @@ void DxfFileWriter::writeEntity(KvDbObjectId id) {
   const auto* entity = peek<KvDbEntity>(id);
   if (!entity) return;
   entity->dxfOut(writer_);
-  const auto* sequence = KvDbSequenceEntity::cast(entity);
+  const KvDbSequence* sequence = entity->sequence();
   if (!sequence) return;
   for (KvDbObjectId sub : sequence->subEntities()) peek<KvDbEntity>(sub)->dxfOut(writer_);
   if (sequence->endMark().isValid()) peek<KvDbEntity>(sequence->endMark())->dxfOut(writer_);

@@ -79,6 +79,7 @@ class DxfReader : public KvDxfResolver {
   bool readOther(const CString& name);
   void keepGroupsUntilSectionEnd(std::vector<KvDbStoredGroup>& groups);
   bool addEntity(Record& record, KvDbBlockTableRecord* block);
+  std::unique_ptr<KvDbEntity> makeEntity(const Record& record);
   KvDbBlockTableRecord* blockOf(const Record& record);
   KvDbBlockTableRecord* blockRecord(const Record& begin, const CString& name);
   template <class T>
@@ -101,7 +102,8 @@ class DxfReader : public KvDxfResolver {
   std::pmr::monotonic_buffer_resource texts_{textRoom_.data(), textRoom_.size()};
   NamedClass named_[64];  // by a mark of the name; the last one with that mark stays
   NameCache cache_[kKvDbTableCount];
-  KvDbSequenceEntity* openSequence_ = nullptr;
+  KvDbSequence* openSequence_ = nullptr;
+  KvDbObjectId openOwner_;  // whose row it is
   KvDbBlockTableRecord* lastBlock_ = nullptr;
   std::int64_t lastOwner_ = -1;
   bool lastWasPaper_ = false;
