@@ -21,6 +21,17 @@ std::filesystem::path ownTree(std::filesystem::path& ownFile) {
   return error ? std::filesystem::path() : ownFile.parent_path().parent_path();
 }
 
+/// What the database asks of its host, answered by the command line.
+class Services : public KvDbHostApplicationServices {
+ public:
+  explicit Services(KvEdEditor& editor) : editor_(editor) {}
+  void reportFailure(const CString& text) override { editor_.printLine(text); }
+  void setLastInput(const CString& text) override { editor_.lastInput = text; }
+
+ private:
+  KvEdEditor& editor_;
+};
+
 KvEdVariable readOnlyVariable(const wchar_t* name, KvEdVarType type, std::function<KvEdVarValue()> read) {
   KvEdVariable variable;
   variable.name = name;
@@ -38,7 +49,8 @@ struct KvHostApp::State {
                            ? std::move(options.environment)
                            : std::make_unique<platform::Environment>(platform::Environment::fromProcess())),
         scope(*ownEnvironment),
-        editor(std::move(options.output)) {
+        editor(std::move(options.output)),
+        services(editor) {
     std::filesystem::path hostFile;
     const auto tree = ownTree(hostFile);
     root = options.root.empty() ? tree : options.root;
@@ -52,8 +64,8 @@ struct KvHostApp::State {
   platform::ScopedEnvironment scope;
   platform::TimerQueue timers;
   Registry registry;
-  KvDbHostApplicationServices services;
   KvEdEditor editor;
+  Services services;
   KvApDocManager documents;
   kvapp::ModuleLoader modules;
   std::filesystem::path root;

@@ -116,6 +116,54 @@ void KvDbBlockTableRecord::setLayoutId(KvDbObjectId id) {
   layout_ = id;
 }
 
+bool KvDbBlockTableRecord::isSpace() const {
+  constexpr std::wstring_view kModel = L"*MODEL_SPACE", kPaper = L"*PAPER_SPACE";
+  const std::wstring_view name = getName().view();
+  return platform::equalNoCase(name, kModel) || platform::equalNoCase(name.substr(0, kPaper.size()), kPaper);
+}
+
+KvDbObjectId KvDbBlockTableRecord::entityBehind(KvDbObjectId id) const {
+  std::size_t at = 0;
+  if (!id.isNull()) {
+    const bool isHint = lastFound_ < entities_.size() && entities_[lastFound_] == id;
+    at =
+        isHint
+            ? lastFound_
+            : static_cast<std::size_t>(std::find(entities_.begin(), entities_.end(), id) - entities_.begin());
+    if (at == entities_.size()) return {};
+    ++at;
+  }
+  while (at < entities_.size() && !entities_[at].isValid()) ++at;
+  lastFound_ = at;
+  return at < entities_.size() ? entities_[at] : KvDbObjectId();
+}
+
+void KvDbBlockTableRecord::addCopied(KvDbObjectId id) {
+  database()->noteModified();
+  entities_.push_back(id);
+}
+
+void KvDbBlockTableRecord::takeEntitiesOf(KvDbBlockTableRecord& other) {
+  for (KvDbObjectId id : other.entities()) {
+    KvDbEntity* entity = nullptr;
+    if (kvdbOpenObject(entity, id, KvDb::kForWrite) != Kvad::eOk) continue;
+    entity->assertWriteEnabled();
+    entity->setOwnerId(objectId());
+    entity->close();
+    addCopied(id);
+  }
+  other.entities_.clear();
+}
+
+void KvDbBlockTableRecord::eraseContent() {
+  for (KvDbObjectId id : entities()) {
+    KvDbEntity* entity = nullptr;
+    if (kvdbOpenObject(entity, id, KvDb::kForWrite) != Kvad::eOk) continue;
+    entity->erase();
+    entity->close();
+  }
+}
+
 bool KvDbBlockTableRecord::isFromExternalReference() const {
   return begin() && (begin()->flags_ & (kXref | kXrefOverlay)) != 0;
 }

@@ -41,7 +41,9 @@ class KvDbBlockTableRecord : public KvDbSymbolTableRecord {
   KvGePoint3d origin() const;
   Kvad::ErrorStatus setOrigin(const KvGePoint3d& origin);
   bool isAnonymous() const { return getName().GetAt(0) == L'*'; }
-  /// Model space or a layout's.
+  /// Model space or a layout's, by name.
+  bool isSpace() const;
+  /// Has a layout.
   bool isLayout() const { return !layout_.isNull(); }
   KvDbObjectId layoutId() const { return layout_; }
   void setLayoutId(KvDbObjectId id);
@@ -57,6 +59,15 @@ class KvDbBlockTableRecord : public KvDbSymbolTableRecord {
   /// In order; erased ones left out unless asked for.
   KvDbObjectIdArray entities(bool withErased = false) const;
   int entityCount() const;
+  /// The entity behind `id` that isn't erased (null: the first); null behind the last. Walking along costs
+  /// the same at each step.
+  KvDbObjectId entityBehind(KvDbObjectId id) const;
+  /// For copies: an entity that is in the drawing already.
+  void addCopied(KvDbObjectId id);
+  /// All entities of another block of the drawing become this one's; both are open for write.
+  void takeEntitiesOf(KvDbBlockTableRecord& other);
+  /// Erases all entities.
+  void eraseContent();
 
   KvDbObjectId beginId() const { return begin_; }
   KvDbObjectId endId() const { return end_; }
@@ -80,6 +91,7 @@ class KvDbBlockTableRecord : public KvDbSymbolTableRecord {
 
   KvDbObjectId layout_, begin_, end_;
   std::vector<KvDbObjectId> entities_;
+  mutable std::size_t lastFound_ = 0;
   std::int16_t units_ = 0;
   std::uint8_t scaling_ = 0;
   bool explodable_ = true;

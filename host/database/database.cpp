@@ -6,8 +6,10 @@
 #include "host/database/block.h"
 #include "host/database/chainwriter.h"
 #include "host/database/dictionary.h"
+#include "host/database/entmake.h"
 #include "host/database/header.h"
 #include "host/database/tables.h"
+#include "host/database/transaction.h"
 
 namespace {
 
@@ -86,6 +88,7 @@ KvDbDatabase::KvDbDatabase(bool buildDefault, bool)
 
 KvDbDatabase::~KvDbDatabase() {
   livingDrawings().erase(serial_);
+  pending_.reset();
   auto* services = KvHostContext::current().services;
   if (services && services->workingDatabase() == this) services->setWorkingDatabase(nullptr);
   for (KvDbStub* stub : placed_) delete stub->object;
@@ -129,7 +132,7 @@ KvDbObjectId KvDbDatabase::addObject(KvDbObject* object, KvDbObjectId owner) {
   stub.isOpenForWrite = true;
   object->setOwnerId(owner);
   noteOpened();
-  if (isUndoRecording_) undo_.noteCreation(stub);
+  if (isUndoRecording_ || undo_.hasSavePoint()) undo_.noteCreation(stub);
   noteModified();
   object->addedToDatabase();
   return KvDbObjectId(&stub);
@@ -145,6 +148,19 @@ KvDbObjectId KvDbDatabase::addAsRead(KvDbObject* object, KvDbHandle handle, bool
     stub = &newStub(handle.value());
   place(*stub, object);
   return KvDbObjectId(stub);
+}
+
+KvDbTransactionManager& KvDbDatabase::transactionManager() {
+  if (!transactions_) transactions_ = std::make_unique<KvDbTransactionManager>(*this);
+  return *transactions_;
+}
+
+void KvDbDatabase::setPendingEntities(std::unique_ptr<KvDbPendingEntities> pending) {
+  pending_ = std::move(pending);
+}
+
+bool KvDbDatabase::isBeingMade(KvDbObjectId id) const {
+  return pending_ && pending_->sequenceId() == id;
 }
 
 KvDbObjectId KvDbDatabase::idFromHandle(KvDbHandle handle) const {

@@ -10,11 +10,18 @@
 #include "host/database/undo.h"
 
 class KvDbBlockTable;
+class KvDbIdMapping;
+class KvDbPendingEntities;
+class KvDbTransactionManager;
 class KvDbBlockTableRecord;
 class KvDbDictionary;
 class KvDbHeader;
 class KvDbRegAppTable;
 class KvDbSymbolTable;
+
+namespace KvDb {
+enum DuplicateRecordCloning : int;
+}
 
 /// The symbol tables of a drawing, in the order in which files hold them.
 enum class KvDbTable : std::uint8_t {
@@ -90,6 +97,13 @@ class KvDbDatabase {
   /// All ids that bear an object, erased ones included, in the order of their making.
   std::vector<KvDbObjectId> allObjects() const;
   std::size_t objectCount() const { return placed_.size(); }
+  /// The object added last of those that a test on its stub accepts; null when there is none.
+  template <class Test>
+  KvDbObjectId newest(const Test& test) const {
+    for (auto at = placed_.rbegin(); at != placed_.rend(); ++at)
+      if (test(**at)) return KvDbObjectId(*at);
+    return {};
+  }
   /// Larger than every handle in the drawing.
   std::uint64_t handleSeed() const { return nextHandle_; }
   /// The seed for a file: larger than every handle that isn't erased, and not below the one of the file that
@@ -123,6 +137,9 @@ class KvDbDatabase {
 
   KvDbObjectId modelSpaceId() const { return recordId(KvDbTable::Block, L"*Model_Space"); }
   KvDbObjectId paperSpaceId() const { return recordId(KvDbTable::Block, L"*Paper_Space"); }
+  /// Where new entities go: model space, or the current layout's block.
+  KvDbObjectId currentSpaceId() const { return currentSpace_.isValid() ? currentSpace_ : modelSpaceId(); }
+  void setCurrentSpace(KvDbObjectId block) { currentSpace_ = block; }
   KvDbObjectId layerZero() const { return recordId(KvDbTable::Layer, L"0"); }
   KvDbObjectId byLayerLinetype() const { return recordId(KvDbTable::Linetype, L"ByLayer"); }
   KvDbObjectId byBlockLinetype() const { return recordId(KvDbTable::Linetype, L"ByBlock"); }
@@ -169,11 +186,37 @@ class KvDbDatabase {
   void completeAfterReading();
 
   KvDbUndoRecorder& undoRecorder() { return undo_; }
+  KvDbTransactionManager& transactionManager();
   /// An object is about to change.
   void noteChange(KvDbStub& stub) {
-    if (isUndoRecording_) undo_.noteChange(stub);
+    if (isUndoRecording_ || undo_.hasSavePoint()) undo_.noteChange(stub);
     noteModified();
   }
+
+  /// The whole drawing into another one, fresh and empty or as a new drawing is: objects keep their handles,
+  /// and what the other held goes. eWrongDatabase for itself, eNotApplicable for one that holds entities.
+  Kvad::ErrorStatus wblock(KvDbDatabase& into) const;
+  /// A new drawing, owned by the caller, with copies of entities in its model space, moved so that `base`
+  /// comes to the origin; of a block with its origin. eNullObjectId, eWrongDatabase.
+  Kvad::ErrorStatus wblock(KvDbDatabase*& output, const KvDbObjectIdArray& ids, const KvGePoint3d& base);
+  Kvad::ErrorStatus wblock(KvDbDatabase*& output, KvDbObjectId block);
+  /// The other drawing's model space as a block of this one; its base point becomes the block's origin. A
+  /// block of that name gets the new content. What the entities need comes along; of records that both have,
+  /// this drawing's hold. Without `preserveSource` the other drawing is of no use afterwards. eInvalidName,
+  /// eWrongDatabase.
+  Kvad::ErrorStatus insert(KvDbObjectId& block, const wchar_t* name, KvDbDatabase* source,
+                           bool preserveSource = true);
+  /// The same with the content going to model space, through a transform. eWrongDatabase.
+  Kvad::ErrorStatus insert(const KvGeMatrix3d& transform, KvDbDatabase* source, bool preserveSource = true);
+  Kvad::ErrorStatus wblockCloneObjects(const KvDbObjectIdArray& ids, KvDbObjectId owner,
+                                       KvDbIdMapping& mapping, KvDb::DuplicateRecordCloning cloning);
+  Kvad::ErrorStatus deepCloneObjects(const KvDbObjectIdArray& ids, KvDbObjectId owner,
+                                     KvDbIdMapping& mapping);
+
+  /// A polyline, a reference with attributes or a block that kvdbEntMake has begun; null when there is none.
+  KvDbPendingEntities* pendingEntities() { return pending_.get(); }
+  void setPendingEntities(std::unique_ptr<KvDbPendingEntities> pending);
+  bool isBeingMade(KvDbObjectId id) const;
   /// While recording is off, changes make no undo step. Calls do not nest: the last one holds.
   void disableUndoRecording(bool disable) { isUndoRecording_ = !disable; }
   bool undoRecording() const { return isUndoRecording_; }
@@ -211,6 +254,8 @@ class KvDbDatabase {
     using Page = std::vector<KvDbStub*>;
     std::unordered_map<std::uint64_t, Page> pages_;
   };
+  /// Without any object, table or handle: only good for being filled.
+  void empty();
   KvDbStub& newStub(std::uint64_t handle);
   KvDbStub& newFreeStub();
   void numberTheUnnumbered();
@@ -228,6 +273,9 @@ class KvDbDatabase {
   bool isReading_ = false;
   KvDbObjectId tables_[kKvDbTableCount];
   KvDbObjectId namedObjects_;
+  KvDbObjectId currentSpace_;
+  std::unique_ptr<KvDbPendingEntities> pending_;
+  std::unique_ptr<KvDbTransactionManager> transactions_;
   KvDbFileExtras extras_;
   std::unique_ptr<KvDbHeader> header_;
   int modifiedWord_ = 0;
@@ -244,6 +292,12 @@ class KvDbHostApplicationServices {
   /// Null when no drawing is open.
   KvDbDatabase* workingDatabase() const { return workingDatabase_; }
   virtual void setWorkingDatabase(KvDbDatabase* database) { workingDatabase_ = database; }
+  /// A function's failure in words, for the command line; without a host it goes nowhere.
+  virtual void reportFailure(const CString&) {}
+  /// The drawing looks different from what is shown.
+  virtual void graphicsChanged(KvDbDatabase*) {}
+  /// What the next call for the last input is to give: the name of a block that was closed.
+  virtual void setLastInput(const CString&) {}
 
  private:
   KvDbDatabase* workingDatabase_ = nullptr;

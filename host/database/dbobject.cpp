@@ -166,6 +166,61 @@ void KvDbObject::dwgInFields(KvDbDwgFiler& filer) {
   own.xData = kvdbReadGroups(filer);
 }
 
+// --- Copies
+// -------------------------------------------------------------------------------------------------------------------
+
+std::unique_ptr<KvDbObject> KvDbObject::makeSame() const {
+  KvRxObject* fresh = isA()->create();
+  KvDbObject* object = cast(fresh);
+  if (fresh && !object) delete fresh;
+  return std::unique_ptr<KvDbObject>(object);
+}
+
+void KvDbObject::takeState(const KvDbObject& other) {
+  KvDbMemoryFiler filer(KvDbDwgFiler::Purpose::Copy);
+  other.dwgOutFields(filer);
+  const KvDbObjectId owner = owner_, dictionary = extensionDictionary();
+  const KvDbObjectIdArray reactors = persistentReactors();
+  filer.rewind();
+  dwgInFields(filer);
+  owner_ = owner;
+  if (!extra_ && dictionary.isNull() && reactors.isEmpty()) return;
+  extra().extensionDictionary = dictionary;
+  extra().reactors = reactors;
+}
+
+KvDbObject* KvDbObject::clone() const {
+  std::unique_ptr<KvDbObject> copy = makeSame();
+  if (!copy) return nullptr;
+  copy->takeState(*this);
+  copy->copyOwnedOf(*this);
+  return copy.release();
+}
+
+Kvad::ErrorStatus KvDbObject::copyFrom(const KvRxObject* other) {
+  const KvDbObject* object = cast(other);
+  if (!object) return Kvad::eNullObjectPointer;
+  if (!object->isKindOf(isA())) return Kvad::eNotThatKindOfClass;
+  if (object == this) return Kvad::eOk;
+  assertWriteEnabled();
+  takeState(*object);
+  copyOwnedOf(*object);
+  return Kvad::eOk;
+}
+
+Kvad::ErrorStatus KvDbObject::replaceContent(std::span<const KvDxfGroup> groups, KvDxfResolver& resolver) {
+  const std::unique_ptr<KvDbObject> fresh = makeSame();
+  if (!fresh) return Kvad::eInvalidInput;
+  fresh->keepOwnedOf(*this);
+  fresh->dxfIn(groups, resolver);
+  if (resolver.hasMissingName()) return Kvad::eKeyNotFound;
+  assertWriteEnabled();
+  std::unique_ptr<Extra> own = std::move(extra_);
+  takeState(*fresh);
+  extra_ = std::move(own);
+  return Kvad::eOk;
+}
+
 void KvDbObject::dxfOutFields(KvDxfWriter&) const {}
 
 bool KvDbObject::knowsMarker(std::wstring_view) const {

@@ -71,6 +71,18 @@ class KvDbObject : public KvGiDrawable {
   /// The same without a copy; good as long as the object is.
   virtual std::wstring_view fileTypeView() const;
 
+  /// A copy outside any drawing, owned by the caller: without owner, reactors and extension dictionary. Null
+  /// for what can't be copied.
+  virtual KvDbObject* clone() const;
+  /// Takes over what another object of the same class (or of one derived from it) holds; handle, owner,
+  /// reactors and extension dictionary stay. eNullObjectPointer, eNotThatKindOfClass.
+  virtual Kvad::ErrorStatus copyFrom(const KvRxObject* other);
+  /// A fresh object of the same class; null when there can be none.
+  virtual std::unique_ptr<KvDbObject> makeSame() const;
+  /// Reads content anew from an object's groups; identity and extended data stay. eInvalidInput, with nothing
+  /// changed, when the class can't be made anew.
+  Kvad::ErrorStatus replaceContent(std::span<const KvDxfGroup> groups, KvDxfResolver& resolver);
+
   // State for copies and undo. Derived classes call their base first.
   virtual void dwgOutFields(KvDbDwgFiler& filer) const;
   virtual void dwgInFields(KvDbDwgFiler& filer);
@@ -110,11 +122,17 @@ class KvDbObject : public KvGiDrawable {
   void removePersistentReactor(KvDbObjectId id);
 
   const std::vector<KvDbUnknownSection>& unknownSections() const;
+  /// For objects that are being made: drops the groups that the class doesn't know.
+  void forgetUnknown() { unknown_.reset(); }
 
   /// Called at the beginning of every change: marks the drawing as changed and keeps the old state for undo.
   void assertWriteEnabled();
 
  protected:
+  /// For content that is read anew: takes over what the other owns and no group of its own tells.
+  virtual void keepOwnedOf(const KvDbObject&) {}
+  /// For copies that are no part of a greater one: copies of what the other owns in a row.
+  virtual void copyOwnedOf(const KvDbObject&) {}
   /// Whether the object may be erased now; a record in use answers eCannotBeErased.
   virtual Kvad::ErrorStatus subErase(bool erasing);
   friend void kvdbDxfOut(const KvDbObject& object, std::span<const KvDbField> fields, KvDxfWriter& writer);
@@ -136,6 +154,8 @@ class KvDbObject : public KvGiDrawable {
   friend class KvDbDatabase;
   struct Extra;
   Extra& extra();
+  /// Takes over the other's filed state but its owner, reactors and extension dictionary.
+  void takeState(const KvDbObject& other);
   void writeAppGroups(KvDxfWriter& writer) const;
   /// Takes `{...}` groups before the first marker; the index behind them.
   std::size_t readAppGroup(std::span<const KvDxfGroup> groups, std::size_t at, KvDxfResolver& resolver);
@@ -158,6 +178,7 @@ class KvDbProxyObject : public KvDbObject {
   void dwgInFields(KvDbDwgFiler& filer) override;
   void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
                     KvDxfResolver& resolver) override;
+  std::unique_ptr<KvDbObject> makeSame() const override { return std::make_unique<KvDbProxyObject>(type_); }
   /// For repairs: the value of the first kept group of a code, a handle, behind a marker; nothing when there
   /// is none.
   std::optional<std::int64_t> handleBehind(std::wstring_view marker, int code) const;

@@ -70,6 +70,14 @@ CString KvDbDictionary::nameAt(KvDbObjectId id) const {
   return CString();
 }
 
+void KvDbDictionary::addCopied(const CString& name, KvDbObjectId id) {
+  KvDbObject* opened = nullptr;
+  if (!isWriteEnabled() && kvdbOpenAny(opened, objectId(), KvDb::kForWrite) != Kvad::eOk) opened = nullptr;
+  assertWriteEnabled();
+  entries_.push_back({name, id, isHardOwner_});
+  if (opened) opened->close();
+}
+
 int KvDbDictionary::numEntries() const {
   return static_cast<int>(entries().size());
 }

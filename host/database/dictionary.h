@@ -30,6 +30,8 @@ class KvDbDictionary : public KvDbObject {
   /// The name of an object; empty when it isn't here.
   CString nameAt(KvDbObjectId id) const;
   int numEntries() const;
+  /// For copies: an object that is in the drawing already.
+  void addCopied(const CString& name, KvDbObjectId id);
   /// Entries of objects that aren't erased.
   std::vector<Entry> entries() const;
   /// For repairs: drops the entries whose object isn't in the drawing, and answers their names.

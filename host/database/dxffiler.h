@@ -89,6 +89,8 @@ class KvDxfResolver {
   virtual KvDbObjectId textStyle(std::wstring_view name) = 0;
   virtual KvDbObjectId dimStyle(std::wstring_view name) = 0;
   virtual KvDbObjectId block(std::wstring_view name) = 0;
+  /// True once a name was asked for that no table has and that doesn't come into being.
+  virtual bool hasMissingName() const { return false; }
   /// A name that other objects may bear too: one text for all of them.
   virtual KvDbSharedText shared(std::wstring_view name) { return KvDbSharedText(name); }
 };

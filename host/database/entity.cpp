@@ -210,6 +210,38 @@ void KvDbProxyEntity::dxfInEnd(KvDxfResolver& resolver) {
   editUnknownSections() = kvdbDivideOldGroups(type_.view(), unknownSections().front().groups);
 }
 
+std::unique_ptr<KvDbObject> KvDbProxyEntity::makeSame() const {
+  return std::make_unique<KvDbProxyEntity>(type_);
+}
+
+std::unique_ptr<KvDbObject> KvDbSequenceEntity::makeSame() const {
+  return std::make_unique<KvDbSequenceEntity>(KvDbSharedText(fileTypeView()));
+}
+
+void KvDbEntity::keepOwnedOf(const KvDbObject& other) {
+  const auto* entity = cast(&other);
+  if (sequence() && entity && entity->sequence()) sequence()->shareRowOf(*entity->sequence());
+}
+
+void KvDbEntity::copyOwnedOf(const KvDbObject& other) {
+  const auto* entity = cast(&other);
+  if (sequence() && entity && entity->sequence()) sequence()->copyRowOf(*entity->sequence());
+}
+
+void KvDbSequence::shareRowOf(const KvDbSequence& other) {
+  subEntities_ = other.subEntities_;
+  end_ = other.end_;
+}
+
+void KvDbSequence::copyRowOf(const KvDbSequence& other) {
+  subEntities_.removeAll();
+  end_.setNull();
+  waiting_.clear();
+  for (const KvDbEntity* member : other.members())
+    if (KvDbEntity* copy = KvDbEntity::cast(member->clone())) waiting_.emplace_back(copy);
+  if (sequenceOwner().database()) settle();
+}
+
 KvDbObjectIdArray KvDbSequence::subEntities() const {
   KvDbObjectIdArray ids;
   for (KvDbObjectId id : subEntities_)

@@ -105,6 +105,10 @@ class KvDbEntity : public KvDbObject {
   /// Draws the entity by primitives; false when there is nothing to draw. By default nothing.
   virtual bool subWorldDraw(KvGiWorldDraw* draw);
 
+ protected:
+  void keepOwnedOf(const KvDbObject& other) override;
+  void copyOwnedOf(const KvDbObject& other) override;
+
  private:
   KvDbObjectId layer_, linetype_;
   double linetypeScale_ = 1;
@@ -128,6 +132,7 @@ class KvDbProxyEntity : public KvDbEntity {
   void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
                     KvDxfResolver& resolver) override;
   void dxfInEnd(KvDxfResolver& resolver) override;
+  std::unique_ptr<KvDbObject> makeSame() const override;
 
  private:
   KvDbSharedText type_;
@@ -154,6 +159,10 @@ class KvDbSequence {
   /// For readers: entities that are in the drawing already.
   void addAsRead(KvDbObjectId id) { subEntities_.append(id); }
   void setEndMarkAsRead(KvDbObjectId id) { end_ = id; }
+  /// The same ids as another row: for content that is read anew.
+  void shareRowOf(const KvDbSequence& other);
+  /// Copies of another row's members, in place of the present ones.
+  void copyRowOf(const KvDbSequence& other);
 
  protected:
   virtual KvDbEntity& sequenceOwner() = 0;
@@ -178,6 +187,7 @@ class KvDbSequenceEntity : public KvDbProxyEntity, public KvDbSequence {
   KvDbSequence* sequence() override { return this; }
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;
+  std::unique_ptr<KvDbObject> makeSame() const override;
 
  protected:
   KvDbEntity& sequenceOwner() override { return *this; }

@@ -2,6 +2,8 @@
 
 #include "host/database/database.h"
 #include "host/database/header.h"
+#include "platform/text/casemap.h"
+#include "platform/text/number.h"
 
 KVRX_DEFINE_ABSTRACT(KvDbSymbolTableRecord, KvDbObject)
 KVRX_DEFINE_ABSTRACT(KvDbSymbolTable, KvDbObject)
@@ -100,6 +102,29 @@ void KvDbSymbolTable::addAsRead(KvDbSymbolTableRecord& record) {
   inOrder_.push_back(record.objectId());
   KvDbObjectId& place = byName_[record.getName().str()];
   if (place.isNull() || place.isErased()) place = record.objectId();
+}
+
+void KvDbSymbolTable::addCopied(KvDbSymbolTableRecord& record) {
+  // The row itself needs no kept state: a record that is undone is erased.
+  if (database()) database()->noteModified();
+  addAsRead(record);
+}
+
+CString kvdbFreeAnonymousName(const KvDbSymbolTable& table, wchar_t letter) {
+  CString name;
+  int number = 1;
+  for (KvDbObjectId id : table.records()) {
+    const std::wstring_view taken = kvdbRecordNameView(id);
+    constexpr std::size_t kDigitsFrom = 2;
+    if (taken.size() <= kDigitsFrom || taken[0] != L'*' ||
+        platform::foldCase(taken[1]) != platform::foldCase(letter))
+      continue;
+    int value = 0;
+    if (platform::parseWhole(taken.substr(kDigitsFrom), value) && value >= number && value < INT32_MAX)
+      number = value + 1;
+  }
+  name.Format(L"*%c%d", letter, number);
+  return name;
 }
 
 void KvDbSymbolTable::buildIndex() const {

@@ -63,6 +63,8 @@ class KvDbSymbolTable : public KvDbObject {
   /// A record of a file that is being read, in the drawing already: its name isn't checked, and the same name
   /// may stand twice (the first is found).
   void addAsRead(KvDbSymbolTableRecord& record);
+  /// For copies: a record that is in the drawing already, entered as one step of undo.
+  void addCopied(KvDbSymbolTableRecord& record);
   /// The next look-up builds the index of names anew, after records changed behind the table's back.
   void forgetIndex() { indexIsValid_ = false; }
 
@@ -80,6 +82,9 @@ class KvDbSymbolTable : public KvDbObject {
 /// the grave accent, no control characters, no blank at either end. A leading `*` is allowed where
 /// `allowAnonymous`.
 bool kvdbIsSymbolName(std::wstring_view name, bool allowAnonymous = false);
+
+/// A name of the form `*<letter><number>` that the table doesn't have.
+CString kvdbFreeAnonymousName(const KvDbSymbolTable& table, wchar_t letter);
 
 /// A record of the table of application names; every application whose data stand in the drawing has one.
 class KvDbRegAppTableRecord : public KvDbSymbolTableRecord {

@@ -20,13 +20,39 @@ void KvDbUndoRecorder::beginGroup() {
   ++serial_;
 }
 
-void KvDbUndoRecorder::endGroup() {
-  if (depth_ == 0 || --depth_ > 0 || current_.entries.empty()) return;
+void KvDbUndoRecorder::endGroup(bool keep) {
+  if (depth_ == 0 || --depth_ > 0) return;
+  savePoints_.clear();
+  if (!keep) current_ = Group();
+  if (current_.entries.empty()) return;
   current_.bytes.shrink_to_fit();
   current_.entries.shrink_to_fit();
   done_.push_back(std::move(current_));
   current_ = Group();
   undone_.clear();
+}
+
+void KvDbUndoRecorder::setSavePoint() {
+  savePoints_.push_back({current_.entries.size(), current_.bytes.size()});
+  ++serial_;  // what changes from here on keeps its state once more
+}
+
+void KvDbUndoRecorder::releaseSavePoint() {
+  if (!savePoints_.empty()) savePoints_.pop_back();
+}
+
+void KvDbUndoRecorder::rollBack() {
+  if (savePoints_.empty()) return;
+  const SavePoint point = savePoints_.back();
+  savePoints_.pop_back();
+  Group tail;
+  const auto from = current_.entries.begin() + static_cast<std::ptrdiff_t>(point.entries);
+  tail.entries.assign(from, current_.entries.end());
+  tail.bytes = current_.bytes;
+  current_.entries.erase(from, current_.entries.end());
+  current_.bytes.resize(point.bytes);
+  exchange(tail, true);
+  ++serial_;
 }
 
 void KvDbUndoRecorder::noteChange(KvDbStub& stub) {

@@ -12,10 +12,19 @@
 class KvDbUndoRecorder {
  public:
   /// Groups nest; the outermost one is the step. An empty group makes none. A new step ends what could be
-  /// redone.
+  /// redone. With `keep` false the changes of the outermost group stay but make no step.
   void beginGroup();
-  void endGroup();
+  void endGroup(bool keep = true);
   bool isInGroup() const { return depth_ > 0; }
+
+  /// A place inside the open group to which changes can be taken back. Save points nest; the group must be
+  /// open.
+  void setSavePoint();
+  /// Keeps what was changed since the last one.
+  void releaseSavePoint();
+  /// Takes back what was changed since the last one.
+  void rollBack();
+  bool hasSavePoint() const { return !savePoints_.empty(); }
 
   /// Steps that can be undone and redone.
   int undoCount() const { return static_cast<int>(done_.size()); }
@@ -47,12 +56,15 @@ class KvDbUndoRecorder {
     std::vector<Entry> entries;
     std::vector<std::byte> bytes;
   };
-  Group& open();
+  struct SavePoint {
+    std::size_t entries, bytes;
+  };
   static void exchange(Group& group, bool backwards);
 
   std::vector<Group> done_, undone_;
   std::vector<std::size_t> marks_;  // numbers of steps at the marks
   Group current_;
+  std::vector<SavePoint> savePoints_;
   std::uint32_t serial_ = 0;
   int depth_ = 0;
 };
