@@ -6,6 +6,7 @@
 
 #include "host/app/internal/module_loader.h"
 #include "host/base/context.h"
+#include "platform/files/files.h"
 #include "platform/files/paths.h"
 #include "platform/system/timers.h"
 
@@ -24,13 +25,29 @@ std::filesystem::path ownTree(std::filesystem::path& ownFile) {
 /// What the database asks of its host, answered by the command line.
 class Services : public KvDbHostApplicationServices {
  public:
-  explicit Services(KvEdEditor& editor) : editor_(editor) {}
+  Services(KvEdEditor& editor, const std::filesystem::path& root) : editor_(editor), root_(root) {}
+  CString findFile(const CString& name) override;
   void reportFailure(const CString& text) override { editor_.printLine(text); }
   void setLastInput(const CString& text) override { editor_.lastInput = text; }
 
  private:
   KvEdEditor& editor_;
+  const std::filesystem::path& root_;
 };
+
+CString Services::findFile(const CString& name) {
+  if (name.IsEmpty()) return {};
+  if (platform::isFile(name)) return name;
+  const std::filesystem::path bare = platform::toNative(name).filename();
+  std::vector<std::filesystem::path> folders;
+  if (auto* documents = kvDocManagerPtr(); documents && documents->curDocument())
+    folders.push_back(platform::toNative(documents->curDocument()->fileName()).parent_path());
+  for (const char* folder : {"linetypes", "templates", "tables", "fonts"})
+    folders.push_back(root_ / "share" / "korvane" / folder);
+  for (const auto& folder : folders)
+    if (!folder.empty() && platform::isFile(folder / bare)) return platform::fromNative(folder / bare);
+  return {};
+}
 
 KvEdVariable readOnlyVariable(const wchar_t* name, KvEdVarType type, std::function<KvEdVarValue()> read) {
   KvEdVariable variable;
@@ -50,7 +67,7 @@ struct KvHostApp::State {
                            : std::make_unique<platform::Environment>(platform::Environment::fromProcess())),
         scope(*ownEnvironment),
         editor(std::move(options.output)),
-        services(editor) {
+        services(editor, root) {
     std::filesystem::path hostFile;
     const auto tree = ownTree(hostFile);
     root = options.root.empty() ? tree : options.root;

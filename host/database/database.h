@@ -294,6 +294,9 @@ class KvDbHostApplicationServices {
   virtual void setWorkingDatabase(KvDbDatabase* database) { workingDatabase_ = database; }
   /// A function's failure in words, for the command line; without a host it goes nowhere.
   virtual void reportFailure(const CString&) {}
+  /// Where a file of the host's own (linetypes, templates, ...) lies: the path itself when there is such a file,
+  /// then beside the working drawing, then where the host keeps them; empty when it is nowhere.
+  virtual CString findFile(const CString& name) { return name; }
   /// The drawing looks different from what is shown.
   virtual void graphicsChanged(KvDbDatabase*) {}
   /// What the next call for the last input is to give: the name of a block that was closed.
