@@ -156,6 +156,11 @@ class KvDbSequence {
   std::vector<const KvDbEntity*> members() const;
   /// Does something to each of them; one that cannot be opened for write is left out.
   void changeMembers(const std::function<void(KvDbEntity&)>& change);
+  /// For copies: the row of the one that was copied isn't theirs.
+  void forgetMembers() {
+    subEntities_.removeAll();
+    end_.setNull();
+  }
   /// For readers: entities that are in the drawing already.
   void addAsRead(KvDbObjectId id) { subEntities_.append(id); }
   void setEndMarkAsRead(KvDbObjectId id) { end_ = id; }

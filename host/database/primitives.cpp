@@ -6,8 +6,6 @@
 #include "host/geometry/intersect.h"
 #include "host/geometry/polyline.h"
 
-const KvDbEntity& (*kvdbPolylineAsEntity)(const KvDbPolyline& polyline) = nullptr;
-
 namespace {
 
 /// Share of the height that a character takes on the average, for texts whose box nobody has measured.
@@ -30,6 +28,9 @@ class ExtentsSink : public KvDbCurveSink {
     if (box.isEmpty() || !isFinite(box.low) || !isFinite(box.high)) return;
     extents.addPoint(box.low);
     extents.addPoint(box.high);
+  }
+  void takePoint(const KvGePoint3d& point) override {
+    if (isFinite(point)) extents.addPoint(point);
   }
   void takeTextBox(const KvGePoint3d (&corners)[4]) override {
     for (const KvGePoint3d& corner : corners) extents.addPoint(corner);
@@ -127,18 +128,23 @@ bool KvDbCurveSink::text(const KvGePoint3d& position, const KvGeVector3d& normal
 }
 
 bool KvDbCurveSink::pline(const KvDbPolyline& polyline, int from, int count) {
-  std::vector<Curve> curves;
-  if (kvdbPolylineAsEntity) kvdbPolylineAsEntity(polyline).getGeCurves(curves);
-  for (Curve& curve : curves) {
-    if (count > 0 && curve->spanCount() > 0)
-      curve = curve->piece(from, std::min<double>(from + count, curve->endParam()));
-    put(std::move(curve));
-  }
+  KvGiPath whole;
+  const std::vector<KvGiPathVertex> vertices = kvgiVerticesOf(polyline, from, count, whole);
+  whole.vertices = vertices.data();
+  whole.count = static_cast<int>(vertices.size());
+  return path(whole);
+}
+
+bool KvDbCurveSink::path(const KvGiPath& path) {
+  std::vector<KvGePolyline3d::Vertex> vertices;
+  for (int i = 0; i < path.count; ++i) vertices.push_back({path.vertices[i].point, path.vertices[i].bulge});
+  if (path.count > 0)
+    put(std::make_unique<KvGePolyline3d>(std::move(vertices), path.isClosed, path.elevation, path.normal));
   return false;
 }
 
 bool KvDbCurveSink::polypoint(int count, const KvGePoint3d* points) {
-  for (int i = 0; i < count; ++i) put(chain(1, points + i, false));
+  for (int i = 0; i < count; ++i) takePoint(hasMap_ ? map_ * points[i] : points[i]);
   return false;
 }
 

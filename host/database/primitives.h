@@ -16,6 +16,7 @@ class KvDbCurveSink : public KvGiWorldDraw, public KvGiGeometry, public KvGiSubE
 
   // What a derived sink takes.
   virtual void takeCurve(Curve curve) = 0;
+  virtual void takePoint(const KvGePoint3d&) {}
   /// A text's box in world coordinates: four corners.
   virtual void takeTextBox(const KvGePoint3d (&corners)[4]) = 0;
 
@@ -39,6 +40,7 @@ class KvDbCurveSink : public KvGiWorldDraw, public KvGiGeometry, public KvGiSubE
   bool text(const KvGePoint3d& position, const KvGeVector3d& normal, const KvGeVector3d& direction,
             const KvGiTextLook& look, const CString& text) override;
   bool pline(const KvDbPolyline& polyline, int from, int count) override;
+  bool path(const KvGiPath& path) override;
   bool polypoint(int count, const KvGePoint3d* points) override;
   bool shell(int points, const KvGePoint3d* vertices, int faceListSize, const std::int32_t* faces) override;
   bool mesh(int rows, int columns, const KvGePoint3d* vertices) override;
@@ -88,6 +90,3 @@ class KvDbCurveSink : public KvGiWorldDraw, public KvGiGeometry, public KvGiSubE
 Kvad::ErrorStatus kvdbDrawnExtents(const KvDbEntity& entity, KvDbExtents& extents);
 /// The curves that the entity draws, appended; texts leave none.
 void kvdbDrawnCurves(const KvDbEntity& entity, std::vector<std::unique_ptr<KvGeCurve3d>>& curves);
-
-/// Set by the class of light polylines: the polyline as an entity.
-extern const KvDbEntity& (*kvdbPolylineAsEntity)(const KvDbPolyline& polyline);

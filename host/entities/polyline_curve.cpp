@@ -3,20 +3,10 @@
 #include <cmath>
 
 #include "host/database/block.h"
-#include "host/database/primitives.h"
 #include "host/entities/oldpolyline.h"
 #include "host/entities/polyline.h"
 #include "host/geometry/arc.h"
 #include "host/geometry/polyline.h"
-
-namespace {
-
-[[maybe_unused]] const bool kRegistered = [] {
-  kvdbPolylineAsEntity = [](const KvDbPolyline& polyline) -> const KvDbEntity& { return polyline; };
-  return true;
-}();
-
-}  // namespace
 
 Kvad::ErrorStatus KvDbPolyline::getLineSegAt(int index, KvGePoint3d& start, KvGePoint3d& end) const {
   if (!has(index)) return Kvad::eInvalidIndex;
@@ -207,20 +197,14 @@ bool KvDbPolyline::subWorldDraw(KvGiWorldDraw* draw) {
 }
 
 bool KvDb2dPolyline::subWorldDraw(KvGiWorldDraw* draw) {
-  // Drawn as the light polyline of the same shape, so that widths come out alike.
-  KvDbPolyline light;
-  int index = 0;
+  std::vector<KvGiPathVertex> row;
   for (const KvDb2dVertex* vertex : vertices()) {
     const double start = vertex->startWidth() < 0 ? startWidth_ : vertex->startWidth();
     const double end = vertex->endWidth() < 0 ? endWidth_ : vertex->endWidth();
-    light.addVertexAt(index++, kvge::planar(vertex->position()), vertex->bulge(), start, end);
+    row.push_back({kvge::planar(vertex->position()), vertex->bulge(), start, end});
   }
-  if (index == 0) return false;
-  light.setClosed(isClosed());
-  light.setNormal(normal_);
-  light.setElevation(elevation_.z);
-  light.setThickness(thickness_);
-  light.setPlinegen(isLinetypeGenerationOn());
-  draw->geometry().pline(light);
+  if (row.empty()) return false;
+  draw->geometry().path({row.data(), static_cast<int>(row.size()), isClosed(), elevation_.z, normal_,
+                         isLinetypeGenerationOn()});
   return true;
 }
