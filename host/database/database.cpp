@@ -8,6 +8,7 @@
 #include "host/database/dictionary.h"
 #include "host/database/entmake.h"
 #include "host/database/header.h"
+#include "host/database/layout.h"
 #include "host/database/tables.h"
 #include "host/database/transaction.h"
 
@@ -155,6 +156,11 @@ KvDbTransactionManager& KvDbDatabase::transactionManager() {
   return *transactions_;
 }
 
+KvDbLayoutManager& KvDbDatabase::layoutManager() {
+  if (!layouts_) layouts_ = std::make_unique<KvDbLayoutManager>(*this);
+  return *layouts_;
+}
+
 void KvDbDatabase::setPendingEntities(std::unique_ptr<KvDbPendingEntities> pending) {
   pending_ = std::move(pending);
 }
@@ -248,7 +254,8 @@ void KvDbDatabase::completeAfterReading() {
     zero->close();
   }
   ensureSpaces();
-  if (namedObjects_.isNull()) {
+  const bool isFresh = namedObjects_.isNull();
+  if (isFresh) {
     auto* root = new KvDbDictionary;
     namedObjects_ = addObject(root, {});
     KvDbObjectId groups;
@@ -257,6 +264,8 @@ void KvDbDatabase::completeAfterReading() {
     groupDictionary->close();
     root->close();
   }
+  // Before 2000 files had no layouts; later ones need them.
+  if (isFresh || extras_.version < KvDbFileVersion::R2000) layoutManager().ensureLayouts();
 }
 
 Kvad::ErrorStatus KvDbDatabase::getRegAppTable(KvDbRegAppTable*& table, KvDb::OpenMode mode) const {

@@ -11,6 +11,7 @@
 
 class KvDbBlockTable;
 class KvDbIdMapping;
+class KvDbLayoutManager;
 class KvDbPendingEntities;
 class KvDbTransactionManager;
 class KvDbBlockTableRecord;
@@ -138,7 +139,10 @@ class KvDbDatabase {
   KvDbObjectId modelSpaceId() const { return recordId(KvDbTable::Block, L"*Model_Space"); }
   KvDbObjectId paperSpaceId() const { return recordId(KvDbTable::Block, L"*Paper_Space"); }
   /// Where new entities go: model space, or the current layout's block.
-  KvDbObjectId currentSpaceId() const { return currentSpace_.isValid() ? currentSpace_ : modelSpaceId(); }
+  KvDbObjectId currentSpaceId() const {
+    if (currentSpace_.isValid()) return currentSpace_;
+    return tilemode() ? modelSpaceId() : paperSpaceId();
+  }
   void setCurrentSpace(KvDbObjectId block) { currentSpace_ = block; }
   KvDbObjectId layerZero() const { return recordId(KvDbTable::Layer, L"0"); }
   KvDbObjectId byLayerLinetype() const { return recordId(KvDbTable::Linetype, L"ByLayer"); }
@@ -187,6 +191,7 @@ class KvDbDatabase {
 
   KvDbUndoRecorder& undoRecorder() { return undo_; }
   KvDbTransactionManager& transactionManager();
+  KvDbLayoutManager& layoutManager();
   /// An object is about to change.
   void noteChange(KvDbStub& stub) {
     if (isUndoRecording_ || undo_.hasSavePoint()) undo_.noteChange(stub);
@@ -276,6 +281,7 @@ class KvDbDatabase {
   KvDbObjectId currentSpace_;
   std::unique_ptr<KvDbPendingEntities> pending_;
   std::unique_ptr<KvDbTransactionManager> transactions_;
+  std::unique_ptr<KvDbLayoutManager> layouts_;
   KvDbFileExtras extras_;
   std::unique_ptr<KvDbHeader> header_;
   int modifiedWord_ = 0;
@@ -294,8 +300,8 @@ class KvDbHostApplicationServices {
   virtual void setWorkingDatabase(KvDbDatabase* database) { workingDatabase_ = database; }
   /// A function's failure in words, for the command line; without a host it goes nowhere.
   virtual void reportFailure(const CString&) {}
-  /// Where a file of the host's own (linetypes, templates, ...) lies: the path itself when there is such a file,
-  /// then beside the working drawing, then where the host keeps them; empty when it is nowhere.
+  /// Where a file of the host's own (linetypes, templates, ...) lies: the path itself when there is such a
+  /// file, then beside the working drawing, then where the host keeps them; empty when it is nowhere.
   virtual CString findFile(const CString& name) { return name; }
   /// The drawing looks different from what is shown.
   virtual void graphicsChanged(KvDbDatabase*) {}

@@ -3,6 +3,7 @@
 #include "host/database/deepclone.h"
 #include "host/database/entmake.h"
 #include "host/database/header.h"
+#include "host/database/layout.h"
 #include "host/database/transaction.h"
 
 namespace {
@@ -36,6 +37,7 @@ Kvad::ErrorStatus KvDbDatabase::deepCloneObjects(const KvDbObjectIdArray& ids, K
 void KvDbDatabase::empty() {
   pending_.reset();
   transactions_.reset();
+  layouts_.reset();
   undo_.clear();
   for (KvDbStub* stub : placed_) delete stub->object;
   placed_.clear();
