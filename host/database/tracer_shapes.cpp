@@ -4,6 +4,7 @@
 
 #include "host/database/internal/flatten.h"
 #include "host/database/tracer.h"
+#include "host/lettering/line.h"
 
 namespace {
 
@@ -273,4 +274,38 @@ bool KvGiTracer::text(const KvGePoint3d& position, const KvGeVector3d& normal, c
   return isStopped_;
 }
 
-void KvGiTracer::drawGlyphs(const KvGeMatrix3d&, const KvGiTextLook&, const CString&) {}
+void KvGiTracer::drawGlyphs(const KvGeMatrix3d& toWorld, const KvGiTextLook& look, const CString& text) {
+  const KvLtLine line = isOutlineOnly() ? kvltMeasureLine(look, text.view()) : kvltLayLine(look, text.view());
+  const double scale = toWorld.scale();
+  if (!(scale > 0)) return;
+  if (isOutlineOnly()) {
+    if (line.box.isEmpty()) return;
+    const KvGePoint3d &low = line.box.low, &high = line.box.high;
+    scratch_ = {low, {high.x, low.y, 0}, high, {low.x, high.y, 0}};
+    for (KvGePoint3d& p : scratch_) p = toWorld * p;
+    outlineCounts_.assign(1, 4);
+    if (areDrawable(scratch_.data(), scratch_.size())) fillWorld(scratch_, outlineCounts_);
+    return;
+  }
+  const auto fillFlat = [&] {
+    scratch_.clear();
+    for (KvGePoint2d p : flat_) scratch_.push_back(toWorld * KvGePoint3d(p.x, p.y, 0));
+    if (areDrawable(scratch_.data(), scratch_.size())) fillWorld(scratch_, outlineCounts_);
+  };
+  for (const KvLtPlacedGlyph& glyph : line.glyphs) {
+    if (isStopped_) return;
+    flat_.clear();
+    outlineCounts_.clear();
+    kvltFlatten(glyph, deviation_ / scale, flat_, outlineCounts_);
+    fillFlat();
+  }
+  for (const KvLtBar& bar : line.bars) {
+    const double half = bar.thickness / 2;
+    flat_ = {{bar.from.x, bar.from.y - half},
+             {bar.to.x, bar.to.y - half},
+             {bar.to.x, bar.to.y + half},
+             {bar.from.x, bar.from.y + half}};
+    outlineCounts_.assign(1, 4);
+    fillFlat();
+  }
+}

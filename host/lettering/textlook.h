@@ -11,4 +11,6 @@ struct KvGiTextLook {
   double trackingFactor = 1;
   bool isBackward = false, isUpsideDown = false, isVertical = false;
   bool isBold = false, isItalic = false;
+  bool isUnderlined = false, isOverlined = false, isStruck = false;
+  bool isRaw = false;  ///< percent signs and backslashes are letters like others
 };
