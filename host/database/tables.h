@@ -115,6 +115,8 @@ class KvDbTextStyleTableRecord : public KvDbSymbolTableRecord {
   const CString& fileName() const { return fontFile_; }
   void setFileName(const CString& file);
   const CString& bigFontFileName() const { return bigFontFile_; }
+  bool isBackward() const { return (generation_ & 2) != 0; }
+  bool isUpsideDown() const { return (generation_ & 4) != 0; }
 
  protected:
   const wchar_t* fileMarker() const override { return L"AcDbTextStyleTableRecord"; }
