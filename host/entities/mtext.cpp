@@ -159,7 +159,7 @@ void KvDbMText::explodeFragments(const std::function<bool(const KvDbMTextFragmen
       return;
 }
 
-Kvad::ErrorStatus KvDbMText::explode(KvArray<void*>& entities) const {
+Kvad::ErrorStatus KvDbMText::explode(KvDbVoidPtrArray& entities) const {
   const KvLtParagraphs laid = layout();
   if (laid.runs.empty() && laid.bars.empty()) return Kvad::eNoContent;
   const double angle = rotation();

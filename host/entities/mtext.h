@@ -74,7 +74,7 @@ class KvDbMText : public KvDbEntity {
   void explodeFragments(const std::function<bool(const KvDbMTextFragment&)>& take) const;
   /// A text for each fragment, a solid for each bar of a fraction; entries are KvDbEntity*, the caller owns
   /// them. eNoContent for an empty text.
-  Kvad::ErrorStatus explode(KvArray<void*>& entities) const;
+  Kvad::ErrorStatus explode(KvDbVoidPtrArray& entities) const override;
 
   Kvad::ErrorStatus getGeomExtents(KvDbExtents& extents) const override;
   /// Mirroring keeps the text readable. eDegenerateGeometry.

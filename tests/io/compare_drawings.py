@@ -3,7 +3,7 @@
 
 Both are text DXF. Every object of BEFORE that bears a handle must stand in AFTER with the same groups; header variables, classes and
 other sections likewise. What the form forces may differ: the version, the handle seed, counts of table records, groups that hold their
-default, numbers written another way, texts escaped another way. Prints what is lost or changed; exit code 1 when anything is.
+default, numbers written another way, texts escaped or cut another way. Prints what is lost or changed; exit code 1 when anything is.
 """
 import collections
 import re
@@ -94,6 +94,12 @@ def objects(tags):
             continue
         if code in (5, 105) and current["handle"] is None and not (code == 5 and current["type"] == "DIMSTYLE"):
             current["handle"] = value
+        # The contents of paragraph text are one text, wherever a writer cuts them.
+        if current["type"] == "MTEXT" and code == 3 and isinstance(value, str):
+            current["pieces"] = current.get("pieces", "") + value
+            continue
+        if current["type"] == "MTEXT" and code == 1:
+            value = current.pop("pieces", "") + value
         current["groups"][(code, value)] += 1
     return header, list(found.values())
 

@@ -1,0 +1,51 @@
+#pragma once
+// What a plot is drawn on: pages of SVG, PDF, or a picture of points (PNG).
+//
+// Coordinates are millimetres from the lower left corner of the page, y upwards. Colours are 0xRRGGBB.
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/geometry/point.h"
+#include "host/lettering/font.h"
+
+struct KvGrPen {
+  std::uint32_t rgb = 0;
+  double width = 0.25;  ///< millimetres; the canvas shows the thinnest line it can for less
+  friend bool operator==(const KvGrPen&, const KvGrPen&) = default;
+};
+
+/// A place for a glyph: x' = a x + c y + e, y' = b x + d y + f.
+struct KvGrMatrix {
+  double a = 1, b = 0, c = 0, d = 1, e = 0, f = 0;
+};
+
+class KvGrCanvas {
+ public:
+  virtual ~KvGrCanvas() = default;
+
+  /// Whether a second page may be begun.
+  virtual bool hasPages() const { return false; }
+  virtual void beginPage(double width, double height, std::uint32_t background) = 0;
+  virtual void endPage() = 0;
+
+  /// One point is a dot of the pen's width.
+  virtual void stroke(const KvGePoint2d* points, int count, const KvGrPen& pen) = 0;
+  /// A row of cubic curves: a start, then three points for each.
+  virtual void strokeCurves(const KvGePoint2d* points, int count, const KvGrPen& pen, bool isClosed) = 0;
+  /// Outlines by the even-odd rule.
+  virtual void fill(const KvGePoint2d* points, const int* counts, int outlines, std::uint32_t rgb) = 0;
+  virtual void glyph(const KvLtGlyph& glyph, const KvGrMatrix& place, std::uint32_t rgb) = 0;
+  /// What follows shows only inside the outline (or, inverted, outside) until popClip. They nest.
+  virtual void pushClip(const std::vector<KvGePoint2d>& outline, bool isInverted) = 0;
+  virtual void popClip() = 0;
+
+  /// The finished file; empty when it couldn't be made (a picture too large), with `error` telling why.
+  virtual std::string finish(std::string& error) = 0;
+};
+
+std::unique_ptr<KvGrCanvas> kvgrSvgCanvas();
+std::unique_ptr<KvGrCanvas> kvgrPdfCanvas();
+/// `resolution` in points per inch.
+std::unique_ptr<KvGrCanvas> kvgrPngCanvas(double resolution);
