@@ -3,12 +3,23 @@
 #include <algorithm>
 
 #include "host/base/context.h"
+#include "host/editor/editor.h"
+#include "host/editor/selection.h"
 
 KvApDocument::KvApDocument(std::unique_ptr<KvDbDatabase> database, CString fileName)
     : database_(std::move(database)), fileName_(std::move(fileName)) {}
 
 KvApDocManager::~KvApDocManager() {
   if (current_) kvdbHostApplicationServices()->setWorkingDatabase(nullptr);
+}
+
+KvEdInputPointManager* KvApDocument::inputPointManager() const {
+  KvEdEditor* editor = KvHostContext::current().editor;
+  return editor ? &editor->inputPoints() : nullptr;
+}
+
+Kvad::ErrorStatus KvApDocument::setPreviousSelectionSet(const kvds_name set) {
+  return kvedSetPreviousSelection(database_.get(), set);
 }
 
 std::unique_ptr<KvApDocumentIterator> KvApDocManager::newKvApDocumentIterator() const {

@@ -4,7 +4,10 @@
 #include <vector>
 
 #include "host/base/kvad.h"
+#include "host/base/kvds.h"
 #include "host/database/database.h"
+
+class KvEdInputPointManager;
 
 namespace KvAp {
 /// What a lock allows its holder.
@@ -28,6 +31,10 @@ class KvApDocument {
   /// The full path in the product's form; a bare name ("Drawing1.dwg") when it was never saved.
   const CString& fileName() const { return fileName_; }
   void setFileName(CString name) { fileName_ = std::move(name); }
+  /// Those who want to know of each point that a prompt receives; one for all documents. Null without a host.
+  KvEdInputPointManager* inputPointManager() const;
+  /// Makes a copy of a selection set the previous selection here. eKeyNotFound for no such set.
+  Kvad::ErrorStatus setPreviousSelectionSet(const kvds_name set);
   /// Locks that are held now.
   int lockCount() const { return lockCount_; }
 

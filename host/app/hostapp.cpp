@@ -6,6 +6,9 @@
 
 #include "host/app/internal/module_loader.h"
 #include "host/base/context.h"
+#include "host/database/block.h"
+#include "host/database/dictionary.h"
+#include "host/editor/selection.h"
 #include "platform/files/files.h"
 #include "platform/files/paths.h"
 #include "platform/system/timers.h"
@@ -29,6 +32,10 @@ class Services : public KvDbHostApplicationServices {
   CString findFile(const CString& name) override;
   void reportFailure(const CString& text) override { editor_.printLine(text); }
   void setLastInput(const CString& text) override { editor_.lastInput = text; }
+  void setHighlighted(KvDbObjectId id, const KvDbFullSubentPath& path, bool isOn) override {
+    const KvEdHighlightPath own = KvEdScreen::pathOf(id, path);
+    isOn ? editor_.screen().highlight(own) : editor_.screen().unhighlight(own);
+  }
 
  private:
   KvEdEditor& editor_;
@@ -56,6 +63,35 @@ KvEdVariable readOnlyVariable(const wchar_t* name, KvEdVarType type, std::functi
   variable.readOnly = true;
   variable.read = std::move(read);
   return variable;
+}
+
+/// Name of the layout that is shown.
+CString currentTab() {
+  const KvDbDatabase* database = kvdbDatabaseOrWorking(nullptr);
+  if (!database || database->tilemode()) return L"Model";
+  KvDbBlockTableRecord* space = nullptr;
+  KvDbDictionary* dictionary = nullptr;
+  KvDbObjectId layout, layouts;
+  if (kvdbOpenObject(space, database->paperSpaceId()) == Kvad::eOk) {
+    layout = space->layoutId();
+    space->close();
+  }
+  CString name;
+  if (database->getNamedObjectsDictionary(dictionary, KvDb::kForRead) != Kvad::eOk) return name;
+  dictionary->getAt(L"ACAD_LAYOUT", layouts);
+  dictionary->close();
+  if (kvdbOpenObject(dictionary, layouts) != Kvad::eOk) return name;
+  name = dictionary->nameAt(layout);
+  dictionary->close();
+  return name;
+}
+
+/// The working drawing's file: the folder with its separator, or the name.
+CString drawingFile(const KvApDocManager& documents, bool isFolder) {
+  const KvApDocument* document = documents.curDocument();
+  if (!document) return {};
+  const int separator = document->fileName().ReverseFind(L'\\');
+  return isFolder ? document->fileName().Left(separator + 1) : document->fileName().Mid(separator + 1);
 }
 
 }  // namespace
@@ -110,17 +146,24 @@ KvHostApp::KvHostApp(KvHostOptions options) : state_(std::make_unique<State>(opt
   };
 
   KvEdSysVars& variables = state_->editor.variables();
-  variables.define(readOnlyVariable(L"DBMOD", RTSHORT, [] {
-    const KvDbDatabase* database = kvdbDatabaseOrWorking(nullptr);
-    return KvEdVarValue(database ? database->modifiedWord() : 0);
-  }));
   variables.define(readOnlyVariable(L"ROAMABLEROOTPREFIX", RTSTR, [this] {
     return KvEdVarValue(platform::fromNative(state_->ownEnvironment->settingsRoot) + L"\\");
   }));
+  const KvApDocManager& documents = state_->documents;
+  variables.define(
+      readOnlyVariable(L"DWGNAME", RTSTR, [&documents] { return drawingFile(documents, false); }));
+  variables.define(
+      readOnlyVariable(L"DWGPREFIX", RTSTR, [&documents] { return drawingFile(documents, true); }));
+  variables.define(readOnlyVariable(L"DWGTITLED", RTSHORT,
+                                    [&documents] { return drawingFile(documents, true).IsEmpty() ? 0 : 1; }));
+  variables.define(readOnlyVariable(L"CTAB", RTSTR, [] { return currentTab(); }));
+  variables.loadSettings();
+  state_->editor.selections().currentDocument = [&documents] { return documents.curDocument(); };
 }
 
 KvHostApp::~KvHostApp() {
   state_->modules.unloadAll();
+  state_->editor.variables().saveSettings();
   while (KvApDocument* document = state_->documents.curDocument()) {
     while (document->lockCount() > 0) state_->documents.unlockDocument(document);
     state_->documents.close(document);

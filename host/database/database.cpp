@@ -135,6 +135,7 @@ KvDbObjectId KvDbDatabase::addObject(KvDbObject* object, KvDbObjectId owner) {
   noteOpened();
   if (isUndoRecording_ || undo_.hasSavePoint()) undo_.noteCreation(stub);
   noteModified();
+  tellObservers(stub);
   object->addedToDatabase();
   return KvDbObjectId(&stub);
 }

@@ -2,10 +2,13 @@
 // A drawing in memory: its objects by id and handle, its tables, its state of change and of undo recording.
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <memory>
+#include <typeindex>
 #include <vector>
 
 #include "host/database/dbobject.h"
+#include "host/database/subentpath.h"
 #include "host/database/tables.h"
 #include "host/database/undo.h"
 
@@ -71,6 +74,19 @@ struct KvDbFileExtras {
 
   Variable* find(const wchar_t* name);
   const Variable* find(const wchar_t* name) const { return const_cast<KvDbFileExtras*>(this)->find(name); }
+};
+
+/// Told of every object just before it changes, comes into being, or gets another state by undo.
+class KvDbChangeObserver {
+ public:
+  virtual ~KvDbChangeObserver() = default;
+  virtual void objectChanges(KvDbStub& stub) = 0;
+};
+
+/// Something that others keep with a drawing; it goes with it.
+class KvDbAttachment {
+ public:
+  virtual ~KvDbAttachment() = default;
 };
 
 class KvDbDatabase {
@@ -196,6 +212,20 @@ class KvDbDatabase {
   void noteChange(KvDbStub& stub) {
     if (isUndoRecording_ || undo_.hasSavePoint()) undo_.noteChange(stub);
     noteModified();
+    tellObservers(stub);
+  }
+  /// Observers are not owned.
+  void addChangeObserver(KvDbChangeObserver* observer) { observers_.push_back(observer); }
+  void removeChangeObserver(KvDbChangeObserver* observer) { std::erase(observers_, observer); }
+  void tellObservers(KvDbStub& stub) {
+    for (KvDbChangeObserver* observer : observers_) observer->objectChanges(stub);
+  }
+  /// The drawing's one attachment of a class, made when missing.
+  template <class T>
+  T& attachment() {
+    auto& held = attachments_[std::type_index(typeid(T))];
+    if (!held) held = std::make_unique<T>();
+    return static_cast<T&>(*held);
   }
 
   /// The whole drawing into another one, fresh and empty or as a new drawing is: objects keep their handles,
@@ -289,6 +319,8 @@ class KvDbDatabase {
   std::uint32_t serial_;
   bool isUndoRecording_ = true;
   KvDbUndoRecorder undo_;
+  std::vector<KvDbChangeObserver*> observers_;
+  std::map<std::type_index, std::unique_ptr<KvDbAttachment>> attachments_;
 };
 
 /// What the current host offers to the database: above all the working drawing.
@@ -305,6 +337,8 @@ class KvDbHostApplicationServices {
   virtual CString findFile(const CString& name) { return name; }
   /// The drawing looks different from what is shown.
   virtual void graphicsChanged(KvDbDatabase*) {}
+  /// An entity or a part of it is to be shown as highlighted, or no longer so.
+  virtual void setHighlighted(KvDbObjectId, const KvDbFullSubentPath&, bool) {}
   /// What the next call for the last input is to give: the name of a block that was closed.
   virtual void setLastInput(const CString&) {}
 

@@ -378,6 +378,18 @@ bool KvDbEntity::worldDraw(KvGiWorldDraw* draw) {
   return subWorldDraw(draw);
 }
 
+Kvad::ErrorStatus KvDbEntity::highlight(const KvDbFullSubentPath& path) const {
+  if (!database()) return Kvad::eNotInDatabase;
+  kvdbHostApplicationServices()->setHighlighted(objectId(), path, true);
+  return Kvad::eOk;
+}
+
+Kvad::ErrorStatus KvDbEntity::unhighlight(const KvDbFullSubentPath& path) const {
+  if (!database()) return Kvad::eNotInDatabase;
+  kvdbHostApplicationServices()->setHighlighted(objectId(), path, false);
+  return Kvad::eOk;
+}
+
 bool KvDbEntity::subWorldDraw(KvGiWorldDraw*) {
   return false;
 }

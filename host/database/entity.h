@@ -5,6 +5,7 @@
 
 #include "host/database/dbobject.h"
 #include "host/database/fields.h"
+#include "host/database/subentpath.h"
 #include "host/database/tables.h"
 #include "host/geometry/line.h"
 
@@ -95,6 +96,10 @@ class KvDbEntity : public KvDbObject {
   virtual Kvad::ErrorStatus explode(KvDbVoidPtrArray& parts) const;
   /// The curves that the entity consists of, appended; by default those that it draws.
   virtual void getGeCurves(std::vector<std::unique_ptr<KvGeCurve3d>>& curves) const;
+  /// Has the host show the entity, or a part of it, as highlighted, and ends that; calls count. An empty path
+  /// stands for the whole entity. eNotInDatabase.
+  Kvad::ErrorStatus highlight(const KvDbFullSubentPath& path = {}) const;
+  Kvad::ErrorStatus unhighlight(const KvDbFullSubentPath& path = {}) const;
   void addedToDatabase() override;
   /// What it owns in a row; null for most entities.
   virtual KvDbSequence* sequence() { return nullptr; }

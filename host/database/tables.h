@@ -171,11 +171,21 @@ class KvDbUCSTable : public KvDbSymbolTable {
   const KvRxClass* recordClass() const override { return KvDbUCSTableRecord::desc(); }
 };
 
-/// A tiled viewport. Several may bear one name.
+/// A tiled viewport. Several may bear one name. Its groups are kept one by one and read by code: 12 centre in
+/// view coordinates, 16 direction to the eye, 17 target, 40 height, 51 twist in degrees, and more.
 class KvDbViewportTableRecord : public KvDbSymbolTableRecord {
   KVRX_DECLARE(KvDbViewportTableRecord)
+ public:
+  KvGePoint3d storedPoint(int code, const KvGePoint3d& standard) const;
+  double storedReal(int code, double standard) const;
+  void setStoredPoint(int code, const KvGePoint3d& point, int dimensions);
+  void setStoredReal(int code, double value);
+
  protected:
   const wchar_t* fileMarker() const override { return L"AcDbViewportTableRecord"; }
+
+ private:
+  void store(const KvDxfGroup& group);
 };
 
 class KvDbViewportTable : public KvDbSymbolTable {

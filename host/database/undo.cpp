@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "host/database/database.h"
+
 namespace {
 
 /// The state of an object at the end of `bytes`; its length.
@@ -74,6 +76,7 @@ void KvDbUndoRecorder::exchange(Group& group, bool backwards) {
   Group present;
   const auto swapOne = [&](const Entry& entry) {
     KvDbStub& stub = *entry.stub;
+    if (stub.database) stub.database->tellObservers(stub);
     Entry fresh{&stub, static_cast<std::uint32_t>(present.bytes.size()), 0, entry.isCreation, stub.isErased};
     if (!entry.isCreation) {
       fresh.size = keepState(stub, present.bytes);

@@ -5,6 +5,9 @@
 #include <utility>
 
 #include "host/base/context.h"
+#include "host/database/database.h"
+#include "host/editor/selection.h"
+#include "host/editor/ucs.h"
 
 /// One command between its start and its end.
 struct KvEdEditor::Frame {
@@ -82,13 +85,10 @@ KvEdToken tokenOf(const resbuf& node) {
 }  // namespace
 
 KvEdEditor::KvEdEditor(Output output)
-    : output_(std::move(output)), commands_(std::make_unique<OwnedCommandStack>()) {
-  KvEdVariable names;
-  names.name = L"CMDNAMES";
-  names.type = RTSTR;
-  names.readOnly = true;
-  names.read = [this] { return KvEdVarValue(commandNames()); };
-  variables_.define(std::move(names));
+    : output_(std::move(output)),
+      selections_(std::make_unique<KvEdSelections>()),
+      commands_(std::make_unique<OwnedCommandStack>()) {
+  kvedDefineEditorVariables(variables_, *this);
 }
 
 KvEdEditor::~KvEdEditor() {
@@ -256,8 +256,18 @@ CString KvEdEditor::commandNames() const {
   return names;
 }
 
-KvEdToken KvEdEditor::readToken(KvEdReadMode mode, const CString& prompt) {
-  return running_ == 0 ? readFromSources(mode, prompt) : readFor(running_ - 1, mode, prompt);
+int KvEdEditor::runningFlags() const {
+  return running_ == 0 ? 0 : frames_[running_ - 1]->command->commandFlags();
+}
+
+KvEdToken KvEdEditor::readToken(KvEdReadMode mode, const CString& prompt, KvEdTracking tracking) {
+  for (;;) {
+    KvEdToken token = running_ == 0 ? readFromSources(mode, prompt) : readFor(running_ - 1, mode, prompt);
+    if (!token.isTracking || tracking == KvEdTracking::Wanted) return token;
+    const KvGePoint3d world = kvedUserToWorld(kvdbDatabaseOrWorking(nullptr)) *
+                              KvGePoint3d(token.numbers[0], token.numbers[1], token.numbers[2]);
+    inputPoints_.tell(KvEdInputPoint(world, world, false));
+  }
 }
 
 KvEdToken KvEdEditor::readFor(std::size_t index, KvEdReadMode mode, const CString& prompt) {

@@ -15,7 +15,11 @@
 #include "host/editor/commandstack.h"
 #include "host/editor/fiber.h"
 #include "host/editor/input.h"
+#include "host/editor/input_points.h"
 #include "host/editor/sysvars.h"
+#include "host/editor/views.h"
+
+class KvEdSelections;
 
 /// How a command ended.
 enum class KvEdOutcome { Done, Failed, Cancelled, Unknown };
@@ -31,6 +35,9 @@ class KvEdEditor {
 
   KvEdSysVars& variables() { return variables_; }
   KvEdCommandStack& commands() { return *commands_; }
+  KvEdScreen& screen() { return screen_; }
+  KvEdInputPointManager& inputPoints() { return inputPoints_; }
+  KvEdSelections& selections() { return *selections_; }
 
   /// Writes to the command line. Nothing is added; texts of the product begin with their own line feeds.
   void print(const CString& text);
@@ -59,9 +66,13 @@ class KvEdEditor {
   /// The running commands' names, the outermost first, put together.
   CString commandNames() const;
   bool isCommandRunning() const { return !frames_.empty(); }
+  /// Flags of the command that is running now; 0 when there is none.
+  int runningFlags() const;
 
-  /// The next answer for the command that is running now.
-  KvEdToken readToken(KvEdReadMode mode, const CString& prompt);
+  /// The next answer for the command that is running now. Points of a moving cursor go to the input-point
+  /// monitors, and to the caller only when it wants them.
+  KvEdToken readToken(KvEdReadMode mode, const CString& prompt,
+                      KvEdTracking tracking = KvEdTracking::Skipped);
 
   /// A line for a dialog that a front end shows on the command line: from the script or the terminal, past
   /// the arguments of a running kvedCommandS. None at the end of the input or after a cancel, which is the
@@ -77,6 +88,9 @@ class KvEdEditor {
   GetOptions takeGetOptions();
   /// What the last prompt got when it answered RTKWORD, or the text that was typed.
   CString lastInput;
+  /// The last point that a prompt received, in user coordinates, and the last direction, in radians.
+  KvGePoint3d lastPoint;
+  double lastAngle = 0;
 
   /// Run when the outermost command begins, and when it has ended, with its outcome.
   std::function<void()> onCommandStarted;
@@ -96,6 +110,9 @@ class KvEdEditor {
 
   Output output_;
   KvEdSysVars variables_;
+  KvEdScreen screen_;
+  KvEdInputPointManager inputPoints_;
+  std::unique_ptr<KvEdSelections> selections_;
   std::unique_ptr<KvEdCommandStack> commands_;
   std::vector<std::unique_ptr<KvEdInputSource>> sources_;
   std::vector<std::unique_ptr<Frame>> frames_;

@@ -62,6 +62,8 @@ KvEdScriptSource::KvEdScriptSource(const CString& text) {
 
 KvEdToken KvEdScriptSource::read(KvEdReadMode mode, const CString&) {
   CString answer;
-  return reader_.next(mode, answer) ? KvEdToken::ofText(std::move(answer))
-                                    : KvEdToken::of(KvEdToken::Kind::End);
+  if (!reader_.next(mode, answer)) return KvEdToken::of(KvEdToken::Kind::End);
+  // What people type for Escape, and the key itself.
+  if (answer == L"^C" || answer == L"\x1b") return KvEdToken::of(KvEdToken::Kind::Cancel);
+  return KvEdToken::ofText(std::move(answer));
 }

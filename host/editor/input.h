@@ -27,10 +27,14 @@ struct KvEdToken {
   double numbers[3] = {0, 0, 0};
   int dimensions = 0;  ///< of a point: 2 or 3
   long long name[2] = {0, 0};
+  bool isTracking = false;  ///< of a point: the cursor moves there, it isn't an answer
 
   static KvEdToken ofText(CString text);
   static KvEdToken of(Kind kind);
 };
+
+/// Whether a prompt wants to know where the cursor moves.
+enum class KvEdTracking : std::uint8_t { Skipped, Wanted };
 
 /// How far one answer reaches: to the next blank, or to the end of the line.
 enum class KvEdReadMode : std::uint8_t { Word, Line };

@@ -1,23 +1,68 @@
 #include "host/editor/sysvars.h"
 
+#include <algorithm>
+#include <climits>
+#include <cmath>
+
 #include "host/base/context.h"
 #include "host/editor/editor.h"
+#include "platform/system/registry.h"
+#include "platform/text/number.h"
 
 namespace {
 
+constexpr auto kSession = KvEdVarScope::Session;
+constexpr auto kUser = KvEdVarScope::User;
+
 struct NumberRow {
   const wchar_t* name;
+  KvEdVarScope scope;
   KvEdVarType type;
-  double initial, lowest, highest;
-  bool readOnly;
+  double initial, lowest, highest;  // equal limits: none
+};
+struct TextRow {
+  const wchar_t* name;
+  KvEdVarScope scope;
+  const wchar_t* initial;
 };
 
-/// Variables of the session that hold a number. The others are defined by whoever computes them.
+/// Variables that hold a number.
 constexpr NumberRow kNumbers[] = {
-    {L"CMDECHO", RTSHORT, 1, 0, 1, false},  {L"ERRNO", RTSHORT, 0, 0, 0, false},
-    {L"EXPERT", RTSHORT, 0, 0, 5, false},   {L"FILEDIA", RTSHORT, 1, 0, 1, false},
-    {L"PICKBOX", RTSHORT, 3, 0, 50, false}, {L"PICKSTYLE", RTSHORT, 1, 0, 3, false},
+    {L"ATTDIA", kUser, RTSHORT, 0, 0, 1},           {L"ATTREQ", kUser, RTSHORT, 1, 0, 1},
+    {L"BLIPMODE", kUser, RTSHORT, 0, 0, 1},         {L"CMDDIA", kUser, RTSHORT, 0, 0, 1},
+    {L"CMDECHO", kSession, RTSHORT, 1, 0, 1},       {L"COORDS", kUser, RTSHORT, 1, 0, 3},
+    {L"DELOBJ", kUser, RTSHORT, 1, -3, 3},          {L"DRAGMODE", kUser, RTSHORT, 2, 0, 2},
+    {L"EDGEMODE", kUser, RTSHORT, 0, 0, 1},         {L"ERRNO", kSession, RTSHORT, 0, 0, 0},
+    {L"EXPERT", kSession, RTSHORT, 0, 0, 5},        {L"FILEDIA", kUser, RTSHORT, 1, 0, 1},
+    {L"GRIDMODE", kSession, RTSHORT, 0, 0, 1},      {L"GRIPS", kUser, RTSHORT, 1, 0, 2},
+    {L"HIGHLIGHT", kSession, RTSHORT, 1, 0, 1},     {L"HPANG", kSession, RTREAL, 0, 0, 0},
+    {L"HPASSOC", kUser, RTSHORT, 1, 0, 1},          {L"HPDOUBLE", kSession, RTSHORT, 0, 0, 1},
+    {L"HPSCALE", kSession, RTREAL, 1, 1e-99, 1e99}, {L"HPSPACE", kSession, RTREAL, 1, 1e-99, 1e99},
+    {L"ISAVEBAK", kUser, RTSHORT, 1, 0, 1},         {L"LWDEFAULT", kUser, RTSHORT, 25, 0, 211},
+    {L"MENUECHO", kSession, RTSHORT, 0, 0, 15},     {L"MTEXTFIXED", kUser, RTSHORT, 2, 0, 2},
+    {L"NOMUTT", kSession, RTSHORT, 0, 0, 1},        {L"OFFSETDIST", kSession, RTREAL, -1, 0, 0},
+    {L"OFFSETGAPTYPE", kUser, RTSHORT, 0, 0, 2},    {L"OSMODE", kUser, RTSHORT, 4133, 0, 32767},
+    {L"PEDITACCEPT", kUser, RTSHORT, 0, 0, 1},      {L"PICKADD", kUser, RTSHORT, 2, 0, 2},
+    {L"PICKAUTO", kUser, RTSHORT, 1, 0, 2},         {L"PICKBOX", kUser, RTSHORT, 3, 0, 50},
+    {L"PICKDRAG", kUser, RTSHORT, 0, 0, 2},         {L"PICKFIRST", kUser, RTSHORT, 1, 0, 1},
+    {L"PICKSTYLE", kUser, RTSHORT, 1, 0, 3},        {L"PLINETYPE", kUser, RTSHORT, 2, 0, 2},
+    {L"POLYSIDES", kSession, RTSHORT, 4, 3, 1024},  {L"PROJMODE", kUser, RTSHORT, 1, 0, 2},
+    {L"SNAPMODE", kSession, RTSHORT, 0, 0, 1},      {L"SNAPANG", kSession, RTREAL, 0, 0, 0},
+    {L"TEXTFILL", kUser, RTSHORT, 1, 0, 1},         {L"TRIMMODE", kUser, RTSHORT, 1, 0, 1},
+    {L"UCSFOLLOW", kSession, RTSHORT, 0, 0, 1},     {L"UCSICON", kSession, RTSHORT, 3, 0, 3},
+    {L"ZOOMFACTOR", kUser, RTSHORT, 60, 3, 100},
 };
+
+constexpr TextRow kTexts[] = {
+    {L"HPNAME", kSession, L"ANSI31"}, {L"INSNAME", kSession, L""}, {L"MENUNAME", kUser, L""},
+    {L"USERS1", kSession, L""},       {L"USERS2", kSession, L""},  {L"USERS3", kSession, L""},
+    {L"USERS4", kSession, L""},       {L"USERS5", kSession, L""},  {L"REFEDITNAME", kSession, L""},
+};
+
+/// Variables that only the host sets.
+constexpr const wchar_t* kReadOnlyTexts[] = {L"REFEDITNAME", L"MENUNAME"};
+
+constexpr const wchar_t* kSettingsKey = L"SOFTWARE\\Korvasoft\\Korvane\\Variables";
 
 bool isWhole(KvEdVarType type) {
   return type == RTSHORT || type == RTLONG;
@@ -42,6 +87,44 @@ bool fits(KvEdVarType type, const KvEdVarValue& value) {
     default:
       return false;
   }
+}
+
+bool isWithin(const KvEdVariable& variable, const KvEdVarValue& value) {
+  if (!(variable.lowest < variable.highest)) return true;
+  const double number = std::holds_alternative<int>(value) ? std::get<int>(value) : std::get<double>(value);
+  return number >= variable.lowest && number <= variable.highest;
+}
+
+bool isFinite(const KvEdVarValue& value) {
+  if (const double* real = std::get_if<double>(&value)) return std::isfinite(*real);
+  const auto* point = std::get_if<KvEdVarPoint>(&value);
+  return !point || (std::isfinite(point->x) && std::isfinite(point->y) && std::isfinite(point->z));
+}
+
+CString settingsText(const KvEdVarValue& value) {
+  if (const auto* text = std::get_if<CString>(&value)) return *text;
+  if (const double* real = std::get_if<double>(&value))
+    return platform::wideFromUtf8(platform::shortest(*real));
+  CString text;
+  if (const int* whole = std::get_if<int>(&value)) text.Format(L"%d", *whole);
+  return text;
+}
+
+/// What was written by settingsText, as a value of the type.
+bool valueOf(const CString& text, KvEdVarType type, KvEdVarValue& value) {
+  double number = 0;
+  if (type == RTSTR) {
+    value = text;
+    return true;
+  }
+  if (!platform::parseWhole(text.view(), number) || !std::isfinite(number)) return false;
+  if (!isWhole(type)) {
+    value = number;
+    return true;
+  }
+  if (number != std::floor(number) || std::fabs(number) > INT16_MAX) return false;
+  value = static_cast<int>(number);
+  return true;
 }
 
 void toResbuf(const KvEdVariable& variable, const KvEdVarValue& value, resbuf* result) {
@@ -96,6 +179,7 @@ KvEdSysVars::KvEdSysVars() {
   for (const NumberRow& row : kNumbers) {
     KvEdVariable variable;
     variable.name = row.name;
+    variable.scope = row.scope;
     variable.type = row.type;
     if (isWhole(row.type))
       variable.value = static_cast<int>(row.initial);
@@ -103,13 +187,47 @@ KvEdSysVars::KvEdSysVars() {
       variable.value = row.initial;
     variable.lowest = row.lowest;
     variable.highest = row.highest;
-    variable.readOnly = row.readOnly;
     define(std::move(variable));
+  }
+  for (const TextRow& row : kTexts) {
+    KvEdVariable variable;
+    variable.name = row.name;
+    variable.scope = row.scope;
+    variable.type = RTSTR;
+    variable.value = CString(row.initial);
+    variable.readOnly = std::any_of(std::begin(kReadOnlyTexts), std::end(kReadOnlyTexts),
+                                    [&](const wchar_t* name) { return variable.name == name; });
+    define(std::move(variable));
+  }
+  kvedDefineDrawingVariables(*this);
+}
+
+void KvEdSysVars::loadSettings() {
+  platform::RegistryText settings;
+  if (!platform::Registry().load(settings)) return;
+  for (auto& [name, variable] : variables_) {
+    if (variable.scope != KvEdVarScope::User) continue;
+    const platform::RegistryValue* stored = settings.find(HKEY_CURRENT_USER, kSettingsKey, name.str());
+    KvEdVarValue value;
+    if (stored && valueOf(stored->text(), variable.type, value) && isWithin(variable, value))
+      variable.value = value;
+    if (stored) variable.saved = settingsText(variable.value);
+  }
+}
+
+void KvEdSysVars::saveSettings() {
+  for (auto& [name, variable] : variables_) {
+    const CString text = settingsText(variable.value);
+    if (variable.scope != KvEdVarScope::User || text == variable.saved) continue;
+    platform::Registry().set(HKEY_CURRENT_USER, kSettingsKey, name.str(),
+                             platform::RegistryValue::ofText(text.view()));
+    variable.saved = text;
   }
 }
 
 void KvEdSysVars::define(KvEdVariable variable) {
   const CString name = key(variable.name);
+  variable.saved = settingsText(variable.value);
   variables_[name] = std::move(variable);
 }
 
@@ -140,11 +258,8 @@ Kvad::ErrorStatus KvEdSysVars::set(const wchar_t* name, const KvEdVarValue& give
   KvEdVarValue value = given;
   if (variable.type == RTREAL && std::holds_alternative<int>(value))
     value = static_cast<double>(std::get<int>(value));
-  if (!fits(variable.type, value)) return Kvad::eInvalidInput;
-  if (variable.lowest < variable.highest) {
-    const double number = std::holds_alternative<int>(value) ? std::get<int>(value) : std::get<double>(value);
-    if (!(number >= variable.lowest && number <= variable.highest)) return Kvad::eOutOfRange;
-  }
+  if (!fits(variable.type, value) || !isFinite(value)) return Kvad::eInvalidInput;
+  if (!isWithin(variable, value)) return Kvad::eOutOfRange;
   if (variable.write) return variable.write(value) ? Kvad::eOk : Kvad::eOutOfRange;
   variable.value = std::move(value);
   return Kvad::eOk;

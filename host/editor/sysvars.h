@@ -19,20 +19,31 @@ struct KvEdVarPoint {
 
 using KvEdVarValue = std::variant<int, double, KvEdVarPoint, CString>;
 
-/// One variable. A computed one has `read` (and `write`, when it may be set); the others hold their value
-/// here.
+/// Where a variable's value lives.
+enum class KvEdVarScope : std::uint8_t {
+  Session,   ///< here, as long as the host runs
+  User,      ///< in the user's settings
+  Drawing,   ///< in the header of the working drawing
+  Computed,  ///< nowhere
+};
+
+/// One variable. A computed one has `read` (and `write`, when it may be set), one of a drawing too; the
+/// others hold their value here.
 struct KvEdVariable {
   CString name;
+  KvEdVarScope scope = KvEdVarScope::Session;
   KvEdVarType type = RTSHORT;
   KvEdVarValue value = 0;
   bool readOnly = false;
   double lowest = 0, highest = 0;  ///< numbers only; equal: no limits
+  CString saved;                   ///< how the value stands in the settings
   std::function<KvEdVarValue()> read;
   std::function<bool(const KvEdVarValue&)> write;
 };
 
 class KvEdSysVars {
  public:
+  /// With the variables of the session, of the user and of drawings.
   KvEdSysVars();
 
   /// Adds a variable or replaces the one of the same name.
@@ -43,9 +54,14 @@ class KvEdSysVars {
 
   /// eKeyNotFound.
   Kvad::ErrorStatus get(const wchar_t* name, KvEdVarValue& value) const;
-  /// eKeyNotFound, eNotApplicable for a read-only one, eInvalidInput for another type, eOutOfRange. A whole
-  /// number is taken for a real variable.
+  /// eKeyNotFound, eNotApplicable for a read-only one, eInvalidInput for another type or a number that is not
+  /// finite, eOutOfRange. A whole number is taken for a real variable.
   Kvad::ErrorStatus set(const wchar_t* name, const KvEdVarValue& value);
+
+  /// The user's variables from and to the settings of the current environment; a value there that doesn't fit
+  /// is passed over, and only what has changed is written.
+  void loadSettings();
+  void saveSettings();
 
   /// For the host itself: past the read-only mark and the limits. False when there is none of this name and
   /// type.
@@ -54,6 +70,13 @@ class KvEdSysVars {
  private:
   std::map<CString, KvEdVariable> variables_;  // by upper-case name
 };
+
+/// The variables of drawings: every header variable under its name without the `$`, and what is worked out
+/// from the drawing and its view.
+void kvedDefineDrawingVariables(KvEdSysVars& variables);
+class KvEdEditor;
+/// The variables that tell of an editor: commands, the last point, the screen.
+void kvedDefineEditorVariables(KvEdSysVars& variables, KvEdEditor& editor);
 
 /// The value of a variable in the type that the host keeps it in; a text is allocated with malloc and belongs
 /// to the caller. RTERROR for an unknown name or without a host: `result` is untouched.
