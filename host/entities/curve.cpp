@@ -385,11 +385,10 @@ std::unique_ptr<KvDbCurve> kvdbCurveOf(const KvGeCurve3d& curve, bool wholeAsArc
   return nullptr;
 }
 
-void kvdbDrawCurve(const KvGeCurve3d& curve, KvGiWorldDraw& draw) {
-  std::vector<KvGePoint3d> points;
+void kvdbFlatten(const KvGeCurve3d& curve, const KvGiWorldDraw& draw, std::vector<KvGePoint3d>& points) {
   for (int i = 0; i < curve.spanCount(); ++i) {
     const kvge::Span span = curve.span(i);
-    if (points.empty()) points.push_back(kvge::startOf(span));
+    if (i == 0) points.push_back(kvge::startOf(span));
     if (span.kind == kvge::SpanKind::kLine) {
       points.push_back(kvge::endOf(span));
       continue;
@@ -406,5 +405,10 @@ void kvdbDrawCurve(const KvGeCurve3d& curve, KvGiWorldDraw& draw) {
         std::isfinite(wanted) ? static_cast<int>(std::clamp<double>(wanted, kLeast, kMost)) : kMost;
     for (int k = 1; k <= steps; ++k) points.push_back(kvge::pointAt(span, span.low + width * k / steps));
   }
+}
+
+void kvdbDrawCurve(const KvGeCurve3d& curve, KvGiWorldDraw& draw) {
+  std::vector<KvGePoint3d> points;
+  kvdbFlatten(curve, draw, points);
   if (!points.empty()) draw.geometry().polyline(static_cast<int>(points.size()), points.data());
 }

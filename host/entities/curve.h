@@ -68,5 +68,7 @@ class KvDbCurve : public KvDbEntity {
 /// An entity for a curve: line, ray, construction line, circle or arc, ellipse, spline, light or space
 /// polyline. Null when the curve has no extent. `wholeAsArc` makes an arc of a whole turn.
 std::unique_ptr<KvDbCurve> kvdbCurveOf(const KvGeCurve3d& curve, bool wholeAsArc = false);
+/// Appends points of a curve so that chords lie within the sink's deviation; the ends are among them.
+void kvdbFlatten(const KvGeCurve3d& curve, const KvGiWorldDraw& draw, std::vector<KvGePoint3d>& points);
 /// Draws a curve that isn't one primitive, by chords within the sink's deviation.
 void kvdbDrawCurve(const KvGeCurve3d& curve, KvGiWorldDraw& draw);

@@ -1,0 +1,45 @@
+#pragma once
+// Flat areas. Those that are made here know their shape; those of drawing files carry the data of a solid
+// modeller, which is kept as it is.
+#include "host/database/entity.h"
+#include "host/geometry/region.h"
+
+class KvDbRegion : public KvDbProxyEntity {
+  KVRX_DECLARE(KvDbRegion)
+ public:
+  enum BoolOperType { kBoolUnite = 0, kBoolIntersect = 1, kBoolSubtract = 2 };
+
+  KvDbRegion() : KvDbProxyEntity(CString(L"REGION")) {}
+  explicit KvDbRegion(const KvGeRegion& shape) : KvDbRegion() { shape_ = shape; }
+
+  /// One region (KvDbRegion*) for each closed loop that the curves (KvDbCurve*) form; appended, owned by the
+  /// caller. eInvalidInput for null or other entities, eInvalidLoop when nothing closes, eNonPlanarEntity,
+  /// eSelfIntersecting.
+  static Kvad::ErrorStatus createFromCurves(const KvDbVoidPtrArray& curves, KvDbVoidPtrArray& regions);
+  /// This region becomes the union, the common part, or itself less the other, which becomes empty.
+  /// eNonPlanarEntity when they lie in different planes; nothing is changed then. eNullEntityPointer.
+  Kvad::ErrorStatus booleanOper(BoolOperType operation, KvDbRegion* other);
+  /// True when it encloses nothing, or its shape stands in a modeller's data.
+  bool isNull() const { return shape_.isNull(); }
+  const KvGeRegion& shape() const { return shape_; }
+  /// eNoContent for a region without a shape.
+  Kvad::ErrorStatus getArea(double& area) const;
+  Kvad::ErrorStatus getPerimeter(double& length) const;
+  Kvad::ErrorStatus getNormal(KvGeVector3d& normal) const;
+
+  /// The edges as lines, arcs, circles, ellipses and splines; separate areas come as regions first.
+  Kvad::ErrorStatus explode(KvDbVoidPtrArray& parts) const override;
+  Kvad::ErrorStatus transformBy(const KvGeMatrix3d& matrix) override;
+  void getGeCurves(std::vector<std::unique_ptr<KvGeCurve3d>>& curves) const override;
+  bool subWorldDraw(KvGiWorldDraw* draw) override;
+
+  void dwgOutFields(KvDbDwgFiler& filer) const override;
+  void dwgInFields(KvDbDwgFiler& filer) override;
+  void dxfOutFields(KvDxfWriter& writer) const override;
+  bool knowsMarker(std::wstring_view marker) const override;
+  void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
+                    KvDxfResolver& resolver) override;
+
+ private:
+  KvGeRegion shape_;
+};
