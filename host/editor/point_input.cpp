@@ -21,7 +21,8 @@ bool isNear(double value) {
 
 std::optional<double> decimal(std::wstring_view text) {
   double value = 0;
-  if (text.empty() || text.front() == L' ' || text.back() == L' ') return std::nullopt;
+  // A `d` stands for degrees here, never for an exponent.
+  if (text.find_first_of(L" \tdD") != std::wstring_view::npos) return std::nullopt;
   if (!platform::parseWhole(text, value) || !isNear(value)) return std::nullopt;
   return value;
 }

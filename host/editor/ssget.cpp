@@ -170,6 +170,7 @@ class Selecting {
   KvEdPicks picks_;
   std::vector<KvEdPicks> history_;
   bool isRemoving_ = false, isSingle_ = false;
+  bool isEmptyPlace_ = true;  // nothing at all lay under the last pick, whatever the filters say
 };
 
 void Selecting::askFilters(KvEdPicks& picks, Occasion occasion) {
@@ -240,7 +241,9 @@ int Selecting::takeEverything() {
 
 int Selecting::takeAt(const KvGePoint3d& world) {
   KvEdPicks picks;
-  for (const PickHit& hit : picker_.allAt(world)) {
+  const auto hits = picker_.allAt(world);
+  isEmptyPlace_ = hits.empty();
+  for (const PickHit& hit : hits) {
     KvEdPick pick = kved::pickOf(hit, world, mode_.isNested);
     const bool isGood = isAccepted(pick.id) || (pick.isNested && isAccepted(hit.id));
     if (!isGood) continue;
@@ -420,7 +423,7 @@ int Selecting::answer(const KvEdToken& token, int& found, bool& isDone) {
   isDone = false;
   const bool mayBeWindow = mode_.method == Method::User && !mode_.takesAllInBox && !mode_.isSingle &&
                            kved::shortVariable(editor_, L"PICKAUTO", 1) != 0;
-  if (found > 0 || !mayBeWindow) return RTNORM;
+  if (!isEmptyPlace_ || !mayBeWindow) return RTNORM;
   return askRectangle(std::nullopt, world, found);
 }
 
