@@ -3,11 +3,40 @@
 
 #include "apps/korvane/drawing_commands.h"
 #include "apps/korvane/module_commands.h"
+#include "apps/korvane/plot_command.h"
 #include "apps/korvane/session.h"
 
 namespace {
 
 constexpr int kWrongUse = 2;
+
+void addPlotOptions(CLI::App& plot, korvane::PlotCommandOptions& options) {
+  plot.add_option("IN", options.inputs, "Drawing files")->required();
+  plot.add_option("-o,--output", options.output,
+                  "OUT.svg, OUT.pdf or OUT.png; for one file each DIR/ (PDF) or a pattern: DIR/{}.svg")
+      ->required()
+      ->type_name("OUT");
+  plot.add_option("--paper", options.paper, "A5 to A0, ANSI_A to ANSI_E, letter, legal, or WxH in mm")
+      ->type_name("NAME");
+  plot.add_option("--scale", options.scale, "1:5, 2:1, or millimetres for one drawing unit")
+      ->type_name("SCALE");
+  plot.add_flag("--fit", options.fit, "As large as the sheet allows (without --scale always so)");
+  plot.add_flag("--landscape", options.landscape, "The sheet lies; without it, as the drawing wants");
+  plot.add_flag("--portrait", options.portrait, "The sheet stands");
+  plot.add_flag("--monochrome", options.monochrome, "All in black");
+  plot.add_option("--layer", options.layers, "Only layers that match a pattern; may come several times")
+      ->type_name("PATTERN");
+  plot.add_option("--layout", options.layout, "A layout by name, * for the first; model space without it")
+      ->type_name("NAME");
+  plot.add_option("--window", options.window, "Only a window: two corners")
+      ->expected(4)
+      ->delimiter(',')
+      ->type_name("X1 Y1 X2 Y2");
+  plot.add_option("--resolution", options.resolution, "Points per inch of a PNG (150)")->type_name("DPI");
+  plot.add_option("--margin", options.margin, "Millimetres kept clear round the drawing (10)")
+      ->type_name("MM");
+  plot.add_option("--background", options.background, "white, black, or #RRGGBB")->type_name("COLOUR");
+}
 
 }  // namespace
 
@@ -38,6 +67,8 @@ int main(int argc, char** argv) {
       ->trigger_on_parse();
   app.add_option("DRAWING", options.drawing, "The drawing to open; a new one without it")->type_name("");
   app.add_option("--save", options.save, "Save the drawing when all is done")->type_name("FILE");
+  app.add_option("--plot", options.plot, "Plot the drawing then: FILE.svg, FILE.pdf or FILE.png")
+      ->type_name("FILE");
   app.add_option("--module", options.modules, "Load a further module: a .kvx file, or the bare name of one")
       ->type_name("MODULE");
   app.add_flag("--keep-going", options.keepGoing, "Go on after a command that failed");
@@ -54,6 +85,10 @@ int main(int argc, char** argv) {
                             ->type_name("FILE");
   audit->add_flag("--fix", auditOptions.fix, "Mend, and write the drawing")->needs(output);
 
+  korvane::PlotCommandOptions plotOptions;
+  CLI::App* plot = app.add_subcommand("plot", "Plot drawings to SVG, PDF or PNG");
+  addPlotOptions(*plot, plotOptions);
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -61,5 +96,6 @@ int main(int argc, char** argv) {
   }
   if (info->parsed()) return korvane::runInfo(infoOptions);
   if (audit->parsed()) return korvane::runAudit(auditOptions);
+  if (plot->parsed()) return korvane::runPlot(plotOptions);
   return korvane::runSession(options);
 }

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <iterator>
 
+#include "apps/korvane/plot_command.h"
 #include "apps/korvane/terminal_source.h"
 #include "host/app/hostapp.h"
 #include "platform/files/files.h"
@@ -53,13 +54,15 @@ class Session {
   int run() {
     if (!loadModules() || !openDrawing()) return 1;
     bool allWell = true;
-    if (options_.inputs.empty() && options_.save.empty()) return runTerminal();
+    if (options_.inputs.empty() && options_.save.empty() && options_.plot.empty()) return runTerminal();
     for (const SessionInput& input : options_.inputs) {
       allWell = runInput(input) && allWell;
       if (!allWell && !options_.keepGoing) break;
     }
     std::cout.flush();
     if (allWell && !options_.save.empty()) allWell = saveDrawing();
+    if (allWell && !options_.plot.empty())
+      allWell = plotDrawing(*app_.documents().curDocument()->database(), options_.plot);
     return allWell ? 0 : 1;
   }
 

@@ -18,6 +18,7 @@ struct SessionOptions {
   bool keepGoing = false;            ///< scripts go on after a failed command
   std::string drawing;               ///< opened before anything runs; empty: a new one
   std::string save;                  ///< where the drawing is saved at the end; empty: nowhere
+  std::string plot;                  ///< where the drawing is plotted when all is done; empty: nowhere
 };
 
 /// 0 when all commands did their work, 1 when something failed. Results go to standard output, messages to

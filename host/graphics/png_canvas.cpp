@@ -102,8 +102,7 @@ class PngCanvas : public KvGrCanvas {
     if (!cairo_) return;
     cairo_save(cairo_.get());
     ++clips_;
-    if (isInverted)
-      cairo_rectangle(cairo_.get(), -kLargest, -kLargest, 4.0 * kLargest, 4.0 * kLargest);
+    if (isInverted) cairo_rectangle(cairo_.get(), -kLargest, -kLargest, 4.0 * kLargest, 4.0 * kLargest);
     const int count = static_cast<int>(points.size());
     if (count > 0) outline(points.data(), &count, 1);
     cairo_clip(cairo_.get());
@@ -124,7 +123,8 @@ class PngCanvas : public KvGrCanvas {
       static_cast<std::string*>(to)->append(reinterpret_cast<const char*>(data), length);
       return CAIRO_STATUS_SUCCESS;
     };
-    if (cairo_surface_write_to_png_stream(surface_.get(), write, &bytes) == CAIRO_STATUS_SUCCESS) return bytes;
+    if (cairo_surface_write_to_png_stream(surface_.get(), write, &bytes) == CAIRO_STATUS_SUCCESS)
+      return bytes;
     error = "the picture could not be packed";
     return {};
   }

@@ -11,7 +11,7 @@ namespace {
 using kvgr::microns;
 using kvgr::put;
 
-constexpr double kThinnest = 0.05;  // mm
+constexpr double kThinnest = 0.05;    // mm
 constexpr double kGlyphUnits = 1000;  // for one capital's height
 /// A path grows no longer than this, so that readers needn't hold it whole.
 constexpr std::size_t kLongestPath = 1 << 16;
@@ -30,7 +30,8 @@ class SvgCanvas : public KvGrCanvas {
     put(out_, microns(height));
     out_ += "\">\n<rect width=\"100%\" height=\"100%\" fill=\"";
     color(background);
-    out_ += "\"/>\n<g fill=\"none\" stroke-linecap=\"round\" stroke-linejoin=\"round\" fill-rule=\"evenodd\">\n";
+    out_ +=
+        "\"/>\n<g fill=\"none\" stroke-linecap=\"round\" stroke-linejoin=\"round\" fill-rule=\"evenodd\">\n";
   }
 
   void endPage() override {

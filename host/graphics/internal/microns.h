@@ -11,7 +11,9 @@ namespace kvgr {
 inline constexpr double kFarthest = 1e6;  // mm
 
 inline std::int64_t microns(double millimetres) {
-  const double clamped = millimetres > kFarthest ? kFarthest : millimetres < -kFarthest ? -kFarthest : millimetres;
+  const double clamped = millimetres > kFarthest    ? kFarthest
+                         : millimetres < -kFarthest ? -kFarthest
+                                                    : millimetres;
   return std::llround(clamped * 1000);
 }
 

@@ -1,0 +1,74 @@
+#pragma once
+// From what entities draw to a page.
+#include <unordered_map>
+#include <unordered_set>
+
+#include "host/database/tracer.h"
+#include "host/graphics/canvas.h"
+#include "host/graphics/dashes.h"
+#include "host/graphics/plot.h"
+
+namespace kvgr {
+
+/// How dashes and layers of one view are taken.
+struct ViewLook {
+  KvGeMatrix3d toPage;   ///< from the world to millimetres on the page
+  double dashScale = 1;  ///< millimetres for a linetype's unit
+  KvGeBox3d visible;     ///< on the page
+  std::unordered_set<KvDbObjectId> frozenLayers;
+};
+
+class PlotTracer : public KvGiTracer {
+ public:
+  PlotTracer(KvDbDatabase& database, const KvPlotOptions& options, const ViewLook& look, KvGrCanvas& canvas);
+
+ protected:
+  void stroke(const KvGePoint3d* points, int count) override;
+  void fill(const KvGiArea& area) override;
+  bool strokeConic(const KvGePoint3d& center, const KvGeVector3d& u, const KvGeVector3d& v, double start,
+                   double sweep) override;
+  bool takeText(const KvGeMatrix3d& toWorld, const KvGiTextLook& look, const CString& text) override;
+  bool beginClip(const std::vector<KvGePoint2d>& outline, bool isInverted) override;
+  void endClip() override;
+  void adjustLayer(KvDbObjectId layer, KvGiLayerLook& look) const override;
+
+ private:
+  struct Pattern {
+    KvGrDashes dashes;
+    const KvDbLinetypeTableRecord* record = nullptr;
+    bool hasTexts = false;
+  };
+  const Pattern* patternOf(KvDbObjectId linetype, double scale);
+  void strokeFlat(std::span<const KvGePoint2d> points, bool isCurve);
+  void drawSign(const KvDbLinetypeDash& dash, const KvGrDashPlace& place, double scale);
+  KvGrPen pen();
+  std::uint32_t color();
+
+  const KvPlotOptions& options_;
+  const ViewLook& look_;
+  KvGrCanvas& canvas_;
+  std::vector<KvGePoint2d> flat_;
+  std::unordered_map<KvDbObjectId, Pattern> patterns_;
+  double patternScale_ = 0;
+};
+
+/// The box of what shows, by a transform.
+class BoxTracer : public KvGiTracer {
+ public:
+  BoxTracer(KvDbDatabase& database, const KvPlotOptions& options);
+  const KvGeBox3d& box() const { return box_; }
+  bool isOutlineOnly() const override { return true; }
+
+ protected:
+  void stroke(const KvGePoint3d* points, int count) override;
+  void fill(const KvGiArea& area) override;
+  bool strokeConic(const KvGePoint3d& center, const KvGeVector3d& u, const KvGeVector3d& v, double start,
+                   double sweep) override;
+  void adjustLayer(KvDbObjectId layer, KvGiLayerLook& look) const override;
+
+ private:
+  const KvPlotOptions& options_;
+  KvGeBox3d box_;
+};
+
+}  // namespace kvgr
