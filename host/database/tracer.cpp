@@ -65,6 +65,9 @@ double KvGiTracer::deviation(const KvGePoint3d&) const {
 bool KvGiTracer::strokeConic(const KvGePoint3d&, const KvGeVector3d&, const KvGeVector3d&, double, double) {
   return false;
 }
+bool KvGiTracer::strokeSegments(const KvGePoint3d*, const unsigned char*, int) {
+  return false;
+}
 bool KvGiTracer::takeText(const KvGeMatrix3d&, const KvGiTextLook&, const CString&) {
   return false;
 }

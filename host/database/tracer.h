@@ -77,6 +77,9 @@ class KvGiTracer : public KvGiWorldDraw, private KvGiGeometry, private KvGiSubEn
   /// as a stroke. Not called while a clip boundary cuts.
   virtual bool strokeConic(const KvGePoint3d& center, const KvGeVector3d& u, const KvGeVector3d& v,
                            double start, double sweep);
+  /// A row of lines and cubic curves in world coordinates: a start, then one point or three for each by its
+  /// degree (1 or 3). False: it comes as a stroke. Not called while a clip boundary cuts.
+  virtual bool strokeSegments(const KvGePoint3d* poles, const unsigned char* degrees, int count);
   /// One line of text, from its own coordinates (the base line's start at 0, capitals 1 high before the
   /// look's height applies) to the world; true: the sink has taken it. By default it comes as areas.
   virtual bool takeText(const KvGeMatrix3d& toWorld, const KvGiTextLook& look, const CString& text);
@@ -182,6 +185,7 @@ class KvGiTracer : public KvGiWorldDraw, private KvGiGeometry, private KvGiSubEn
   void fillWorld(std::vector<KvGePoint3d>& points, std::vector<int>& counts);
   void conic(const KvGePoint3d& center, const KvGeVector3d& u, const KvGeVector3d& v, double start,
              double sweep, KvGiArcType type);
+  bool strokeExactly(const KvGiPath& path, const KvGeMatrix3d& toModel);
   void endless(const KvGePoint3d& base, const KvGeVector3d& direction, bool isBothWays);
   void drawGlyphs(const KvGeMatrix3d& toWorld, const KvGiTextLook& look, const CString& text);
 
@@ -205,4 +209,5 @@ class KvGiTracer : public KvGiWorldDraw, private KvGiGeometry, private KvGiSubEn
   std::vector<KvGePoint3d> scratch_, outline_;
   std::vector<KvGePoint2d> flat_;
   std::vector<int> outlineCounts_;
+  std::vector<unsigned char> degrees_;
 };

@@ -157,6 +157,17 @@ bool KvGiTracer::polyPolygon(int outlines, const int* counts, const KvGePoint3d*
   return isStopped_;
 }
 
+bool KvGiTracer::strokeExactly(const KvGiPath& path, const KvGeMatrix3d& toModel) {
+  if (std::none_of(path.vertices, path.vertices + path.count, [](const auto& v) { return v.bulge != 0; }))
+    return false;
+  kvdb::segmentsOfPath(path, flat_, degrees_);
+  const KvGeMatrix3d map = isIdentity_ ? toModel : transforms_.back() * toModel;
+  outline_.clear();
+  for (KvGePoint2d p : flat_) outline_.push_back(map * KvGePoint3d(p.x, p.y, path.elevation));
+  return areDrawable(outline_.data(), outline_.size()) &&
+         strokeSegments(outline_.data(), degrees_.data(), static_cast<int>(degrees_.size()));
+}
+
 bool KvGiTracer::path(const KvGiPath& path) {
   if (path.count <= 0 || !path.vertices || !isShown()) return isStopped_;
   const KvGeMatrix3d toModel = KvGeMatrix3d::planeToWorld(path.normal);
@@ -178,10 +189,14 @@ bool KvGiTracer::path(const KvGiPath& path) {
     }
     return isStopped_;
   }
+  isLinetypeContinuous_ = path.isLinetypeContinuous;
+  if (!isCut() && strokeExactly(path, toModel)) {
+    isLinetypeContinuous_ = false;
+    return isStopped_;
+  }
   kvdb::flattenPath(path, step, flat_);
   outline_.clear();
   for (KvGePoint2d p : flat_) add(p);
-  isLinetypeContinuous_ = path.isLinetypeContinuous;
   strokeModel(outline_.data(), static_cast<int>(outline_.size()));
   isLinetypeContinuous_ = false;
   return isStopped_;

@@ -32,8 +32,9 @@ class KvGrCanvas {
 
   /// One point is a dot of the pen's width.
   virtual void stroke(const KvGePoint2d* points, int count, const KvGrPen& pen) = 0;
-  /// A row of cubic curves: a start, then three points for each.
-  virtual void strokeCurves(const KvGePoint2d* points, int count, const KvGrPen& pen, bool isClosed) = 0;
+  /// A row of lines and cubic curves: a start, then one point or three for each by its degree (1 or 3).
+  virtual void strokeCurves(const KvGePoint2d* poles, const unsigned char* degrees, int count,
+                            const KvGrPen& pen, bool isClosed) = 0;
   /// Outlines by the even-odd rule.
   virtual void fill(const KvGePoint2d* points, const int* counts, int outlines, std::uint32_t rgb) = 0;
   virtual void glyph(const KvLtGlyph& glyph, const KvGrMatrix& place, std::uint32_t rgb) = 0;

@@ -61,7 +61,9 @@ std::uint32_t kvgrTableColor(int index) {
 std::uint32_t kvgrPaperColor(const KvCmEntityColor& color, std::uint32_t background, bool isMonochrome) {
   const std::uint32_t foreground = isDark(background) ? 0xFFFFFF : 0x000000;
   if (isMonochrome) return foreground;
-  if (color.colorMethod() == KvCmEntityColor::kByColor) return color.rgb();
+  // White that was drawn on black would be lost on paper.
+  if (color.colorMethod() == KvCmEntityColor::kByColor)
+    return color.rgb() == background ? foreground : color.rgb();
   const int index = color.colorIndex();
   return index == kForeground || index < 1 || index > 255 ? foreground : kvgrTableColor(index);
 }

@@ -8,6 +8,7 @@
 /// five degrees of brightness, full and half saturated; 250 to 255 greys.
 std::uint32_t kvgrTableColor(int index);
 
-/// A resolved colour on a background: 7 is black on light and white on dark ones. `isMonochrome`: everything
+/// A resolved colour on a background: 7, and what would not show against it, is black on light
+/// and white on dark ones. `isMonochrome`: everything
 /// in black, or in white on dark.
 std::uint32_t kvgrPaperColor(const KvCmEntityColor& color, std::uint32_t background, bool isMonochrome);

@@ -69,13 +69,13 @@ class PdfCanvas : public KvGrCanvas {
     for (int i = 1; i < count; ++i) point(points[i], "l\n");
   }
 
-  void strokeCurves(const KvGePoint2d* points, int count, const KvGrPen& pen, bool isClosed) override {
+  void strokeCurves(const KvGePoint2d* poles, const unsigned char* degrees, int count, const KvGrPen& pen,
+                    bool isClosed) override {
     setPen(pen);
-    point(points[0], "m\n");
-    for (int i = 1; i + 2 < count; i += 3) {
-      point(points[i], "");
-      point(points[i + 1], "");
-      point(points[i + 2], "c\n");
+    point(*poles++, "m\n");
+    for (int i = 0; i < count; ++i) {
+      for (int k = 1; k < degrees[i]; ++k) point(*poles++, "");
+      point(*poles++, degrees[i] == 1 ? "l\n" : "c\n");
     }
     if (isClosed) page_ += "h\n";
   }

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "host/base/wcmatch.h"
 #include "host/database/database.h"
+#include "host/database/header.h"
 #include "host/entities/textstyle.h"
 #include "host/graphics/colors.h"
 #include "host/lettering/line.h"
@@ -153,7 +155,18 @@ bool PlotTracer::strokeConic(const KvGePoint3d& center, const KvGeVector3d& u, c
     c = nextC;
     s = nextS;
   }
-  canvas_.strokeCurves(flat_.data(), static_cast<int>(flat_.size()), pen(), std::fabs(sweep) >= kvge::kTwoPi);
+  degrees_.assign(static_cast<std::size_t>(parts), 3);
+  canvas_.strokeCurves(flat_.data(), degrees_.data(), parts, pen(), std::fabs(sweep) >= kvge::kTwoPi);
+  return true;
+}
+
+bool PlotTracer::strokeSegments(const KvGePoint3d* poles, const unsigned char* degrees, int count) {
+  if (!style().linetype.isNull()) return false;
+  flat_.clear();
+  std::size_t total = 1;
+  for (int i = 0; i < count; ++i) total += degrees[i];
+  for (std::size_t i = 0; i < total; ++i) flat_.push_back(kvge::planar(poles[i]));
+  canvas_.strokeCurves(flat_.data(), degrees, count, pen(), false);
   return true;
 }
 
@@ -190,7 +203,14 @@ void PlotTracer::endClip() {
 }
 
 BoxTracer::BoxTracer(KvDbDatabase& database, const KvPlotOptions& options)
-    : KvGiTracer(&database), options_(options) {}
+    : KvGiTracer(&database), options_(options) {
+  // What the drawing says of its size is good enough to tell how fine its curves have to be.
+  constexpr double kShare = 1e-4, kGreatest = 1e10;
+  const KvGePoint3d low = database.header().point(L"$EXTMIN"), high = database.header().point(L"$EXTMAX");
+  const double size = std::hypot(high.x - low.x, high.y - low.y);
+  const bool isSound = high.x > low.x && high.y > low.y && size < kGreatest;
+  setDeviation(isSound ? size * kShare : kDeviation);
+}
 
 void BoxTracer::stroke(const KvGePoint3d* points, int count) {
   for (int i = 0; i < count; ++i) box_.add(points[i]);
@@ -202,14 +222,32 @@ void BoxTracer::fill(const KvGiArea& area) {
 }
 bool BoxTracer::strokeConic(const KvGePoint3d& center, const KvGeVector3d& u, const KvGeVector3d& v,
                             double start, double sweep) {
-  if (std::fabs(sweep) < kvge::kTwoPi) return false;
-  for (double sign : {1.0, -1.0}) {
-    const KvGeVector3d reach(std::hypot(u.x, v.x), std::hypot(u.y, v.y), std::hypot(u.z, v.z));
-    box_.add(center + reach * sign);
-  }
-  static_cast<void>(start);
+  const auto add = [&](double t) { box_.add(center + u * std::cos(t) + v * std::sin(t)); };
+  add(start);
+  add(start + sweep);
+  if (sweep < 0) start += std::exchange(sweep, -sweep);
+  for (double top : {std::atan2(v.x, u.x), std::atan2(v.y, u.y)})
+    for (double t : {top, top + kvge::kPi})
+      if (kvge::normalizedAngle(t - start) <= sweep) add(t);
   return true;
 }
+
+bool BoxTracer::strokeSegments(const KvGePoint3d* poles, const unsigned char* degrees, int count) {
+  constexpr int kParts = 8;  // of a curve of at most an eighth of a turn: within 3e-4 of its radius
+  for (int i = 0; i < count; ++i) {
+    box_.add(poles[0]);
+    for (int k = 1; degrees[i] == 3 && k < kParts; ++k) {
+      const double t = static_cast<double>(k) / kParts, s = 1 - t;
+      const KvGeVector3d sum = poles[0].asVector() * (s * s * s) + poles[1].asVector() * (3 * s * s * t) +
+                               poles[2].asVector() * (3 * s * t * t) + poles[3].asVector() * (t * t * t);
+      box_.add(KvGePoint3d::kOrigin + sum);
+    }
+    poles += degrees[i];
+  }
+  box_.add(*poles);
+  return true;
+}
+
 void BoxTracer::adjustLayer(KvDbObjectId layer, KvGiLayerLook& look) const {
   if (!isPlottable(layer) || !isPlotted(layer, options_)) look.isHidden = true;
 }

@@ -54,12 +54,17 @@ class PngCanvas : public KvGrCanvas {
     for (int i = 1; i < count; ++i) lineTo(points[i]);
     paint(pen);
   }
-  void strokeCurves(const KvGePoint2d* points, int count, const KvGrPen& pen, bool isClosed) override {
+  void strokeCurves(const KvGePoint2d* poles, const unsigned char* degrees, int count, const KvGrPen& pen,
+                    bool isClosed) override {
     if (!cairo_) return;
-    moveTo(points[0]);
-    for (int i = 1; i + 2 < count; i += 3)
-      cairo_curve_to(cairo_.get(), x(points[i]), y(points[i]), x(points[i + 1]), y(points[i + 1]),
-                     x(points[i + 2]), y(points[i + 2]));
+    moveTo(*poles++);
+    for (int i = 0; i < count; poles += degrees[i], ++i) {
+      if (degrees[i] == 1)
+        lineTo(poles[0]);
+      else
+        cairo_curve_to(cairo_.get(), x(poles[0]), y(poles[0]), x(poles[1]), y(poles[1]), x(poles[2]),
+                       y(poles[2]));
+    }
     if (isClosed) cairo_close_path(cairo_.get());
     paint(pen);
   }

@@ -55,16 +55,18 @@ class SvgCanvas : public KvGrCanvas {
     for (int i = 1; i < count; ++i) step(points[i], i > 1);
   }
 
-  void strokeCurves(const KvGePoint2d* points, int count, const KvGrPen& pen, bool isClosed) override {
+  void strokeCurves(const KvGePoint2d* poles, const unsigned char* degrees, int count, const KvGrPen& pen,
+                    bool isClosed) override {
     begin(pen);
-    moveTo(points[0]);
-    path_ += 'c';
-    for (int i = 1; i + 2 < count; i += 3) {
+    moveTo(*poles++);
+    for (int i = 0; i < count; ++i) {
+      const bool isNew = i == 0 || degrees[i] != degrees[i - 1];
+      if (isNew) path_ += degrees[i] == 1 ? 'l' : 'c';
       const std::int64_t fromX = x_, fromY = y_;
-      for (int k = 0; k < 3; ++k) {
+      for (int k = 0; k < degrees[i]; ++k) {
         x_ = fromX;
         y_ = fromY;
-        step(points[i + k], i > 1 || k > 0);
+        step(*poles++, !isNew || k > 0);
       }
     }
     if (isClosed) path_ += 'z';

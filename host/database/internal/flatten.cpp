@@ -115,6 +115,34 @@ void flattenPath(const KvGiPath& path, double deviation, std::vector<KvGePoint2d
   }
 }
 
+void segmentsOfPath(const KvGiPath& path, std::vector<KvGePoint2d>& poles,
+                    std::vector<unsigned char>& degrees) {
+  poles.clear();
+  degrees.clear();
+  if (path.count <= 0) return;
+  poles.push_back(path.vertices[0].point);
+  const int segments = path.isClosed ? path.count : path.count - 1;
+  for (int i = 0; i < segments; ++i) {
+    const KvGePoint2d to = path.vertices[(i + 1) % path.count].point;
+    BulgeArc arc;
+    if (path.vertices[i].bulge == 0 || !bulgeArc(path.vertices[i].point, to, path.vertices[i].bulge, arc)) {
+      poles.push_back(to);
+      degrees.push_back(1);
+      continue;
+    }
+    const int parts = std::max(1, static_cast<int>(std::ceil(std::fabs(arc.sweep) / (kvge::kPi / 4) - 1e-9)));
+    const double step = arc.sweep / parts, handle = 4.0 / 3 * std::tan(step / 4) * arc.radius;
+    for (int k = 1; k <= parts; ++k) {
+      const double a = arc.start + step * (k - 1), b = a + step;
+      const KvGePoint2d end = k == parts ? to : onArc(arc, arc.radius, b);
+      poles.push_back(poles.back() + KvGeVector2d(-std::sin(a), std::cos(a)) * handle);
+      poles.push_back(end + KvGeVector2d(std::sin(b), -std::cos(b)) * handle);
+      poles.push_back(end);
+      degrees.push_back(3);
+    }
+  }
+}
+
 void widenPath(const KvGiPath& path, double deviation, std::vector<std::vector<KvGePoint2d>>& outlines) {
   std::vector<Segment> segments;
   const int count = path.isClosed ? path.count : path.count - 1;

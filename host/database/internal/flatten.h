@@ -36,6 +36,11 @@ bool bulgeArc(KvGePoint2d from, KvGePoint2d to, double bulge, BulgeArc& arc);
 /// The middle line of a path, in the plane's coordinates. A closed path ends where it begins.
 void flattenPath(const KvGiPath& path, double deviation, std::vector<KvGePoint2d>& points);
 
+/// The middle line as lines and cubic curves of at most an eighth of a turn (within 4e-6 of the radius): a
+/// start, then one or three points for each degree.
+void segmentsOfPath(const KvGiPath& path, std::vector<KvGePoint2d>& poles,
+                    std::vector<unsigned char>& degrees);
+
 /// The areas that the widths of a path cover: outlines in the plane's coordinates, each closed. Corners of
 /// straight segments are mitred as long as the mitre stays short.
 void widenPath(const KvGiPath& path, double deviation, std::vector<std::vector<KvGePoint2d>>& outlines);

@@ -27,6 +27,7 @@ class PlotTracer : public KvGiTracer {
   void fill(const KvGiArea& area) override;
   bool strokeConic(const KvGePoint3d& center, const KvGeVector3d& u, const KvGeVector3d& v, double start,
                    double sweep) override;
+  bool strokeSegments(const KvGePoint3d* poles, const unsigned char* degrees, int count) override;
   bool takeText(const KvGeMatrix3d& toWorld, const KvGiTextLook& look, const CString& text) override;
   bool beginClip(const std::vector<KvGePoint2d>& outline, bool isInverted) override;
   void endClip() override;
@@ -48,6 +49,7 @@ class PlotTracer : public KvGiTracer {
   const ViewLook& look_;
   KvGrCanvas& canvas_;
   std::vector<KvGePoint2d> flat_;
+  std::vector<unsigned char> degrees_;
   std::unordered_map<KvDbObjectId, Pattern> patterns_;
   double patternScale_ = 0;
 };
@@ -64,6 +66,7 @@ class BoxTracer : public KvGiTracer {
   void fill(const KvGiArea& area) override;
   bool strokeConic(const KvGePoint3d& center, const KvGeVector3d& u, const KvGeVector3d& v, double start,
                    double sweep) override;
+  bool strokeSegments(const KvGePoint3d* poles, const unsigned char* degrees, int count) override;
   void adjustLayer(KvDbObjectId layer, KvGiLayerLook& look) const override;
 
  private:
