@@ -43,6 +43,13 @@ std::uint32_t hilbert(std::uint32_t x, std::uint32_t y) {
   return d;
 }
 
+/// Whether what references and texts show may depend on the object: entities of blocks, blocks, styles.
+bool changesOthers(const KvDbObject& object) {
+  return object.isKindOf(KvDbEntity::desc()) || object.isKindOf(KvDbBlockTableRecord::desc()) ||
+         object.isKindOf(KvDbTextStyleTableRecord::desc()) ||
+         object.isKindOf(KvDbDimStyleTableRecord::desc());
+}
+
 PackedTree::Box joined(const PackedTree::Box& a, const PackedTree::Box& b) {
   return {std::min(a.x0, b.x0), std::min(a.y0, b.y0), std::max(a.x1, b.x1), std::max(a.y1, b.y1)};
 }
@@ -171,17 +178,24 @@ void SpatialIndex::build() {
   tree_.build(std::move(boxes));
 }
 
+void SpatialIndex::loosen(std::uint32_t number) {
+  Item& item = items_[number];
+  if (item.loose < 0) {
+    item.loose = static_cast<std::int32_t>(loose_.size());
+    loose_.push_back({number, true, {}});
+  }
+  Loose& loose = loose_[static_cast<std::size_t>(item.loose)];
+  KvGeBox3d box;
+  loose.isEndless = !boxOf(item, box);
+  if (!loose.isEndless) loose.box = PackedTree::boxOf(box);
+}
+
 void SpatialIndex::takeChanges() {
-  if (isBuilt_ && loose_.size() + endless_.size() / 64 > kMostLoose + items_.size() / 16) isBuilt_ = false;
+  if (isBuilt_ && loose_.size() > kMostLoose + items_.size() / 32) isBuilt_ = false;
   if (!isBuilt_) {
     build();
     return;
   }
-  const auto loosen = [&](std::uint32_t number) {
-    if (items_[number].isLoose) return;
-    items_[number].isLoose = true;
-    loose_.push_back(number);
-  };
   std::vector<KvDbStub*> changed;
   changed.swap(changed_);
   for (KvDbStub* stub : changed) {
@@ -194,15 +208,14 @@ void SpatialIndex::takeChanges() {
     const KvDbObjectId owner = stub->object->ownerId();
     if (owner == block_ && KvDbEntity::cast(stub->object)) {
       byStub_.emplace(stub, static_cast<std::uint32_t>(items_.size()));
-      items_.push_back({stub, false, true});
+      items_.push_back({stub, -1, true});
       loosen(static_cast<std::uint32_t>(items_.size() - 1));
       continue;
     }
     found = owner.isNull() ? byStub_.end() : byStub_.find(owner.stub());
     if (found != byStub_.end())
       loosen(found->second);  // a vertex, an attribute
-    else if (stub->object->isKindOf(KvDbEntity::desc()) ||
-             stub->object->isKindOf(KvDbSymbolTableRecord::desc()))
+    else if (changesOthers(*stub->object))
       haveCompositesChanged_ = true;
   }
   if (!haveCompositesChanged_) return;
@@ -213,17 +226,15 @@ void SpatialIndex::takeChanges() {
 
 std::vector<KvDbObjectId> SpatialIndex::query(const KvGeBox3d& box) {
   takeChanges();
+  const PackedTree::Box wanted = PackedTree::boxOf(box);
   std::vector<std::uint32_t> found;
-  tree_.query(PackedTree::boxOf(box), found);
+  tree_.query(wanted, found);
   for (std::uint32_t& number : found) number = treeItems_[number];
-  std::erase_if(found, [&](std::uint32_t number) { return items_[number].isLoose; });
-  for (const std::uint32_t number : loose_) {
-    KvGeBox3d own;
-    if (items_[number].stub->isErased) continue;
-    if (!boxOf(items_[number], own) || own.meetsXY(box)) found.push_back(number);
-  }
+  std::erase_if(found, [&](std::uint32_t number) { return items_[number].loose >= 0; });
+  for (const Loose& loose : loose_)
+    if (loose.isEndless || loose.box.meets(wanted)) found.push_back(loose.item);
   for (const std::uint32_t number : endless_)
-    if (!items_[number].isLoose) found.push_back(number);
+    if (items_[number].loose < 0) found.push_back(number);
   std::sort(found.begin(), found.end());
   std::vector<KvDbObjectId> ids;
   ids.reserve(found.size());

@@ -56,11 +56,18 @@ class SpatialIndex : public KvDbChangeObserver {
  private:
   struct Item {
     KvDbStub* stub;
-    bool isLoose = false;      // its box in the tree isn't good any more
+    std::int32_t loose = -1;   // its place beside the tree, when its box there isn't good any more
     bool isComposite = false;  // what it shows comes from elsewhere: a block, a style
+  };
+  struct Loose {
+    std::uint32_t item;
+    bool isEndless;
+    PackedTree::Box box;
   };
   void build();
   void takeChanges();
+  /// Puts an item beside the tree, with its box as it is now.
+  void loosen(std::uint32_t number);
   bool boxOf(const Item& item, KvGeBox3d& box) const;
 
   KvDbDatabase& database_;
@@ -69,7 +76,8 @@ class SpatialIndex : public KvDbChangeObserver {
   bool haveCompositesChanged_ = false;
   std::vector<Item> items_;  // in drawing order
   std::unordered_map<const KvDbStub*, std::uint32_t> byStub_;
-  std::vector<std::uint32_t> treeItems_, endless_, loose_;
+  std::vector<std::uint32_t> treeItems_, endless_;
+  std::vector<Loose> loose_;
   std::vector<KvDbStub*> changed_;
   PackedTree tree_;
 };
