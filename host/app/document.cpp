@@ -49,6 +49,38 @@ Kvad::ErrorStatus KvApDocManager::unlockDocument(KvApDocument* document) {
   return Kvad::eOk;
 }
 
+Kvad::ErrorStatus KvApDocManager::setUndoMark(const wchar_t*) {
+  return current_ ? Kvad::eOk : Kvad::eNoDocument;
+}
+
+Kvad::ErrorStatus KvApDocManager::beginUndoGroup() {
+  if (!current_) return Kvad::eNoDocument;
+  KvDbUndoRecorder& undo = current_->database()->undoRecorder();
+  undo.beginGroup();
+  undo.setSavePoint();
+  ++current_->openUndoGroups_;
+  return Kvad::eOk;
+}
+
+Kvad::ErrorStatus KvApDocManager::undoGroup() {
+  if (!current_) return Kvad::eNoDocument;
+  if (current_->openUndoGroups_ == 0) return Kvad::eNothingHappened;
+  --current_->openUndoGroups_;
+  KvDbDatabase& database = *current_->database();
+  database.undoRecorder().rollBack();
+  database.undoRecorder().endGroup(database.undoRecording());
+  return Kvad::eOk;
+}
+
+void KvApDocManager::closeUndoGroups(KvApDocument* document) {
+  if (!has(document)) return;
+  KvDbDatabase& database = *document->database();
+  for (; document->openUndoGroups_ > 0; --document->openUndoGroups_) {
+    database.undoRecorder().releaseSavePoint();
+    database.undoRecorder().endGroup(database.undoRecording());
+  }
+}
+
 KvApDocument* KvApDocManager::add(std::unique_ptr<KvDbDatabase> database, CString fileName) {
   documents_.push_back(std::make_unique<KvApDocument>(std::move(database), std::move(fileName)));
   setCurDocument(documents_.back().get());

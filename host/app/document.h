@@ -43,6 +43,7 @@ class KvApDocument {
   std::unique_ptr<KvDbDatabase> database_;
   CString fileName_;
   int lockCount_ = 0;
+  int openUndoGroups_ = 0;
 };
 
 /// Walks the open drawings in the order of their opening. Opening or closing one while walking ends the walk.
@@ -78,6 +79,16 @@ class KvApDocManager {
                                  bool prompt = true);
   /// eNoDocument, eNotLocked.
   Kvad::ErrorStatus unlockDocument(KvApDocument* document);
+
+  /// The beginning of a group of changes that can be taken back as a whole: first a mark with a text for lists
+  /// of steps (no list is kept here), then the group. Groups nest. One that is still open is closed with the
+  /// command that began it, and its changes stay. eNoDocument.
+  Kvad::ErrorStatus setUndoMark(const wchar_t* text);
+  Kvad::ErrorStatus beginUndoGroup();
+  /// Takes the newest open group back. eNoDocument, eNothingHappened when none is open.
+  Kvad::ErrorStatus undoGroup();
+  /// For the host: the command that ran in a document has ended.
+  void closeUndoGroups(KvApDocument* document);
 
   /// Takes a drawing over and makes it the current one.
   KvApDocument* add(std::unique_ptr<KvDbDatabase> database, CString fileName);

@@ -136,12 +136,17 @@ KvHostApp::KvHostApp(KvHostOptions options) : state_(std::make_unique<State>(opt
   // What one command changes is one step of undo, in the drawing that was current when it began.
   state_->editor.onCommandStarted = [this] {
     state_->stepDocument = state_->documents.curDocument();
-    if (state_->stepDocument) state_->stepDocument->database()->undoRecorder().beginGroup();
+    if (!state_->stepDocument) return;
+    state_->documents.closeUndoGroups(state_->stepDocument);
+    state_->stepDocument->database()->undoRecorder().beginGroup();
   };
   state_->editor.onCommandEnded = [this](KvEdOutcome) {
     // The command may have closed the drawing that it began in.
     for (auto all = state_->documents.newKvApDocumentIterator(); !all->done(); all->step())
-      if (all->document() == state_->stepDocument) all->document()->database()->undoRecorder().endGroup();
+      if (all->document() == state_->stepDocument) {
+        state_->documents.closeUndoGroups(state_->stepDocument);
+        all->document()->database()->undoRecorder().endGroup();
+      }
     state_->stepDocument = nullptr;
   };
 

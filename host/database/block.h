@@ -97,8 +97,13 @@ class KvDbBlockTableRecord : public KvDbSymbolTableRecord {
   bool explodable_ = true;
 };
 
+/// A record added under a name of an asterisk and a letter ("*U") gets the next free number behind it.
 class KvDbBlockTable : public KvDbSymbolTable {
   KVRX_DECLARE(KvDbBlockTable)
  public:
   const KvRxClass* recordClass() const override { return KvDbBlockTableRecord::desc(); }
+
+ protected:
+  bool acceptsName(KvDbSymbolTableRecord& record) const override;
+  void recordAdded(KvDbSymbolTableRecord& record) override;
 };

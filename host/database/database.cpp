@@ -1,6 +1,7 @@
 #include "host/database/database.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "host/base/context.h"
 #include "host/database/block.h"
@@ -179,6 +180,29 @@ KvDbObjectId KvDbDatabase::referenceTo(KvDbHandle handle) {
   if (handle.isNull()) return {};
   KvDbStub* stub = byHandle_.find(handle.value());
   return KvDbObjectId(stub ? stub : &newStub(handle.value()));
+}
+
+bool KvDbDatabase::isReferenced(KvDbObjectId id) const {
+  KvDbObjectIdArray ids;
+  ids.append(id);
+  purge(ids);
+  return ids.isEmpty();
+}
+
+void KvDbDatabase::purge(KvDbObjectIdArray& ids) const {
+  std::unordered_set<KvDbObjectId> unneeded(ids.begin(), ids.end());
+  for (const KvDbStub* stub : placed_) {
+    if (unneeded.empty()) break;
+    if (stub->isErased) continue;
+    KvDbReferenceFiler references;
+    stub->object->dwgOutFields(references);
+    for (const auto& found : references.found())
+      if (found.reference == KvDbReference::HardPointer && found.id.stub() != stub) unneeded.erase(found.id);
+  }
+  KvDbObjectIdArray left;
+  for (KvDbObjectId id : ids)
+    if (unneeded.contains(id)) left.append(id);
+  ids = left;
 }
 
 std::uint64_t KvDbDatabase::savedHandleSeed() const {

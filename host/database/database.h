@@ -114,6 +114,10 @@ class KvDbDatabase {
   /// All ids that bear an object, erased ones included, in the order of their making.
   std::vector<KvDbObjectId> allObjects() const;
   std::size_t objectCount() const { return placed_.size(); }
+  /// Whether an object that isn't erased needs this one. Looks at every object of the drawing.
+  bool isReferenced(KvDbObjectId id) const;
+  /// Takes those ids out that something needs, counting what an id of the array itself needs as needed.
+  void purge(KvDbObjectIdArray& ids) const;
   /// The object added last of those that a test on its stub accepts; null when there is none.
   template <class Test>
   KvDbObjectId newest(const Test& test) const {
@@ -198,6 +202,13 @@ class KvDbDatabase {
   bool tilemode() const;
   Kvad::ErrorStatus setTilemode(bool isModel);
   bool isApplicationKnown(const CString& name) const { return !recordId(KvDbTable::RegApp, name).isNull(); }
+
+  /// The content of a drawing file, strictly read, into a drawing made without default content; the last three
+  /// arguments are for the signature. Statuses of kvdbReadDrawing (host/io/drawing_file.h, where both stand).
+  Kvad::ErrorStatus readDwgFile(const wchar_t* file, int share = 1, bool convertCodePage = false,
+                                const wchar_t* password = nullptr);
+  /// In the form that goes with the name; whole or not at all. Statuses of kvdbSaveDrawing.
+  Kvad::ErrorStatus saveAs(const wchar_t* file) const;
 
   KvDbFileExtras& extras() { return extras_; }
   const KvDbFileExtras& extras() const { return extras_; }

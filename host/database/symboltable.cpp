@@ -74,12 +74,17 @@ Kvad::ErrorStatus KvDbSymbolTable::add(KvDbObjectId& id, KvDbSymbolTableRecord* 
   if (!database()) return Kvad::eNotInDatabase;
   if (!isWriteEnabled()) return Kvad::eNotOpenForWrite;
   if (!record->isKindOf(recordClass())) return Kvad::eNotThatKindOfClass;
-  if (!kvdbIsSymbolName(record->getName().view())) return Kvad::eInvalidName;
+  if (!acceptsName(*record)) return Kvad::eInvalidName;
   if (has(record->getName())) return Kvad::eDuplicateRecordName;
   assertWriteEnabled();
   id = database()->addObject(record, objectId());
   addAsRead(*record);
+  recordAdded(*record);
   return Kvad::eOk;
+}
+
+bool KvDbSymbolTable::acceptsName(KvDbSymbolTableRecord& record) const {
+  return kvdbIsSymbolName(record.getName().view());
 }
 
 void KvDbSymbolTable::dxfOutHead(KvDxfWriter& writer) const {

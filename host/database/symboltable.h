@@ -68,6 +68,12 @@ class KvDbSymbolTable : public KvDbObject {
   /// The next look-up builds the index of names anew, after records changed behind the table's back.
   void forgetIndex() { indexIsValid_ = false; }
 
+ protected:
+  /// Whether a record may be added under its name; a table may give it another one.
+  virtual bool acceptsName(KvDbSymbolTableRecord& record) const;
+  /// The record is in the drawing and open for write.
+  virtual void recordAdded(KvDbSymbolTableRecord&) {}
+
  private:
   friend class KvDbSymbolTableRecord;
   Kvad::ErrorStatus rename(KvDbSymbolTableRecord& record, const CString& name);

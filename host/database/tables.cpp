@@ -1,5 +1,7 @@
 #include "host/database/tables.h"
 
+#include "host/database/database.h"
+
 KVRX_DEFINE(KvDbLayerTableRecord, KvDbSymbolTableRecord, L"LAYER")
 KVRX_DEFINE(KvDbLayerTable, KvDbSymbolTable, L"")
 KVRX_DEFINE(KvDbLinetypeTableRecord, KvDbSymbolTableRecord, L"LTYPE")
@@ -60,6 +62,13 @@ void KvDbLayerTableRecord::setIsOff(bool off) {
 void KvDbLayerTableRecord::setIsPlottable(bool plottable) {
   assertWriteEnabled();
   isPlottable_ = plottable;
+}
+
+Kvad::ErrorStatus KvDbLayerTableRecord::subErase(bool erasing) {
+  if (!erasing || !database()) return Kvad::eOk;
+  const KvDbDatabase& drawing = *database();
+  const bool isNeeded = objectId() == drawing.layerZero();
+  return isNeeded || drawing.isReferenced(objectId()) ? Kvad::eCannotBeErased : Kvad::eOk;
 }
 
 void KvDbLayerTableRecord::setFlag(int flag, bool on) {

@@ -40,6 +40,8 @@ class KvDbLayerTableRecord : public KvDbSymbolTableRecord {
   void setIsPlottable(bool plottable);
 
  protected:
+  /// eCannotBeErased for layer 0 and for one that an entity is on.
+  Kvad::ErrorStatus subErase(bool erasing) override;
   const wchar_t* fileMarker() const override { return L"AcDbLayerTableRecord"; }
 
  private:

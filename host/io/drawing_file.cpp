@@ -5,6 +5,7 @@
 #include "host/io/internal/dxf_reader.h"
 #include "host/io/internal/dxf_writer.h"
 #include "platform/files/files.h"
+#include "platform/files/paths.h"
 #include "platform/text/codepage.h"
 
 namespace {
@@ -138,4 +139,17 @@ Kvad::ErrorStatus kvdbSaveDrawing(const KvDbDatabase& database, const std::files
   const auto status = platform::writeFile(path, kvdbFormatDrawing(database, options));
   if (!status) report.error = messageOf(platform::wideFromUtf8(status.message()));
   return statusOf(status);
+}
+
+Kvad::ErrorStatus KvDbDatabase::readDwgFile(const wchar_t* file, int, bool, const wchar_t*) {
+  if (!file || !*file) return Kvad::eFileNotFound;
+  KvIoReport report;
+  return kvdbReadDrawing(*this, platform::toNative(file), report);
+}
+
+Kvad::ErrorStatus KvDbDatabase::saveAs(const wchar_t* file) const {
+  if (!file || !*file) return Kvad::eFileAccessErr;
+  KvIoReport report;
+  const std::filesystem::path path = platform::toNative(file);
+  return kvdbSaveDrawing(*this, path, report, kvdbSaveOptionsFor(path));
 }
