@@ -160,6 +160,7 @@ class KvGiTracer : public KvGiWorldDraw, private KvGiGeometry, private KvGiSubEn
             const KvGiTextLook& look, const CString& text) override;
   bool pline(const KvDbPolyline& polyline, int from, int count) override;
   bool path(const KvGiPath& path) override;
+  bool segments(const KvGePoint3d* poles, const unsigned char* degrees, int count) override;
   bool polypoint(int count, const KvGePoint3d* points) override;
   bool shell(int points, const KvGePoint3d* vertices, int faceListSize, const std::int32_t* faces) override;
   bool mesh(int rows, int columns, const KvGePoint3d* vertices) override;

@@ -202,6 +202,23 @@ bool KvGiTracer::path(const KvGiPath& path) {
   return isStopped_;
 }
 
+bool KvGiTracer::segments(const KvGePoint3d* poles, const unsigned char* degrees, int count) {
+  if (!poles || !degrees || count <= 0 || !isShown()) return isStopped_;
+  std::size_t total = 1;
+  for (int i = 0; i < count; ++i) total += degrees[i];
+  outline_.clear();
+  for (std::size_t i = 0; i < total; ++i) outline_.push_back(toWorld(poles[i]));
+  if (!areDrawable(outline_.data(), total)) return isStopped_;
+  if (!isCut() && strokeSegments(outline_.data(), degrees, count)) return isStopped_;
+  scratch_.clear();
+  kvdb::flattenSegments(outline_.data(), degrees, count, deviation_, scratch_);
+  // A curve has no corners for its dashes to begin at.
+  isLinetypeContinuous_ = true;
+  strokeWorld(scratch_.data(), static_cast<int>(scratch_.size()));
+  isLinetypeContinuous_ = false;
+  return isStopped_;
+}
+
 bool KvGiTracer::pline(const KvDbPolyline& polyline, int from, int count) {
   KvGiPath whole;
   const std::vector<KvGiPathVertex> vertices = kvgiVerticesOf(polyline, from, count, whole);

@@ -22,3 +22,10 @@ bool KvGiGeometry::path(const KvGiPath& path) {
   for (KvGePoint2d p : flat) points.push_back(toModel * KvGePoint3d(p.x, p.y, path.elevation));
   return polyline(static_cast<int>(points.size()), points.data(), &path.normal);
 }
+
+bool KvGiGeometry::segments(const KvGePoint3d* poles, const unsigned char* degrees, int count) {
+  if (!poles || !degrees || count <= 0) return false;
+  std::vector<KvGePoint3d> points;
+  kvdb::flattenSegments(poles, degrees, count, kPlainDeviation, points);
+  return polyline(static_cast<int>(points.size()), points.data());
+}

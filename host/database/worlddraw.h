@@ -141,6 +141,9 @@ class KvGiGeometry {
   virtual bool pline(const KvDbPolyline& polyline, int from = 0, int count = 0) = 0;
   /// The same of a path that is no polyline of a drawing. By default its middle line, as a polyline.
   virtual bool path(const KvGiPath& path);
+  /// A row of lines and cubic curves: a start, then one point or three for each by its degree (1 or 3). By
+  /// default a polyline.
+  virtual bool segments(const KvGePoint3d* poles, const unsigned char* degrees, int count);
   /// Strokes of a curve of class KvGeCurve3d come as polylines; this one is for exact sinks that want the
   /// spline itself. By default it is reduced by the sink.
   virtual bool polypoint(int count, const KvGePoint3d* points) = 0;

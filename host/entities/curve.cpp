@@ -407,8 +407,37 @@ void kvdbFlatten(const KvGeCurve3d& curve, const KvGiWorldDraw& draw, std::vecto
   }
 }
 
+namespace {
+
+/// A spline of whole cubic pieces, as lines and cubic curves; false when it isn't one.
+bool cubicsOf(const KvGeCurve3d& curve, std::vector<KvGePoint3d>& poles,
+              std::vector<unsigned char>& degrees) {
+  if (curve.kind() != KvGeCurve3d::kNurb) return false;
+  for (int i = 0; i < curve.spanCount(); ++i) {
+    const kvge::Span span = curve.span(i);
+    const bool isWhole = span.low == span.knotLow && span.high == span.knotHigh;
+    if (span.kind != kvge::SpanKind::kBezier || (span.degree != 3 && span.degree != 1) || !isWhole)
+      return false;
+    for (int k = 0; k <= span.degree; ++k) {
+      const double* pole = span.poles + 4 * k;
+      if (std::fabs(pole[3] - 1) > 1e-12) return false;
+      if (k > 0 || i == 0) poles.push_back({pole[0], pole[1], pole[2]});
+    }
+    degrees.push_back(static_cast<unsigned char>(span.degree));
+  }
+  return !degrees.empty();
+}
+
+}  // namespace
+
 void kvdbDrawCurve(const KvGeCurve3d& curve, KvGiWorldDraw& draw) {
   std::vector<KvGePoint3d> points;
+  std::vector<unsigned char> degrees;
+  if (cubicsOf(curve, points, degrees)) {
+    draw.geometry().segments(points.data(), degrees.data(), static_cast<int>(degrees.size()));
+    return;
+  }
+  points.clear();
   kvdbFlatten(curve, draw, points);
   if (!points.empty()) draw.geometry().polyline(static_cast<int>(points.size()), points.data());
 }

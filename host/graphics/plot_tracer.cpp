@@ -233,7 +233,7 @@ bool BoxTracer::strokeConic(const KvGePoint3d& center, const KvGeVector3d& u, co
 }
 
 bool BoxTracer::strokeSegments(const KvGePoint3d* poles, const unsigned char* degrees, int count) {
-  constexpr int kParts = 8;  // of a curve of at most an eighth of a turn: within 3e-4 of its radius
+  constexpr int kParts = 16;  // within a thousandth of what the curve bends
   for (int i = 0; i < count; ++i) {
     box_.add(poles[0]);
     for (int k = 1; degrees[i] == 3 && k < kParts; ++k) {

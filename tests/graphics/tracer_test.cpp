@@ -325,6 +325,25 @@ TEST_F(TracerTest, WidePathsCoverTheirWidth) {
   EXPECT_NEAR(recorder.filledArea(), 40 + M_PI * 10, 1e-3);
 }
 
+TEST_F(TracerTest, CubicCurvesKeepTheDeviation) {
+  // A quarter of a circle of radius 100, and a line.
+  constexpr double kHandle = 55.22847498307936;
+  const KvGePoint3d poles[] = {{100, 0, 0}, {100, kHandle, 0}, {kHandle, 100, 0}, {0, 100, 0}, {-50, 100, 0}};
+  const unsigned char degrees[] = {3, 1};
+  Sketch curve([&](KvGiWorldDraw& draw) { draw.geometry().segments(poles, degrees, 2); });
+  for (double deviation : {1.0, 0.05}) {
+    Recorder own(&drawing);
+    own.setDeviation(deviation);
+    own.trace(&curve);
+    ASSERT_EQ(own.strokes.size(), 1u);
+    const auto& points = own.strokes[0].points;
+    for (std::size_t i = 1; i + 1 < points.size(); ++i)
+      EXPECT_GE(kvge::midpoint(points[i - 1], points[i]).distanceTo({0, 0, 0}), 100 - deviation);
+    EXPECT_EQ(points.back(), poles[4]);
+    EXPECT_LT(points.size(), 60u) << "and no more chords than that takes";
+  }
+}
+
 TEST_F(TracerTest, EndlessLinesAreCutAtTheBox) {
   KvGeBox3d box;
   box.add({0, 0, 0});

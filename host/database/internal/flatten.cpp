@@ -85,6 +85,31 @@ void flattenConic(const KvGePoint3d& center, const KvGeVector3d& u, const KvGeVe
   }
 }
 
+void flattenSegments(const KvGePoint3d* poles, const unsigned char* degrees, int count, double deviation,
+                     std::vector<KvGePoint3d>& points) {
+  points.push_back(poles[0]);
+  for (int i = 0; i < count; poles += degrees[i], ++i) {
+    if (degrees[i] == 1) {
+      points.push_back(poles[1]);
+      continue;
+    }
+    // Second differences bound how far the curve leaves n chords: 6 |d| / 8 / n^2.
+    const KvGeVector3d first = (poles[2] - poles[1]) - (poles[1] - poles[0]);
+    const KvGeVector3d second = (poles[3] - poles[2]) - (poles[2] - poles[1]);
+    const double bend = std::sqrt(std::max(first.lengthSqrd(), second.lengthSqrd()));
+    const double wanted = std::sqrt(0.75 * bend / std::max(deviation, 1e-300));
+    const int chords = static_cast<int>(std::clamp(std::ceil(wanted), 1.0, static_cast<double>(kMostChords)));
+    for (int k = 1; k < chords; ++k) {
+      const double t = static_cast<double>(k) / chords, s = 1 - t;
+      const double a = s * s * s, b = 3 * s * s * t, c = 3 * s * t * t, d = t * t * t;
+      points.push_back({a * poles[0].x + b * poles[1].x + c * poles[2].x + d * poles[3].x,
+                        a * poles[0].y + b * poles[1].y + c * poles[2].y + d * poles[3].y,
+                        a * poles[0].z + b * poles[1].z + c * poles[2].z + d * poles[3].z});
+    }
+    points.push_back(poles[3]);
+  }
+}
+
 bool bulgeArc(KvGePoint2d from, KvGePoint2d to, double bulge, BulgeArc& arc) {
   // Flatter than this the arc's height is lost in the chord's last digits.
   constexpr double kFlat = 1e-12;

@@ -25,6 +25,10 @@ inline int chordCount(double radius, double sweep, double deviation) {
 void flattenConic(const KvGePoint3d& center, const KvGeVector3d& u, const KvGeVector3d& v, double start,
                   double sweep, double deviation, bool withFirst, std::vector<KvGePoint3d>& points);
 
+/// Adds the points of lines and cubic curves (see KvGiGeometry::segments), the first one included.
+void flattenSegments(const KvGePoint3d* poles, const unsigned char* degrees, int count, double deviation,
+                     std::vector<KvGePoint3d>& points);
+
 /// An arc of a bulged segment.
 struct BulgeArc {
   KvGePoint2d center;
