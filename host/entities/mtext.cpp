@@ -202,7 +202,10 @@ Kvad::ErrorStatus KvDbMText::transformBy(const KvGeMatrix3d& matrix) {
   if (!isLength(area) || !isLength(length)) return Kvad::eDegenerateGeometry;
   assertWriteEnabled();
   const double scale = area / length;
-  const KvGeVector3d moved = matrix * normal_;
+  KvGeVector3d moved = matrix * normal_;
+  // A half turn about a line in the plane is a mirror for those who look from above.
+  const bool isHalfTurn = across.dotProduct(normal_) < 0 && moved.isParallelTo(normal_);
+  if (isHalfTurn && !kvdbMirrText(database())) moved = normal_ * moved.length();
   const bool isMirrored = across.dotProduct(moved) < 0;
   location_ = matrix * location_;
   normal_ = across / (isMirrored ? -area : area);

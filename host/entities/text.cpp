@@ -293,15 +293,18 @@ Kvad::ErrorStatus KvDbText::transformBy(const KvGeMatrix3d& matrix) {
   const double area = across.length();
   if (!(area > 0) || !std::isfinite(area)) return Kvad::eDegenerateGeometry;
   assertWriteEnabled();
-  // Seen from the side to which the old normal goes, a mirrored text runs the wrong way round.
-  const KvGeVector3d moved = matrix * normal_;
+  const bool mirrorWriting = kvdbMirrText(database());
+  // Seen from the side to which the old normal goes, a mirrored text runs the wrong way round. A half turn
+  // about a line in the plane is a mirror too for those who look from above.
+  KvGeVector3d moved = matrix * normal_;
+  const bool isHalfTurn = across.dotProduct(normal_) < 0 && moved.isParallelTo(normal_);
+  if (isHalfTurn && !mirrorWriting) moved = normal_ * moved.length();
   const bool isMirrored = across.dotProduct(moved) < 0;
   const KvGeVector3d normal = across / (isMirrored ? -area : area);
   KvGeVector3d newAlong = x;
   KvGePoint3d start = matrix * position();
   KvGePoint3d alignment = matrix * alignmentPoint();
   if (isMirrored) {
-    const bool mirrorWriting = kvdbMirrText(database());
     // Backwards from a turned direction, or upside down along the image of the old one: whichever is nearer
     // to how the text stood.
     const bool isTurned = x.dotProduct(plane * along) < 0;
