@@ -1,5 +1,7 @@
 #include "host/database/tables.h"
 
+#include <algorithm>
+
 #include "host/database/database.h"
 
 KVRX_DEFINE(KvDbLayerTableRecord, KvDbSymbolTableRecord, L"LAYER")
@@ -224,4 +226,17 @@ bool KvDbLinetypeTableRecord::dxfInGroup(const KvDxfGroup& group, std::wstring_v
     default:
       return false;
   }
+}
+
+void KvDbDimStyleTableRecord::setVariables(const std::vector<KvDbStoredGroup>& groups) {
+  assertWriteEnabled();
+  std::vector<KvDxfGroup> views;
+  for (const KvDbStoredGroup& group : groups) views.push_back(group.view());
+  auto& sections = editUnknownSections();
+  const auto own = std::find_if(sections.begin(), sections.end(),
+                                [&](const KvDbUnknownSection& s) { return s.marker.view() == fileMarker(); });
+  if (own == sections.end())
+    sections.push_back({KvDbSharedText(fileMarker()), KvDbGroupList(views)});
+  else
+    own->groups = KvDbGroupList(views);
 }

@@ -139,6 +139,10 @@ class KvDbTextStyleTable : public KvDbSymbolTable {
 /// A dimension style. Its variables are kept group by group.
 class KvDbDimStyleTableRecord : public KvDbSymbolTableRecord {
   KVRX_DECLARE(KvDbDimStyleTableRecord)
+ public:
+  /// Replaces the variables' groups.
+  void setVariables(const std::vector<KvDbStoredGroup>& groups);
+
  protected:
   const wchar_t* fileMarker() const override { return L"AcDbDimStyleTableRecord"; }
 };

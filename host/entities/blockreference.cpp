@@ -6,6 +6,7 @@
 #include "host/database/block.h"
 #include "host/database/database.h"
 #include "host/database/dictionary.h"
+#include "host/entities/attribute.h"
 #include "host/entities/curve.h"
 #include "host/entities/internal/spatialfilter.h"
 
@@ -44,13 +45,8 @@ class OpenBlock {
 
 /// The definition of an attribute shows in a reference only when every reference has the same text.
 bool isSeenInReference(const KvDbEntity& entity) {
-  constexpr int kFlags = 70, kConstant = 2;
-  if (entity.fileTypeView() != L"ATTDEF") return true;
-  for (const KvDbUnknownSection& section : entity.unknownSections())
-    if (section.marker.view() == L"AcDbAttributeDefinition")
-      for (const KvDxfGroup& group : section.groups)
-        if (group.code == kFlags) return (group.integer & kConstant) != 0;
-  return false;
+  const auto* definition = KvDbAttributeDefinition::cast(&entity);
+  return !definition || definition->isConstant();
 }
 
 }  // namespace
