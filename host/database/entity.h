@@ -137,6 +137,8 @@ class KvDbProxyEntity : public KvDbEntity {
   void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
                     KvDxfResolver& resolver) override;
   void dxfInEnd(KvDxfResolver& resolver) override;
+  /// What can be drawn of types that are not modelled: the block of a table, the frame of an image.
+  bool subWorldDraw(KvGiWorldDraw* draw) override;
   std::unique_ptr<KvDbObject> makeSame() const override;
 
  private:

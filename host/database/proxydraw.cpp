@@ -1,0 +1,85 @@
+// What is seen of entities that the host doesn't model.
+#include "host/database/block.h"
+#include "host/database/database.h"
+#include "host/geometry/matrix.h"
+
+namespace {
+
+const KvDbGroupList* sectionOf(const KvDbEntity& entity, std::wstring_view marker) {
+  for (const KvDbUnknownSection& section : entity.unknownSections())
+    if (section.marker.view() == marker) return &section.groups;
+  return nullptr;
+}
+
+const KvDbBlockTableRecord* blockNamed(const KvDbDatabase* drawing, const CString& name) {
+  const KvDbObjectId id = drawing ? drawing->recordId(KvDbTable::Block, name) : KvDbObjectId();
+  return id.isValid() ? KvDbBlockTableRecord::cast(id.stub()->object) : nullptr;
+}
+
+/// A table shows the block that its groups name, at its place.
+bool drawTable(const KvDbEntity& table, KvGiGeometry& geometry) {
+  constexpr int kMostNested = 8;  // a table in its own block would never end
+  thread_local int nested = 0;
+  const KvDbGroupList* place = sectionOf(table, L"AcDbBlockReference");
+  if (!place || nested >= kMostNested) return false;
+  CString name;
+  KvGePoint3d position;
+  for (const KvDxfGroup& group : *place) {
+    if (group.code == 2) name = CString(group.text);
+    if (group.code == 10) position = group.point;
+  }
+  KvGeVector3d along = KvGeVector3d::kXAxis;
+  if (const KvDbGroupList* own = sectionOf(table, L"AcDbTable"))
+    for (const KvDxfGroup& group : *own)
+      if (group.code == 11 && !group.point.asVector().isZeroLength()) along = group.point.asVector().normal();
+  const KvDbBlockTableRecord* block = blockNamed(table.database(), name);
+  if (!block) return false;
+  ++nested;
+  KvGeMatrix3d transform;
+  transform.setCoordSystem(position, along, KvGeVector3d::kZAxis.crossProduct(along).normal(),
+                           KvGeVector3d::kZAxis);
+  geometry.pushModelTransform(transform * KvGeMatrix3d::translation(-block->origin().asVector()));
+  for (KvDbObjectId id : block->entities())
+    if (KvDbEntity* entity = KvDbEntity::cast(id.stub()->object)) geometry.draw(entity);
+  geometry.popModelTransform();
+  --nested;
+  return true;
+}
+
+/// An image, or a wipeout: the outline that is clipped out of it, in its pixels; else the whole frame.
+bool drawFrame(const KvDbGroupList& groups, KvGiGeometry& geometry) {
+  KvGePoint3d origin, size(1, 1, 0);
+  KvGeVector3d u = KvGeVector3d::kXAxis, v = KvGeVector3d::kYAxis;
+  std::vector<KvGePoint3d> corners;
+  for (const KvDxfGroup& group : groups) {
+    if (group.code == 10) origin = group.point;
+    if (group.code == 11) u = group.point.asVector();
+    if (group.code == 12) v = group.point.asVector();
+    if (group.code == 13) size = group.point;
+    if (group.code == 14) corners.push_back(group.point);
+  }
+  constexpr double kHalf = 0.5;  // pixels are counted from their middles
+  if (corners.size() < 2) corners = {{-kHalf, -kHalf, 0}, {size.x - kHalf, size.y - kHalf, 0}};
+  if (corners.size() == 2) {
+    const KvGePoint3d a = corners[0], b = corners[1];
+    corners = {a, {b.x, a.y, 0}, b, {a.x, b.y, 0}};
+  }
+  // Rows of pixels run downwards.
+  for (KvGePoint3d& corner : corners)
+    corner = origin + u * (corner.x + kHalf) + v * (size.y - corner.y - kHalf);
+  corners.push_back(corners.front());
+  geometry.polyline(static_cast<int>(corners.size()), corners.data());
+  return true;
+}
+
+}  // namespace
+
+bool KvDbProxyEntity::subWorldDraw(KvGiWorldDraw* draw) {
+  const std::wstring_view type = fileTypeView();
+  if (type == L"ACAD_TABLE") return drawTable(*this, draw->geometry());
+  const wchar_t* marker = type == L"IMAGE"     ? L"AcDbRasterImage"
+                          : type == L"WIPEOUT" ? L"AcDbWipeout"
+                                               : nullptr;
+  const KvDbGroupList* groups = marker ? sectionOf(*this, marker) : nullptr;
+  return groups && drawFrame(*groups, draw->geometry());
+}
