@@ -6,6 +6,7 @@
 
 #include "host/app/internal/module_loader.h"
 #include "host/base/context.h"
+#include "host/commands/command_table.h"
 #include "host/database/block.h"
 #include "host/database/dictionary.h"
 #include "host/editor/selection.h"
@@ -133,6 +134,7 @@ KvHostApp::KvHostApp(KvHostOptions options) : state_(std::make_unique<State>(opt
   state_->registry.atPut(L"DynamicLinker", &state_->modules);
   state_->registry.atPut(L"ACRX_REGISTERED_COMMANDS", &state_->editor.commands());
 
+  kvcmdRegister(state_->editor.commands());
   // What one command changes is one step of undo, in the drawing that was current when it began.
   state_->editor.onCommandStarted = [this] {
     state_->stepDocument = state_->documents.curDocument();

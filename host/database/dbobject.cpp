@@ -422,6 +422,12 @@ void KvDbObject::removePersistentReactor(KvDbObjectId id) {
 // --- Objects that the host doesn't model
 // ---------------------------------------------------------------------------------------
 
+std::unique_ptr<KvDbObject> KvDbProxyObject::makeSame() const {
+  if (isA() != desc())
+    if (auto known = KvDbObject::makeSame()) return known;
+  return std::make_unique<KvDbProxyObject>(type_);
+}
+
 void KvDbProxyObject::dwgOutFields(KvDbDwgFiler& filer) const {
   KvDbObject::dwgOutFields(filer);
   filer.writeString(CString(type_.view()));

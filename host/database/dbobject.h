@@ -178,7 +178,7 @@ class KvDbProxyObject : public KvDbObject {
   void dwgInFields(KvDbDwgFiler& filer) override;
   void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
                     KvDxfResolver& resolver) override;
-  std::unique_ptr<KvDbObject> makeSame() const override { return std::make_unique<KvDbProxyObject>(type_); }
+  std::unique_ptr<KvDbObject> makeSame() const override;
   /// For repairs: the value of the first kept group of a code, a handle, behind a marker; nothing when there
   /// is none.
   std::optional<std::int64_t> handleBehind(std::wstring_view marker, int code) const;

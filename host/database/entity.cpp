@@ -211,6 +211,8 @@ void KvDbProxyEntity::dxfInEnd(KvDxfResolver& resolver) {
 }
 
 std::unique_ptr<KvDbObject> KvDbProxyEntity::makeSame() const {
+  if (isA() != desc())
+    if (auto known = KvDbEntity::makeSame()) return known;
   return std::make_unique<KvDbProxyEntity>(type_);
 }
 

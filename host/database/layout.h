@@ -17,7 +17,6 @@ class KvDbLayout : public KvDbProxyObject {
   KvDbLayout() : KvDbProxyObject(CString(L"LAYOUT")) {}
   /// With the settings of a fresh A3 sheet, landscape, in millimetres.
   static std::unique_ptr<KvDbLayout> make(const CString& name, int tabOrder);
-  std::unique_ptr<KvDbObject> makeSame() const override { return std::make_unique<KvDbLayout>(); }
 
   CString getLayoutName() const { return text(kLayoutMarker, 1); }
   void setLayoutName(const CString& name) { setText(kLayoutMarker, 1, name); }

@@ -66,6 +66,8 @@ class KvEdEditor {
   /// The running commands' names, the outermost first, put together.
   CString commandNames() const;
   bool isCommandRunning() const { return !frames_.empty(); }
+  /// How many commands run inside one another.
+  int runningCommands() const { return static_cast<int>(frames_.size()); }
   /// Flags of the command that is running now; 0 when there is none.
   int runningFlags() const;
 

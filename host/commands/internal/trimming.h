@@ -1,0 +1,19 @@
+#pragma once
+// Cutting curves at other objects, for TRIM and its kin.
+#include <vector>
+
+#include "host/commands/internal/support.h"
+#include "host/entities/curve.h"
+
+namespace kvcmd {
+
+/// Where other objects meet a curve, seen along the user system's Z axis: parameters of the curve, in order.
+std::vector<double> crossingParams(const KvDbCurve& curve, const KvDbObjectIdArray& edges,
+                                   KvDb::Intersect type);
+/// Takes the part of a curve away on which a point (world) lies, up to the nearest edges on both sides. False
+/// when no edge cuts it.
+bool trimAt(KvDbObjectId id, const KvGePoint3d& picked, const KvDbObjectIdArray& edges);
+/// Puts an entity into the block of another one, with that one's layer, colour and the like.
+KvDbObjectId addBeside(KvDbObjectId original, std::unique_ptr<KvDbEntity> entity);
+
+}  // namespace kvcmd
