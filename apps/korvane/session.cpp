@@ -16,6 +16,8 @@ namespace korvane {
 namespace {
 
 constexpr const wchar_t* kProductModules[] = {L"MekCore.kvx", L"KmTools.kvx"};
+/// Layers and styles by standard; without it the toolkit falls back to plain ones.
+constexpr const wchar_t* kSymbolModule = L"KmSymbb.kvx";
 
 void showError(const CString& text) {
   std::cerr << "korvane: " << platform::utf8From(text) << "\n";
@@ -92,6 +94,7 @@ class Session {
   }
 
   bool loadModules() {
+    if (CString error; !app_.loadModule(kSymbolModule, error)) showError(error);
     std::vector<CString> names(std::begin(kProductModules), std::end(kProductModules));
     for (const std::string& module : options_.modules) {
       // What is written with a separator is a file; a bare name is searched where the product's modules lie.

@@ -104,6 +104,10 @@ void KvDbTextStyleTableRecord::setFileName(const CString& file) {
   assertWriteEnabled();
   fontFile_ = file;
 }
+void KvDbTextStyleTableRecord::setBigFontFileName(const CString& file) {
+  assertWriteEnabled();
+  bigFontFile_ = file;
+}
 
 void KvDbLinetypeTableRecord::setAsciiDescription(const CString& text) {
   assertWriteEnabled();

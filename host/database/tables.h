@@ -117,6 +117,7 @@ class KvDbTextStyleTableRecord : public KvDbSymbolTableRecord {
   const CString& fileName() const { return fontFile_; }
   void setFileName(const CString& file);
   const CString& bigFontFileName() const { return bigFontFile_; }
+  void setBigFontFileName(const CString& file);
   bool isBackward() const { return (generation_ & 2) != 0; }
   bool isUpsideDown() const { return (generation_ & 4) != 0; }
 
