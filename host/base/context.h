@@ -8,12 +8,14 @@ class KvRxDictionary;
 class KvDbHostApplicationServices;
 class KvEdEditor;
 class KvApDocManager;
+class KvApLongTransactionManager;
 
 struct KvHostContext {
   KvRxDictionary* registry = nullptr;
   KvDbHostApplicationServices* services = nullptr;
   KvEdEditor* editor = nullptr;
   KvApDocManager* documents = nullptr;
+  KvApLongTransactionManager* longTransactions = nullptr;  // where somebody has installed one
 
   static KvHostContext& current();
 };

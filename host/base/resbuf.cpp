@@ -92,8 +92,8 @@ wchar_t* copyText(const wchar_t* text) {
 
 KvBinary copyBinary(const KvBinary& from) {
   KvBinary copy{0, nullptr};
-  if (from.clen <= 0 || !from.buf) return copy;
-  const auto size = static_cast<std::size_t>(from.clen);
+  const std::size_t size = from.size();
+  if (size == 0) return copy;
   copy.buf = static_cast<char*>(std::malloc(size));
   if (!copy.buf) return copy;
   std::memcpy(copy.buf, from.buf, size);

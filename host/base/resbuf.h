@@ -41,10 +41,12 @@ inline constexpr int RTBINARY = 5022;
 inline constexpr int RTRESBUF = 5023;
 inline constexpr int RTMODELESS = 5027;
 
-/// A counted buffer of bytes (group codes 310 to 319 and 1004).
+/// A counted buffer of bytes (group codes 310 to 319 and 1004). The length is a number of 16 bits without a
+/// sign.
 struct KvBinary {
   std::int16_t clen;
   char* buf;
+  std::size_t size() const { return buf ? static_cast<std::uint16_t>(clen) : 0; }
 };
 
 union KvUnionValue {

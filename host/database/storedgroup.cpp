@@ -8,7 +8,7 @@
 namespace {
 
 constexpr int kLastFileCode = 1071;
-constexpr int kLongestChunk = INT16_MAX;
+constexpr int kLongestChunk = UINT16_MAX;
 
 void setBinary(resbuf& node, const CString& bytes) {
   const int size = std::min(bytes.GetLength(), kLongestChunk);
@@ -191,7 +191,7 @@ bool kvdbStoredGroupOf(const resbuf& node, KvDbStoredGroup& group) {
       group.integer = node.resval.rlname[0];
       return true;
     case KvRbKind::Binary:
-      for (int i = 0; i < node.resval.rbinary.clen; ++i)
+      for (std::size_t i = 0; i < node.resval.rbinary.size(); ++i)
         group.text += static_cast<wchar_t>(static_cast<unsigned char>(node.resval.rbinary.buf[i]));
       return true;
     default:
