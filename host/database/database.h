@@ -187,7 +187,10 @@ class KvDbDatabase {
   KvDb::LineWeight celweight() const;
   Kvad::ErrorStatus setCelweight(KvDb::LineWeight weight);
   KvDbObjectId dimstyle() const;
+  /// Its variables become the current ones as well.
   Kvad::ErrorStatus setDimstyle(KvDbObjectId id);
+  /// The current dimension variables become those of a style; which style is current stays.
+  Kvad::ErrorStatus setDimstyleData(KvDbObjectId id);
   KvDbObjectId textstyle() const;
   Kvad::ErrorStatus setTextstyle(KvDbObjectId id);
   double ltscale() const;

@@ -251,7 +251,8 @@ KvDbObjectId KvDbDatabase::dimstyle() const {
   return id.isValid() ? id : recordId(KvDbTable::DimStyle, L"Standard");
 }
 Kvad::ErrorStatus KvDbDatabase::setDimstyle(KvDbObjectId id) {
-  return header().setRecord(L"$DIMSTYLE", KvDbTable::DimStyle, id);
+  const Kvad::ErrorStatus status = header().setRecord(L"$DIMSTYLE", KvDbTable::DimStyle, id);
+  return status == Kvad::eOk ? setDimstyleData(id) : status;
 }
 KvDbObjectId KvDbDatabase::textstyle() const {
   const KvDbObjectId id = header().record(L"$TEXTSTYLE", KvDbTable::TextStyle);

@@ -59,6 +59,12 @@ resbuf* nodeOf(const KvDbStoredGroup& group, const KvDbDatabase* database) {
   return node;
 }
 
+/// Of references that no class knows the code tells what they mean: 340 to 349 is needed, others may go.
+KvDbReference referenceOf(int code) {
+  constexpr int kFirstHard = 340, kLastHard = 349;
+  return code >= kFirstHard && code <= kLastHard ? KvDbReference::HardPointer : KvDbReference::SoftPointer;
+}
+
 void writeGroup(KvDbDwgFiler& filer, const KvDxfGroup& group, const KvDbObject& owner) {
   filer.writeInt16(group.code);
   filer.writeUInt8(static_cast<std::uint8_t>(group.kind));
@@ -76,7 +82,7 @@ void writeGroup(KvDbDwgFiler& filer, const KvDxfGroup& group, const KvDbObject& 
       const KvDbHandle handle(static_cast<std::uint64_t>(group.integer));
       filer.writeInt64(group.integer);
       filer.writeId(owner.database() ? owner.database()->idFromHandle(handle) : KvDbObjectId(),
-                    KvDbReference::SoftPointer);
+                    referenceOf(group.code));
       break;
     }
     default:
@@ -100,7 +106,7 @@ void readGroup(KvDbDwgFiler& filer, KvDbStoredGroup& group) {
       break;
     case KvDxfKind::Handle: {
       group.integer = filer.readInt64();
-      const KvDbObjectId id = filer.readId(KvDbReference::SoftPointer);
+      const KvDbObjectId id = filer.readId(referenceOf(group.code));
       if (!id.isNull()) group.integer = static_cast<std::int64_t>(id.handle().value());
       break;
     }

@@ -264,6 +264,7 @@ void defineSpecial(KvEdSysVars& variables) {
       KvDbDatabase* database = drawing();
       if (!database) return false;
       const KvDbObjectId id = database->recordId(row.table, std::get<CString>(value));
+      if (row.table == KvDbTable::DimStyle) return database->setDimstyle(id) == Kvad::eOk;
       return id.isValid() &&
              database->header().setRecord(L"$" + CString(row.name), row.table, id) == Kvad::eOk;
     };

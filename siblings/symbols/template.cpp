@@ -15,6 +15,9 @@ CString templatePlace(Standard standard) {
 
 std::unique_ptr<KvDbDatabase> makeTemplate(Standard standard) {
   auto drawing = std::make_unique<KvDbDatabase>(true, true);
+  constexpr int kMetric = 1, kMillimetres = 4;
+  drawing->header().setWhole(L"$MEASUREMENT", kMetric);
+  drawing->header().setWhole(L"$INSUNITS", kMillimetres);
   setStandard(*drawing, standard);
   for (const KindRow& kind : kindRows()) ensureLayer(kind.kind, *drawing, standard);
   drawing->setTextstyle(ensureTextStyle(*drawing, standard));
