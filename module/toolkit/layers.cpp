@@ -117,6 +117,14 @@ ImProPropertyConfig IM_GetPropertyConfigFromSubLayer(CString subLayer) {
   return found == table.end() ? 0 : found->second;
 }
 
+std::vector<ImProPropertyConfig> mek::subLayerKinds() {
+  std::vector<ImProPropertyConfig> kinds;
+  for (const Key& row : kSubLayers) kinds.push_back(row.config);
+  std::sort(kinds.begin(), kinds.end());
+  kinds.erase(std::unique(kinds.begin(), kinds.end()), kinds.end());
+  return kinds;
+}
+
 CString GetSysLayer(CString key, CString defaultName, bool flag) {
   const Key* row = findKey(kDrawingKeys, key.MakeUpper().view());
   return row ? IM_GetLayerName(row->config, flag) : defaultName;

@@ -11,6 +11,10 @@ using ImProPropertyConfig = int;
 
 /// The kind of a short sub-layer key ("CON1"), without regard to case; 0 for an unknown one.
 MEK_API ImProPropertyConfig IM_GetPropertyConfigFromSubLayer(CString subLayer);
+namespace mek {
+/// The kinds that sub-layer keys name, each once, in ascending order.
+MEK_API std::vector<ImProPropertyConfig> subLayerKinds();
+}  // namespace mek
 /// The layer's name for a key of the drawing code ("THICK", "HATCH"), without regard to case; `defaultName`
 /// for an unknown one.
 MEK_API CString GetSysLayer(CString key, CString defaultName, bool flag);

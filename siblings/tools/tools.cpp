@@ -10,6 +10,7 @@
 #include "siblings/tools/cli/nest_command.h"
 #include "siblings/tools/cli/pack_command.h"
 #include "siblings/tools/cli/query_command.h"
+#include "siblings/tools/drawing_commands.h"
 
 namespace {
 
@@ -59,7 +60,9 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
+    {L"KMLAYERS", layersCommand},
     {L"KMQUERY", queryCommand},
+    {L"KMXDATA", xdataCommand},
 };
 
 }  // namespace

@@ -50,3 +50,17 @@ grep -qF 'BUILD 0.1.0' <<<"$moved" || fail "a moved tree" "$moved"
 rm "$work/位置 x/tree/StartupConfig.xml"
 printf '<broken' >"$work/位置 x/tree/share/korvane/resources/messages.xml"
 "$work/位置 x/tree/bin/korvane" --command QX_ABOUT </dev/null >/dev/null || fail "a tree without its data"
+
+# The commands of KmTools about a drawing's content.
+printf '%s\n' 0 SECTION 2 TABLES 0 TABLE 2 APPID 70 1 0 APPID 2 ONE 70 0 0 ENDTAB 0 ENDSEC 0 SECTION 2 ENTITIES 0 LINE 8 0 \
+  10 0 20 0 30 0 11 9 21 9 31 0 1001 ONE 1002 '{' 1040 2.5 1002 '}' 0 ENDSEC 0 EOF >"$work/data.dxf"
+out=$(printf 'KMXDATA\n500000,500000\nL\nKMXDATA\n500000,500000\n\nKMLAYERS\nMake\nKMLAYERS\nM\nKMLAYERS\n\n' | "$korvane" "$work/data.dxf") ||
+  fail "KMXDATA and KMLAYERS" "$out"
+for text in 'Nothing was found there.' 'ONE' '1040  real            2.5' '55 layers made, 0 were there.' \
+  '0 layers made, 55 were there.' 'HIDDEN2' "55 of the standard's 55 layers"; do
+  grep -qF -- "$text" <<<"$out" || fail "KMXDATA and KMLAYERS lack $text" "$out"
+done
+cp -a "$tree" "$work/plain"
+rm "$work/plain/Professional/KVX8x64/KmSymbb.kvx"
+if out=$(printf 'KMLAYERS\nList\n' | "$work/plain/bin/korvane" 2>&1); then fail "KMLAYERS without its module gave 0" "$out"; fi
+grep -qF 'The symbol module (KmSymbb.kvx)' <<<"$out" || fail "KMLAYERS without its module" "$out"

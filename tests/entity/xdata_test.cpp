@@ -6,6 +6,7 @@
 #include "host/database/dictionary.h"
 #include "host/io/drawing_file.h"
 #include "module/toolkit/rbchains.h"
+#include "siblings/tools/xdata_listing.h"
 #include "tests/toolkit/support.h"
 
 namespace {
@@ -357,6 +358,32 @@ TEST_F(XDataTest, DeletingOneApplicationKeepsTheOthers) {
   auto* held = open<KvDbObject>(line);
   EXPECT_EQ(IM_DeleteAllXDatas(line), 0);
   held->close();
+}
+
+TEST(XDataListing, IndentsInsideBraces) {
+  const double point[3] = {1, 2.5, -3};
+  std::string bytes(40, '\x0A');
+  const KvBinary chunk{static_cast<std::int16_t>(bytes.size()), bytes.data()};
+  resbuf* chain =
+      kvutBuildList(1001, L"ONE", 1002, L"}", 1000, L"t", 1002, L"{", 1070, -5, 1002, L"{", 1040, 0.1, 1002,
+                    L"}", 1071, 70000, 1001, L"TWO", 1005, L"2B", 1011, point, 1004, chunk, 0);
+  EXPECT_EQ(formatXData(chain),
+            L"ONE\n"
+            L"  1002  brace         }\n"
+            L"  1000  text          t\n"
+            L"  1002  brace         {\n"
+            L"  1070  integer         -5\n"
+            L"  1002  brace           {\n"
+            L"  1040  real              0.1\n"
+            L"  1002  brace           }\n"
+            L"  1071  long integer    70000\n"
+            L"TWO\n"
+            L"  1005  handle        2B\n"
+            L"  1011  world point   1, 2.5, -3\n"
+            L"  1004  bytes         "
+            L"0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A0A... (40 bytes)\n");
+  kvutRelRb(chain);
+  EXPECT_TRUE(formatXData(nullptr).IsEmpty());
 }
 
 // --- Dictionaries
