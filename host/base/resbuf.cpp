@@ -1,5 +1,6 @@
 #include "host/base/resbuf.h"
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
@@ -72,14 +73,23 @@ constexpr KindRange kKinds[] = {
 };
 
 struct KindEntry {
-  bool known;
-  KvRbKind kind;
+  bool known = false;
+  KvRbKind kind = KvRbKind::None;
 };
 
-KindEntry kindOf(int restype) {
+/// The rows above, spread out: every node of every chain is looked up when it is made and freed.
+constexpr int kLowest = -5;
+constexpr auto kByCode = [] {
+  std::array<KindEntry, RTMODELESS - kLowest + 1> table{};
   for (const KindRange& range : kKinds)
-    if (restype >= range.first && restype <= range.last) return {true, range.kind};
-  return {false, KvRbKind::None};
+    for (int code = range.first; code <= range.last; ++code)
+      table[static_cast<std::size_t>(code - kLowest)] = {true, range.kind};
+  return table;
+}();
+
+KindEntry kindOf(int restype) {
+  const auto index = static_cast<std::size_t>(restype) - static_cast<std::size_t>(kLowest);
+  return index < kByCode.size() ? kByCode[index] : KindEntry{};
 }
 
 wchar_t* copyText(const wchar_t* text) {
