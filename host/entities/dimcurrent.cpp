@@ -26,6 +26,11 @@ CString headerName(const Row& row) {
   return L"$" + CString(row.name);
 }
 
+bool isInHeader(const KvDbDatabase& drawing, const CString& name) {
+  const auto* stored = drawing.extras().find(name);
+  return stored && !stored->groups.empty();
+}
+
 /// Headers spell the blocks of the standard arrows with their underscore or without it.
 KvDbObjectId namedRecord(const KvDbDatabase& drawing, const Row& row, const CString& name) {
   if (name.IsEmpty()) return {};
@@ -39,15 +44,19 @@ bool areEqual(double a, double b) {
   return std::fabs(a - b) <= kDigits * std::max(std::fabs(a), std::fabs(b));
 }
 
+/// Styles of files give the angle of jogs in degrees or in radians.
+bool isSameNumber(V variable, double current, double style) {
+  return areEqual(current, style) || (variable == V::JogAng && areEqual(kvdxfDegrees(current), style));
+}
+
 }  // namespace
 
 KvDbDimVars kvdbCurrentDimVars(const KvDbDatabase& drawing) {
   const KvDbHeader& header = drawing.header();
-  KvDbDimVars variables(header.whole(L"$MEASUREMENT") != 0);
+  KvDbDimVars variables = KvDbDimVars::ofStyle(drawing.dimstyle());
   for (const Row& row : kvdbDimVarTable()) {
     const CString name = headerName(row);
-    const auto* stored = drawing.extras().find(name);
-    if (!stored || stored->groups.empty()) continue;
+    if (!isInHeader(drawing, name)) continue;
     if (row.kind == Row::Real) variables.set(row.variable, header.real(name));
     if (row.kind == Row::Int) variables.set(row.variable, header.whole(name));
     if (row.kind == Row::Text) variables.set(row.variable, header.text(name).GetString());
@@ -58,22 +67,21 @@ KvDbDimVars kvdbCurrentDimVars(const KvDbDatabase& drawing) {
 
 void kvdbSetCurrentDimVars(KvDbDatabase& drawing, const KvDbDimVars& variables) {
   KvDbHeader& header = drawing.header();
-  const KvDbDimVars before = kvdbCurrentDimVars(drawing);
   for (const Row& row : kvdbDimVarTable()) {
     const CString name = headerName(row);
     const V variable = row.variable;
-    // What is so already isn't written, so that headers of older files don't grow.
-    if (row.kind == Row::Real && before.real(variable) != variables.real(variable))
+    // What stands there already isn't a change.
+    const bool isStored = isInHeader(drawing, name);
+    if (row.kind == Row::Real && !(isStored && header.real(name) == variables.real(variable)))
       header.setReal(name, variables.real(variable));
-    if (row.kind == Row::Int && before.whole(variable) != variables.whole(variable))
+    if (row.kind == Row::Int && !(isStored && header.whole(name) == variables.whole(variable)))
       header.setWhole(name, variables.whole(variable));
-    if (row.kind == Row::Text && before.text(variable) != variables.text(variable))
-      header.setText(name, variables.text(variable));
-    if (row.kind == Row::Reference && before.id(variable) != variables.id(variable)) {
-      CString record = kvdbRecordName(variables.id(variable));
-      if (variable == V::TxSty && record.IsEmpty()) record = L"Standard";
-      header.setText(name, record);
-    }
+    CString text = row.kind == Row::Text        ? variables.text(variable)
+                   : row.kind == Row::Reference ? kvdbRecordName(variables.id(variable))
+                                                : CString();
+    if (variable == V::TxSty && text.IsEmpty()) text = L"Standard";
+    const bool isText = row.kind == Row::Text || row.kind == Row::Reference;
+    if (isText && !(isStored && header.text(name) == text)) header.setText(name, text);
   }
 }
 
@@ -82,14 +90,16 @@ bool kvdbIsDimStyleOverridden(const KvDbDatabase& drawing) {
   const KvDbObjectId standard = drawing.recordId(KvDbTable::TextStyle, L"Standard");
   const auto idOf = [&](const KvDbDimVars& variables, V variable) {
     const KvDbObjectId id = variables.id(variable);
-    return variable == V::TxSty && id.isNull() ? standard : id;
+    if (!id.isNull() || tableOf(variable) == KvDbTable::Block) return id;
+    return variable == V::TxSty ? standard : drawing.byBlockLinetype();
   };
   for (const Row& row : kvdbDimVarTable()) {
     const V variable = row.variable;
-    const bool isSame = !isInStyles(row)             ? true
-                        : row.kind == Row::Text      ? current.text(variable) == style.text(variable)
-                        : row.kind == Row::Reference ? idOf(current, variable) == idOf(style, variable)
-                                                     : areEqual(current.real(variable), style.real(variable));
+    const bool isSame = !isInStyles(row)        ? true
+                        : row.kind == Row::Text ? current.text(variable) == style.text(variable)
+                        : row.kind == Row::Reference
+                            ? idOf(current, variable) == idOf(style, variable)
+                            : isSameNumber(variable, current.real(variable), style.real(variable));
     if (!isSame) return true;
   }
   return false;

@@ -3,7 +3,7 @@
 #include "host/database/database.h"
 #include "host/entities/dimvars.h"
 
-/// What the header says; a variable that it lacks has the default of the drawing's system of measurement.
+/// What the header says; a variable that it lacks has the value of the current style.
 /// Styles, blocks and linetypes that it names and the drawing lacks count as not given.
 KvDbDimVars kvdbCurrentDimVars(const KvDbDatabase& drawing);
 /// Makes the header say this set. Variables that headers don't hold stay out.

@@ -147,6 +147,8 @@ KvDbDimVars KvDbDimVars::ofStyle(KvDbObjectId style) {
   if (!record) return vars;
   for (const KvDbUnknownSection& section : record->unknownSections()) {
     if (section.marker.view() == L"AcDbSymbolTableRecord") continue;
+    // A record that says anything leaves out what has the value in inches, whatever the drawing's system.
+    if (!section.groups.isEmpty()) vars = KvDbDimVars(false);
     for (const KvDxfGroup& group : section.groups) {
       // 70 is the record's own flags there.
       if (group.code == 70) continue;

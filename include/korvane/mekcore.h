@@ -6,6 +6,7 @@
 #include "module/data/recordset.h"
 #include "module/data/xml_file.h"
 #include "module/nest/nester_frame.h"
+#include "module/toolkit/annotation.h"
 #include "module/toolkit/geometry.h"
 #include "module/toolkit/guards.h"
 #include "module/toolkit/layers.h"

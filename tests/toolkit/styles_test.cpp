@@ -325,6 +325,24 @@ TEST_F(DimStyles, TheCurrentSetSurvivesTheFile) {
   EXPECT_EQ(read.real(KvDbDimVar::Txt), 10);
 }
 
+TEST_F(DimStyles, RealDrawingsTellTheirOverrides) {
+  struct Row {
+    const wchar_t* file;
+    int isOverridden;
+  };
+  // Files leave out what is as in inches, give the angle of jogs in degrees, and name ByBlock or nothing.
+  for (const Row& row :
+       {Row{L"ae_r2000_ascii.dxf", 0}, Row{L"ae_r12_ascii.dxf", 0}, Row{L"allkinds_r2004_ascii.dxf", 0},
+        Row{L"groups_r2013.dxf", 0}, Row{L"table_entity_r2013.dxf", 0},
+        Row{L"sheet_parts_chute_r2000.dxf", 1}, Row{L"sheet_parts_aluminum_r2007.dxf", 1}}) {
+    KvDbDatabase side(false, true);
+    KvIoReport report;
+    ASSERT_EQ(kvdbReadDrawing(side, std::filesystem::path(KORVANE_EXAMPLES) / "drawings" / row.file, report),
+              Kvad::eOk);
+    EXPECT_EQ(IM_IsDimStyleOverrided(&side), row.isOverridden) << platform::utf8From(CString(row.file));
+  }
+}
+
 class Annotations : public Styles {
  protected:
   KvDbObjectId scale(const wchar_t* name, double paper, double units) {
