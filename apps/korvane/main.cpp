@@ -46,7 +46,7 @@ int main(int argc, char** argv) {
   app.set_version_flag("--version", "korvane 0.1.0");
   app.footer(
       "More sub-commands, each with --help: query (ask a folder of standard tables),\n"
-      "nest (lay frames out on sheets), pack (pack boxes into bins).\n"
+      "nest (lay frames out on sheets), pack (pack boxes into bins), spring (draw a spring).\n"
       "Without --script and --command it reads commands from the terminal, or from standard input.\n"
       "Exit code: 0 success, 1 the work failed, 2 wrong use.");
 
@@ -67,6 +67,9 @@ int main(int argc, char** argv) {
       ->trigger_on_parse();
   app.add_option("DRAWING", options.drawing, "The drawing to open; a new one without it")->type_name("");
   app.add_option("--save", options.save, "Save the drawing when all is done")->type_name("FILE");
+  app.add_option("--save-version", options.version, "Version of the saved file, R2000 to R2018; the drawing's own without it")
+      ->type_name("NAME")
+      ->check(CLI::IsMember({"R2000", "R2004", "R2007", "R2010", "R2013", "R2018"}, CLI::ignore_case));
   app.add_option("--plot", options.plot, "Plot the drawing then: FILE.svg, FILE.pdf or FILE.png")
       ->type_name("FILE");
   app.add_option("--module", options.modules, "Load a further module: a .kvx file, or the bare name of one")

@@ -9,7 +9,7 @@
 namespace korvane {
 namespace {
 
-constexpr std::string_view kCommands[] = {"nest", "pack", "query"};
+constexpr std::string_view kCommands[] = {"nest", "pack", "query", "spring"};
 
 }  // namespace
 

@@ -19,22 +19,6 @@ namespace fs = std::filesystem;
 constexpr int kFailed = 1, kWrongUse = 2;
 constexpr double kLeastResolution = 1, kGreatestResolution = 10000;
 
-enum class Form { Svg, Pdf, Png, Unknown };
-
-Form formOf(const std::string& file) {
-  std::string ending = fs::path(file).extension().string();
-  for (char& c : ending) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-  return ending == ".svg"   ? Form::Svg
-         : ending == ".pdf" ? Form::Pdf
-         : ending == ".png" ? Form::Png
-                            : Form::Unknown;
-}
-
-std::unique_ptr<KvGrCanvas> canvasOf(Form form, double resolution) {
-  if (form == Form::Svg) return kvgrSvgCanvas();
-  return form == Form::Pdf ? kvgrPdfCanvas() : kvgrPngCanvas(resolution);
-}
-
 void complain(const std::string& text) {
   std::cerr << "korvane: " << text << "\n";
 }
@@ -116,7 +100,7 @@ bool plotOne(const std::string& input, const std::string& output, const PlotComm
              const KvPlotOptions& options) {
   KvDbDatabase database(false);
   if (!readInput(database, input)) return false;
-  const auto canvas = canvasOf(formOf(output), command.resolution);
+  const auto canvas = kvgrCanvasFor(output, command.resolution);
   return plotOnto(database, input, options, *canvas) && finish(*canvas, output);
 }
 
@@ -149,12 +133,12 @@ int runPlot(const PlotCommandOptions& command) {
     return kWrongUse;
   }
   const bool isPattern = command.output.ends_with('/') || command.output.find("{}") != std::string::npos;
-  if (!command.output.ends_with('/') && formOf(command.output) == Form::Unknown) {
+  if (!command.output.ends_with('/') && !kvgrCanvasFor(command.output)) {
     complain("\"" + command.output + "\": the output's name ends in .svg, .pdf or .png");
     return kWrongUse;
   }
   if (!isPattern && command.inputs.size() > 1) {
-    if (formOf(command.output) == Form::Pdf) return plotPages(command, options);
+    if (fs::path(command.output).extension() == ".pdf") return plotPages(command, options);
     complain("one picture shows one drawing: name a folder (DIR/) or a pattern ({}.svg), or a PDF");
     return kWrongUse;
   }
@@ -176,13 +160,11 @@ int runPlot(const PlotCommandOptions& command) {
 }
 
 bool plotDrawing(KvDbDatabase& database, const std::string& output) {
-  const Form form = formOf(output);
-  if (form == Form::Unknown) {
-    complain("\"" + output + "\": the plot's name ends in .svg, .pdf or .png");
-    return false;
-  }
-  const auto canvas = canvasOf(form, PlotCommandOptions().resolution);
-  return plotOnto(database, output, KvPlotOptions(), *canvas) && finish(*canvas, output);
+  std::string error;
+  const bool isPlotted = kvgrPlotToFile(database, KvPlotOptions(), output, error);
+  if (const std::string warning = KvLtFace::takeWarning(); !warning.empty()) complain(warning);
+  if (!isPlotted) complain(error);
+  return isPlotted;
 }
 
 }  // namespace korvane

@@ -80,8 +80,9 @@ class Session {
 
   bool saveDrawing() {
     KvIoReport report;
-    if (kvdbSaveDrawing(*app_.documents().curDocument()->database(), options_.save, report,
-                        kvdbSaveOptionsFor(options_.save)) == Kvad::eOk)
+    KvIoSaveOptions options = kvdbSaveOptionsFor(options_.save);
+    options.version = kvdbVersionNamed(options_.version);
+    if (kvdbSaveDrawing(*app_.documents().curDocument()->database(), options_.save, report, options) == Kvad::eOk)
       return true;
     showError(report.error.text);
     return false;

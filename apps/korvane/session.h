@@ -18,6 +18,7 @@ struct SessionOptions {
   bool keepGoing = false;            ///< scripts go on after a failed command
   std::string drawing;               ///< opened before anything runs; empty: a new one
   std::string save;                  ///< where the drawing is saved at the end; empty: nowhere
+  std::string version;               ///< of the saved file ("R2018"); empty: the drawing's own
   std::string plot;                  ///< where the drawing is plotted when all is done; empty: nowhere
 };
 

@@ -100,7 +100,10 @@ void arcByEnd(const KvGePoint3d& start, const KvGePoint3d& end) {
       fail(L"The radius is smaller than half the distance of the points.");
       return;
     }
-    const double height = std::sqrt(std::max(0.0, radius * radius - half * half)) * (value > 0 ? 1 : -1);
+    // Near a half circle the root would make much of the last digit: it counts as one.
+    constexpr double kLastDigits = 1e-14;
+    const bool isHalf = radius - half <= radius * kLastDigits;
+    const double height = isHalf ? 0 : std::sqrt(radius * radius - half * half) * (value > 0 ? 1 : -1);
     const KvGePoint3d at(middle.x - height * std::sin(along), middle.y + height * std::cos(along), start.z);
     addArc(at, flatDistance(at, start), bearing(at, start), bearing(at, end));
     return;

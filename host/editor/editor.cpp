@@ -213,6 +213,7 @@ void KvEdEditor::finishInner(std::size_t firstInner) {
 }
 
 int KvEdEditor::commandS(const resbuf* arguments) {
+  if (onCommandList) onCommandList(arguments);
   std::deque<KvEdToken> tokens;
   for (const resbuf* node = arguments; node && node->restype != RTNONE; node = node->rbnext)
     tokens.push_back(tokenOf(*node));

@@ -94,6 +94,8 @@ class KvEdEditor {
   KvGePoint3d lastPoint;
   double lastAngle = 0;
 
+  /// Sees each list of kvedCommandS before it runs; null for a call without one.
+  std::function<void(const resbuf*)> onCommandList;
   /// Run when the outermost command begins, and when it has ended, with its outcome.
   std::function<void()> onCommandStarted;
   std::function<void(KvEdOutcome)> onCommandEnded;

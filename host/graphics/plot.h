@@ -1,6 +1,8 @@
 #pragma once
 // Plots: a drawing's model space, a window of it, or a layout with its viewports, to scale on a page.
 #include <cstdint>
+#include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -54,6 +56,13 @@ struct KvPlotResult {
 /// Draws one page on the canvas. Fails, with words, for an unknown layout, an empty drawing, a window without
 /// extent, a second page on a canvas that has one; nothing is begun then.
 KvPlotResult kvgrPlot(KvDbDatabase& database, const KvPlotOptions& options, KvGrCanvas& canvas);
+
+/// The form that goes with a file's name: ".svg", ".pdf", ".png" (at that many points per inch). Null for any other
+/// ending.
+std::unique_ptr<KvGrCanvas> kvgrCanvasFor(const std::filesystem::path& file, double resolution = 150);
+/// One plot as a file, whole or not at all. False, with words, for another ending and for all that kvgrPlot refuses.
+bool kvgrPlotToFile(KvDbDatabase& database, const KvPlotOptions& options, const std::filesystem::path& file,
+                    std::string& error);
 
 /// The names of the layouts, in tab order, "Model" left out.
 std::vector<CString> kvgrLayoutNames(const KvDbDatabase& database);

@@ -141,6 +141,14 @@ Kvad::ErrorStatus kvdbSaveDrawing(const KvDbDatabase& database, const std::files
   return statusOf(status);
 }
 
+KvDbFileVersion kvdbVersionNamed(std::string_view name) {
+  const CString wanted(std::wstring(name.begin(), name.end()));
+  for (int version = 1; version <= static_cast<int>(KvDbFileVersion::R2018); ++version)
+    if (wanted.CompareNoCase(kvdbVersionName(static_cast<KvDbFileVersion>(version))) == 0)
+      return static_cast<KvDbFileVersion>(version);
+  return KvDbFileVersion::Unknown;
+}
+
 Kvad::ErrorStatus KvDbDatabase::readDwgFile(const wchar_t* file, int, bool, const wchar_t*) {
   if (!file || !*file) return Kvad::eFileNotFound;
   KvIoReport report;

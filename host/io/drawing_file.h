@@ -63,3 +63,5 @@ const char* kvdbVersionCode(KvDbFileVersion version);
 /// "R2000"; "unknown".
 const wchar_t* kvdbVersionName(KvDbFileVersion version);
 KvDbFileVersion kvdbVersionFromCode(std::wstring_view code);
+/// Of a name ("R2000"), without regard to case; Unknown for any other text.
+KvDbFileVersion kvdbVersionNamed(std::string_view name);

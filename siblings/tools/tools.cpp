@@ -11,6 +11,8 @@
 #include "siblings/tools/cli/pack_command.h"
 #include "siblings/tools/cli/query_command.h"
 #include "siblings/tools/drawing_commands.h"
+#include "siblings/tools/cli/spring_command.h"
+#include "siblings/tools/springs.h"
 
 namespace {
 
@@ -26,6 +28,7 @@ constexpr SubCommand kSubCommands[] = {
     {"nest", runNestCommand},
     {"pack", runPackCommand},
     {"query", runQueryCommand},
+    {"spring", runSpringCommand},
 };
 
 /// The folder of the tables that come with the product.
@@ -63,6 +66,7 @@ constexpr Command kCommands[] = {
     {L"KMLAYERS", layersCommand},
     {L"KMQUERY", queryCommand},
     {L"KMXDATA", xdataCommand},
+    {L"KMSPRING", springCommand},
 };
 
 }  // namespace
