@@ -95,6 +95,8 @@ class Session {
   }
 
   bool loadModules() {
+    // The modules make the folders below it; where it can't be made they do without.
+    platform::createFolders(app_.environment().settingsRoot);
     if (CString error; !app_.loadModule(kSymbolModule, error)) showError(error);
     std::vector<CString> names(std::begin(kProductModules), std::end(kProductModules));
     for (const std::string& module : options_.modules) {

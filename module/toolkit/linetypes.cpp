@@ -48,11 +48,22 @@ void giveLinetype(const KvDbObjectIdArray& entities, KvDbObjectId linetype) {
   }
 }
 
+/// What can't be loaded anew stays as it was.
+void restoreRecord(KvDbObjectId id) {
+  KvDbLinetypeTableRecord* record = nullptr;
+  if (kvdbOpenObject(record, id, KvDb::kForWrite, true) != Kvad::eOk) return;
+  record->erase(false);
+  record->close();
+}
+
 CString reload(const CString& name, KvDbDatabase& database) {
   const KvDbObjectId old = database.recordId(KvDbTable::Linetype, name);
   const KvDbObjectIdArray users = usersOf(database, old);
-  if (!eraseRecord(old) || kvdbLoadLineTypeFile(name, linetypeFile(), &database) != Kvad::eOk)
+  if (!eraseRecord(old)) return kByLayer;
+  if (kvdbLoadLineTypeFile(name, linetypeFile(), &database) != Kvad::eOk) {
+    restoreRecord(old);
     return kByLayer;
+  }
   KvDbObjectId fresh = database.recordId(KvDbTable::Linetype, name);
   if (fresh.isNull()) fresh = database.recordId(KvDbTable::Linetype, kByLayer);
   if (fresh.isNull()) return kByLayer;

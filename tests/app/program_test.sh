@@ -43,7 +43,6 @@ code=0; "$work/tree/bin/korvane" --command QX_ABOUT </dev/null >/dev/null 2>"$wo
 [ $code -eq 1 ] && grep -qF MekCore.kvx "$work/err" || fail "missing module: $code" "$(cat "$work/err")"
 
 # The standard goes with the drawing; a faulty line of the user's settings is told with file and number.
-mkdir -p "$work/config/korvane"
 printf 'KMSTANDARD\nDIN\n' >"$work/din.scr"
 "$korvane" --script "$work/din.scr" --save "$work/din.dxf" >/dev/null || fail "KMSTANDARD"
 grep -qF AM_DIN "$work/din.dxf" || fail "the standard's style isn't in the drawing"
@@ -55,9 +54,9 @@ grep -qF 'Symbols.ini(3): unknown key "Colour"' <<<"$out" || fail "the fault isn
 grep -qF 'Drafting standard: JIS' <<<"$out" || fail "the user's settings don't win" "$out"
 out=$("$korvane" "$work/din.dxf" --script <(printf 'KMSTANDARD\n\n')) || fail "KMSTANDARD in a drawing" "$out"
 grep -qF 'Drafting standard: DIN' <<<"$out" || fail "the drawing's standard doesn't win" "$out"
-cp -a "$tree" "$work/plain"
-rm "$work/plain/Professional/KVX8x64/KmSymbb.kvx"
-"$work/plain/bin/korvane" --command QX_ABOUT </dev/null >/dev/null 2>"$work/err" || fail "a tree without the symbol module"
+cp -a "$tree" "$work/nosymbols"
+rm "$work/nosymbols/Professional/KVX8x64/KmSymbb.kvx"
+"$work/nosymbols/bin/korvane" --command QX_ABOUT </dev/null >/dev/null 2>"$work/err" || fail "a tree without the symbol module"
 grep -qF KmSymbb.kvx "$work/err" || fail "the missing symbol module isn't told" "$(cat "$work/err")"
 
 # The tree runs from anywhere, also from a folder with blanks and other letters, and without its data files.

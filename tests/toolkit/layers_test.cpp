@@ -96,6 +96,24 @@ TEST_F(Layers, AMergedLayerThatBlocksOrSheetsUseEndsTheConversion) {
   EXPECT_EQ(layerOf(kept), IM_GetLayerName(3, 0));
 }
 
+TEST_F(Layers, ABlockThatUsesAMergedLayerEndsTheConversionToo) {
+  use(Module::Real);
+  const KvDbObjectId old = addLayer(L"图框层");
+  IM_GetLayerId(78, nullptr, 0);
+  auto* table = open<KvDbBlockTable>(drawing().blockTableId(), KvDb::kForWrite);
+  auto* block = new KvDbBlockTableRecord;
+  block->setName(L"FRAME");
+  ASSERT_EQ(table->add(block), Kvad::eOk);
+  const KvDbObjectId frame = block->objectId();
+  block->close();
+  table->close();
+  const KvDbObjectId inBlock = lineOn(old, frame);
+  std::vector<ImProPropertyConfig> used;
+  EXPECT_EQ(IM_DwgInsertLayerConvert(nullptr, used), 0);
+  EXPECT_EQ(used, std::vector<ImProPropertyConfig>{78});
+  EXPECT_EQ(layerOf(inBlock), L"图框层");
+}
+
 TEST_F(Layers, ARealDrawingWithTheOldLayers) {
   use(Module::Real);
   KvDbDatabase side(false, true);

@@ -6,6 +6,7 @@
 #include "host/base/context.h"
 #include "host/database/dictionary.h"
 #include "host/database/header.h"
+#include "host/editor/sysvars.h"
 #include "host/entities/annotation.h"
 #include "host/entities/blockreference.h"
 #include "host/entities/dimcurrent.h"
@@ -149,6 +150,18 @@ TEST_F(Styles, NamesAndIdsOfStylesThatAreMissing) {
   EXPECT_EQ(IM_EnsureLineTypeExist(L"HIDDEN", 0), L"HIDDEN");
 }
 
+TEST_F(Styles, ALinetypeThatIsThereNeedsNoFile) {
+  auto* table = open<KvDbLinetypeTable>(drawing().linetypeTableId(), KvDb::kForWrite);
+  auto* own = new KvDbLinetypeTableRecord;
+  own->setName(L"X");
+  ASSERT_EQ(table->add(own), Kvad::eOk);
+  own->close();
+  table->close();
+  EXPECT_EQ(IM_EnsureLineTypeExist(L"x", 0), L"x");
+  EXPECT_EQ(IM_EnsureLineTypeExist(L"X", 16), L"ByLayer") << "no file has it";
+  EXPECT_TRUE(own->objectId().isValid()) << "what can't be loaded anew stays";
+}
+
 TEST_F(Styles, AReloadedLinetypeKeepsItsUsers) {
   ASSERT_EQ(IM_EnsureLineTypeExist(L"HIDDEN", 0), L"HIDDEN");
   const KvDbObjectId old = IM_GetLineTypeId(L"HIDDEN", nullptr, 1);
@@ -284,6 +297,23 @@ TEST_F(DimStyles, OverridesAreSeenAndKept) {
   EXPECT_EQ(IM_SetCurrentDimStyle(KvDbObjectId(), 1), 0);
   EXPECT_EQ(IM_SetCurrentDimStyle(drawing().layerZero(), 1), 0);
   EXPECT_EQ(current(), L"Standard");
+}
+
+TEST_F(DimStyles, TheVariableDimstyleLoadsTheStyle) {
+  styleWith(L"BIG", 10);
+  resbuf value{};
+  value.restype = RTSTR;
+  std::wstring name = L"big";
+  value.resval.rstring = name.data();
+  EXPECT_EQ(kvedSetVar(L"DIMSTYLE", &value), RTNORM);
+  EXPECT_EQ(current(), L"BIG");
+  EXPECT_EQ(drawing().header().real(L"$DIMTXT"), 10);
+  name = L"no such style";
+  value.resval.rstring = name.data();
+  EXPECT_NE(kvedSetVar(L"DIMSTYLE", &value), RTNORM);
+  EXPECT_EQ(current(), L"BIG");
+  EXPECT_EQ(drawing().setDimstyleData({}), Kvad::eNullObjectId);
+  EXPECT_EQ(drawing().setDimstyleData(drawing().layerZero()), Kvad::eWrongObjectType);
 }
 
 TEST_F(DimStyles, EveryVariableOfAStyleCountsAndOneUndoTakesAllBack) {
