@@ -9,13 +9,6 @@
 namespace kvcmd {
 namespace {
 
-double bearing(const KvGePoint3d& from, const KvGePoint3d& to) {
-  return std::atan2(to.y - from.y, to.x - from.x);
-}
-double flatDistance(const KvGePoint3d& a, const KvGePoint3d& b) {
-  return std::hypot(b.x - a.x, b.y - a.y);
-}
-
 /// Counter-clockwise from start to end, about a centre of the user system.
 void addArc(const KvGePoint3d& center, double radius, double start, double end) {
   if (!(radius > 0) || !std::isfinite(radius) ||

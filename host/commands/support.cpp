@@ -3,8 +3,11 @@
 #include <algorithm>
 
 #include "host/database/block.h"
+#include "host/database/deepclone.h"
 #include "host/database/names.h"
 #include "host/editor/ucs.h"
+#include "platform/text/number.h"
+#include "platform/text/utf.h"
 
 namespace kvcmd {
 
@@ -107,6 +110,109 @@ Got Ask::word() {
   return status == RTNONE ? Got::Nothing : Got::Cancelled;
 }
 
+Got Ask::entity(KvDbObjectId& id, KvGePoint3d* point) {
+  constexpr int kMostMisses = 100;
+  for (int miss = 0; miss < kMostMisses; ++miss) {
+    init();
+    kvds_name name;
+    double at[3] = {0, 0, 0};
+    const int status = kvedEntSel(prompt_, name, at);
+    if (point) *point = {at[0], at[1], at[2]};
+    if (status == RTNORM && kvdbGetObjectId(id, name) == Kvad::eOk) return Got::Value;
+    if (status == RTKWORD || status == RTCAN) return outcome(status);
+    if (variable(L"ERRNO", 0) == kKvedErrnoEmpty) return Got::Nothing;
+    say(L"There is no object.");
+  }
+  return Got::Cancelled;
+}
+
+std::optional<bool> askYes(const CString& prompt, bool standard) {
+  Ask ask(prompt + (standard ? L" [Yes/No] <Yes>: " : L" [Yes/No] <No>: "));
+  const Got got = ask.keywords(L"Yes No").word();
+  if (got == Got::Cancelled) return std::nullopt;
+  return got == Got::Keyword ? ask.keyword == L"Yes" : standard;
+}
+
+KvGeVector3d userNormal() {
+  return userToWorld().column(2);
+}
+double bearing(const KvGePoint3d& from, const KvGePoint3d& to) {
+  return std::atan2(to.y - from.y, to.x - from.x);
+}
+double flatDistance(const KvGePoint3d& a, const KvGePoint3d& b) {
+  return std::hypot(b.x - a.x, b.y - a.y);
+}
+
+void setVariable(const wchar_t* name, const KvEdVarValue& value) {
+  if (editor()) editor()->variables().set(name, value);
+}
+
+CString numberText(double value) {
+  return platform::wideFromUtf8(platform::shortest(value));
+}
+
+namespace {
+
+constexpr double kDegrees = 180 / kvge::kPi;
+
+/// With that many decimals; what rounds to 0 has no sign.
+CString fixedText(double value, int decimals) {
+  CString text;
+  text.Format(L"%.*f", decimals, value);
+  if (text.GetAt(0) == L'-' && platform::parseDouble(text.view()) == 0) return text.Mid(1);
+  return text;
+}
+
+}  // namespace
+
+CString lengthText(double value) {
+  constexpr int kScientific = 1;
+  const int decimals = std::clamp(variable(L"LUPREC", 4), 0, 8);
+  if (variable(L"LUNITS", 2) != kScientific) return fixedText(value, decimals);
+  CString text;
+  text.Format(L"%.*E", decimals, value);
+  return text;
+}
+
+CString angleText(double radians) {
+  return fixedText(radians * kDegrees, std::clamp(variable(L"AUPREC", 0), 0, 8));
+}
+
+CString pointText(const KvGePoint3d& point) {
+  return lengthText(point.x) + L"," + lengthText(point.y) + L"," + lengthText(point.z);
+}
+
+bool isLocked(KvDbObjectId id) {
+  const auto* entity = look<KvDbEntity>(id);
+  const auto* layer = entity ? look<KvDbLayerTableRecord>(entity->layerId()) : nullptr;
+  return layer && layer->isLocked();
+}
+
+void moveAll(const KvDbObjectIdArray& ids, const KvGeMatrix3d& world) {
+  int refused = 0;
+  for (KvDbObjectId id : ids) {
+    auto status = Kvad::eNotOpenForWrite;
+    change<KvDbEntity>(id, [&](KvDbEntity& entity) { status = entity.transformBy(world); });
+    if (status != Kvad::eOk) ++refused;
+  }
+  if (refused > 0) fail(countOf(refused, L"could not be changed"));
+}
+
+KvDbObjectIdArray copyAll(const KvDbObjectIdArray& ids) {
+  KvDbIdMapping mapping;
+  KvDbObjectIdArray copies;
+  if (ids.isEmpty() || drawing()->deepCloneObjects(ids, drawing()->currentSpaceId(), mapping) != Kvad::eOk)
+    return copies;
+  for (KvDbObjectId id : mapping.primaries())
+    if (id.isValid()) copies.append(id);
+  return copies;
+}
+
+KvDbObjectId addFromUser(std::unique_ptr<KvDbEntity> entity) {
+  if (!entity || entity->transformBy(userToWorld()) != Kvad::eOk) return {};
+  return add(std::move(entity));
+}
+
 KvDbObjectId add(std::unique_ptr<KvDbEntity> entity, bool keepLook) {
   KvDbDatabase* database = drawing();
   KvDbBlockTableRecord* space = nullptr;
@@ -141,9 +247,7 @@ KvDbObjectIdArray select(const wchar_t* prompt, bool withLocked, bool* isCancell
     KvDbObjectId id;
     if (kvedSSName(set, i, name) != RTNORM || kvdbGetObjectId(id, name) != Kvad::eOk || !id.isValid())
       continue;
-    const auto* entity = look<KvDbEntity>(id);
-    const auto* layer = entity ? look<KvDbLayerTableRecord>(entity->layerId()) : nullptr;
-    if (!withLocked && layer && layer->isLocked())
+    if (!withLocked && isLocked(id))
       ++locked;
     else
       ids.append(id);

@@ -66,12 +66,6 @@ std::optional<Part> partAround(double picked, const std::vector<double>& cuts, c
   return part;
 }
 
-bool holds(const KvDbCurve& piece, const KvGePoint3d& point) {
-  constexpr double kOn = 1e-6;
-  KvGePoint3d nearest;
-  return piece.getClosestPointTo(point, nearest) == Kvad::eOk && nearest.distanceTo(point) < kOn;
-}
-
 /// A point inside the part, so that the piece that goes can be told from those that stay.
 KvGePoint3d insidePart(const KvDbCurve& curve, double picked) {
   KvGePoint3d point;
@@ -79,8 +73,15 @@ KvGePoint3d insidePart(const KvDbCurve& curve, double picked) {
   return point;
 }
 
-/// The first piece takes the original's place where it is of the same class, so that names stay good.
-void replaceBy(KvDbObjectId id, std::vector<std::unique_ptr<KvDbCurve>>& pieces) {
+}  // namespace
+
+bool liesOn(const KvDbCurve& piece, const KvGePoint3d& point) {
+  constexpr double kOn = 1e-6;
+  KvGePoint3d nearest;
+  return piece.getClosestPointTo(point, nearest) == Kvad::eOk && nearest.distanceTo(point) < kOn;
+}
+
+void replaceByPieces(KvDbObjectId id, std::vector<std::unique_ptr<KvDbCurve>>& pieces) {
   bool isTaken = false;
   for (auto& piece : pieces) {
     if (!isTaken && piece->isA() == id.objectClass()) {
@@ -92,8 +93,6 @@ void replaceBy(KvDbObjectId id, std::vector<std::unique_ptr<KvDbCurve>>& pieces)
   }
   if (!isTaken) change<KvDbEntity>(id, [](KvDbEntity& entity) { entity.erase(); });
 }
-
-}  // namespace
 
 KvDbObjectId addBeside(KvDbObjectId original, std::unique_ptr<KvDbEntity> entity) {
   const auto* like = look<KvDbEntity>(original);
@@ -130,13 +129,13 @@ bool trimAt(KvDbObjectId id, const KvGePoint3d& picked, const KvDbObjectIdArray&
   bool isRemoved = false;
   for (void* pointer : found) {
     std::unique_ptr<KvDbCurve> piece(static_cast<KvDbCurve*>(pointer));
-    if (!isRemoved && holds(*piece, inside))
+    if (!isRemoved && liesOn(*piece, inside))
       isRemoved = true;
     else
       stay.push_back(std::move(piece));
   }
   if (!isRemoved) return false;
-  replaceBy(id, stay);
+  replaceByPieces(id, stay);
   return true;
 }
 

@@ -7,20 +7,17 @@
 
 namespace kvcmd {
 
-std::span<const KvCommandRow> lineRows();
-std::span<const KvCommandRow> arcRows();
-std::span<const KvCommandRow> layerRows();
-std::span<const KvCommandRow> eraseRows();
-std::span<const KvCommandRow> undoRows();
-std::span<const KvCommandRow> trimRows();
-std::span<const KvCommandRow> hatchRows();
-std::span<const KvCommandRow> blockRows();
-std::span<const KvCommandRow> insertRows();
+#define KVCMD_ROWS(name) std::span<const KvCommandRow> name();
+#include "host/commands/internal/row_list.h"
+#undef KVCMD_ROWS
 
 /// All of them.
 inline std::vector<std::span<const KvCommandRow>> allRows() {
-  return {lineRows(), arcRows(),   layerRows(), eraseRows(), undoRows(),
-          trimRows(), hatchRows(), blockRows(), insertRows()};
+  return {
+#define KVCMD_ROWS(name) name(),
+#include "host/commands/internal/row_list.h"
+#undef KVCMD_ROWS
+  };
 }
 
 }  // namespace kvcmd

@@ -1,6 +1,7 @@
 #pragma once
 // What commands share: the drawing, the user system, prompts that answer with values, new entities,
 // selections.
+#include <cmath>
 #include <memory>
 #include <optional>
 
@@ -38,7 +39,7 @@ enum class Got { Value, Keyword, Nothing, Cancelled };
 /// One prompt with its keywords and flags; `keyword` is the one that was given, spelt as listed.
 class Ask {
  public:
-  explicit Ask(const wchar_t* prompt) : prompt_(prompt) {}
+  explicit Ask(CString prompt) : prompt_(std::move(prompt)) {}
   Ask& keywords(const wchar_t* list) { return keywords_ = list, *this; }
   Ask& flags(int flags) { return flags_ = flags, *this; }
   /// Where a rubber line starts, user coordinates.
@@ -54,20 +55,56 @@ class Ask {
   Got text(CString& value, bool blanks = false);
   /// Nothing for an empty reply.
   Got word();
+  /// One entity, pointed at; a miss is asked for again. `point`, which may be null, in user coordinates.
+  Got entity(KvDbObjectId& id, KvGePoint3d* point = nullptr);
   CString keyword;
 
  private:
   void init() const;
   Got outcome(int status);
-  const wchar_t* prompt_;
+  CString prompt_;
   const wchar_t* keywords_ = L"";
   int flags_ = 0;
   std::optional<KvGePoint3d> base_;
 };
 
+/// Yes, no, or Cancelled; an empty reply is the default. The prompt's end is added.
+std::optional<bool> askYes(const CString& prompt, bool standard);
+
+/// The user system's Z axis in the world.
+KvGeVector3d userNormal();
+/// In a plane parallel to the user system's.
+double bearing(const KvGePoint3d& from, const KvGePoint3d& to);
+double flatDistance(const KvGePoint3d& a, const KvGePoint3d& b);
+
+/// The value of a system variable; the standard one where there is none of that type.
+template <class T>
+T variable(const wchar_t* name, T standard) {
+  KvEdVarValue held;
+  if (editor() && editor()->variables().get(name, held) == Kvad::eOk)
+    if (const T* found = std::get_if<T>(&held)) return *found;
+  return standard;
+}
+void setVariable(const wchar_t* name, const KvEdVarValue& value);
+/// The shortest text that reads back as the same number.
+CString numberText(double value);
+/// By the variables LUNITS (decimal forms) and LUPREC; angles in degrees by AUPREC.
+CString lengthText(double value);
+CString angleText(double radians);
+CString pointText(const KvGePoint3d& point);
+
+/// On a layer that is locked.
+bool isLocked(KvDbObjectId id);
+/// Opens each for writing and moves it by a world transform; says how many could not be moved.
+void moveAll(const KvDbObjectIdArray& ids, const KvGeMatrix3d& world);
+/// Copies in the same space, as they are; null ids left out.
+KvDbObjectIdArray copyAll(const KvDbObjectIdArray& ids);
+
 /// Puts an entity into the current space with the current layer, colour and linetype; null when that fails
 /// (the entity is gone then). `keepLook` leaves its own properties.
 KvDbObjectId add(std::unique_ptr<KvDbEntity> entity, bool keepLook = false);
+/// The same for an entity that was made in user coordinates.
+KvDbObjectId addFromUser(std::unique_ptr<KvDbEntity> entity);
 
 /// Asks for objects; ends when the user is done. Entities on locked layers are left out with a word, unless
 /// `withLocked`. Empty after a cancel or an empty selection; `isCancelled` tells which.

@@ -13,6 +13,11 @@ std::vector<double> crossingParams(const KvDbCurve& curve, const KvDbObjectIdArr
 /// Takes the part of a curve away on which a point (world) lies, up to the nearest edges on both sides. False
 /// when no edge cuts it.
 bool trimAt(KvDbObjectId id, const KvGePoint3d& picked, const KvDbObjectIdArray& edges);
+/// Whether a point (world) lies on a curve, as far as people type and programs round.
+bool liesOn(const KvDbCurve& piece, const KvGePoint3d& point);
+/// What is left of a curve goes to its place: the first piece of its class keeps its name, the others are
+/// new; without one it is erased.
+void replaceByPieces(KvDbObjectId id, std::vector<std::unique_ptr<KvDbCurve>>& pieces);
 /// Puts an entity into the block of another one, with that one's layer, colour and the like.
 KvDbObjectId addBeside(KvDbObjectId original, std::unique_ptr<KvDbEntity> entity);
 
