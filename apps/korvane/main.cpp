@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 
 #include "apps/korvane/drawing_commands.h"
+#include "apps/korvane/help_command.h"
 #include "apps/korvane/module_commands.h"
 #include "apps/korvane/plot_command.h"
 #include "apps/korvane/session.h"
@@ -92,6 +93,12 @@ int main(int argc, char** argv) {
   CLI::App* plot = app.add_subcommand("plot", "Plot drawings to SVG, PDF or PNG");
   addPlotOptions(*plot, plotOptions);
 
+  korvane::HelpOptions helpOptions;
+  CLI::App* help = app.add_subcommand("help", "Tell of the commands, or of one and its prompts");
+  help->add_option("NAME", helpOptions.name, "A command or one of its short names");
+  help->add_flag("--markdown", helpOptions.markdown, "All commands as a page of the documents")
+      ->excludes("NAME");
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -100,5 +107,6 @@ int main(int argc, char** argv) {
   if (info->parsed()) return korvane::runInfo(infoOptions);
   if (audit->parsed()) return korvane::runAudit(auditOptions);
   if (plot->parsed()) return korvane::runPlot(plotOptions);
+  if (help->parsed()) return korvane::runHelp(helpOptions);
   return korvane::runSession(options);
 }

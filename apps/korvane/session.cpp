@@ -6,6 +6,7 @@
 #include "apps/korvane/plot_command.h"
 #include "apps/korvane/terminal_source.h"
 #include "host/app/hostapp.h"
+#include "host/commands/completion.h"
 #include "platform/files/files.h"
 #include "platform/files/paths.h"
 #include "platform/text/codepage.h"
@@ -64,7 +65,7 @@ class Session {
     std::cout.flush();
     if (allWell && !options_.save.empty()) allWell = saveDrawing();
     if (allWell && !options_.plot.empty())
-      allWell = plotDrawing(*app_.documents().curDocument()->database(), options_.plot);
+      allWell = hasDrawing() && plotDrawing(*app_.documents().curDocument()->database(), options_.plot);
     return allWell ? 0 : 1;
   }
 
@@ -78,7 +79,15 @@ class Session {
     return false;
   }
 
+  /// A script may have closed everything.
+  bool hasDrawing() {
+    if (app_.documents().curDocument()) return true;
+    showError(L"no drawing is open any more");
+    return false;
+  }
+
   bool saveDrawing() {
+    if (!hasDrawing()) return false;
     KvIoReport report;
     KvIoSaveOptions options = kvdbSaveOptionsFor(options_.save);
     options.version = kvdbVersionNamed(options_.version);
@@ -119,7 +128,11 @@ class Session {
       const auto history = app_.environment().settingsRoot / "history";
       std::error_code ignored;
       std::filesystem::create_directories(history.parent_path(), ignored);
-      app_.editor().pushSource(std::make_unique<TerminalSource>([this] { app_.pump(); }, history.string()));
+      app_.editor().pushSource(
+          std::make_unique<TerminalSource>([this] { app_.pump(); }, history.string(),
+                                           [this](const CString& prompt, const CString& start) {
+                                             return kvcmdCompletions(app_.editor(), prompt, start);
+                                           }));
       app_.run();
       std::cout << "\n";
       return 0;

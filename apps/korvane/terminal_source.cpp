@@ -6,6 +6,8 @@
 
 #include <csignal>
 
+#include "host/commands/completion.h"
+
 namespace korvane {
 namespace {
 
@@ -21,8 +23,8 @@ void onInterrupt(int) {
 }  // namespace
 
 struct TerminalSource::LineEditor {
-  LineEditor(std::function<void()> waiting, std::string file)
-      : whileWaiting(std::move(waiting)), historyFile(std::move(file)) {
+  LineEditor(std::function<void()> waiting, std::string file, Completer words)
+      : whileWaiting(std::move(waiting)), historyFile(std::move(file)), completer(std::move(words)) {
     history = history_init();
     HistEvent event;
     ::history(history, &event, H_SETSIZE, kHistoryLines);
@@ -34,6 +36,8 @@ struct TerminalSource::LineEditor {
     el_set(editLine, EL_EDITOR, "emacs");
     el_set(editLine, EL_HIST, ::history, history);
     el_set(editLine, EL_GETCFN, &LineEditor::nextCharacter);
+    el_set(editLine, EL_ADDFN, "korvane-complete", "Complete the word", &LineEditor::complete);
+    el_set(editLine, EL_BIND, "^I", "korvane-complete", nullptr);
     el_source(editLine, nullptr);
     struct sigaction action {};
     action.sa_handler = onInterrupt;
@@ -50,6 +54,27 @@ struct TerminalSource::LineEditor {
     LineEditor* own = nullptr;
     el_get(editLine, EL_CLIENTDATA, &own);
     return own;
+  }
+
+  /// Bound to the tabulator key.
+  static unsigned char complete(EditLine* editLine, int) {
+    const LineEditor* own = self(editLine);
+    const LineInfo* line = el_line(editLine);
+    std::string start(line->buffer, line->cursor);
+    start.erase(0, start.find_last_of(" \t") + 1);
+    const CString typed = platform::wideFromUtf8(start);
+    const std::vector<CString> words = own->completer(own->question, typed);
+    if (words.empty()) return CC_ERROR;
+    CString common = kvcmdCommonStart(words);
+    if (words.size() == 1) common += L" ";
+    if (common.GetLength() > typed.GetLength()) {
+      el_deletestr(editLine, typed.GetLength());
+      return el_insertstr(editLine, platform::utf8From(common).c_str()) == 0 ? CC_REFRESH : CC_ERROR;
+    }
+    std::string list = "\n";
+    for (const CString& word : words) list += platform::utf8From(word) + "  ";
+    ::fputs((list + "\n").c_str(), stdout);
+    return CC_REDISPLAY;
   }
 
   static char* promptText(EditLine* editLine) { return self(editLine)->prompt.data(); }
@@ -82,17 +107,22 @@ struct TerminalSource::LineEditor {
 
   std::function<void()> whileWaiting;
   std::string historyFile;
+  Completer completer;
   std::string prompt;
+  CString question;  // what is asked now
   History* history = nullptr;
   EditLine* editLine = nullptr;
 };
 
-TerminalSource::TerminalSource(std::function<void()> whileWaiting, std::string historyFile)
-    : editor_(std::make_unique<LineEditor>(std::move(whileWaiting), std::move(historyFile))) {}
+TerminalSource::TerminalSource(std::function<void()> whileWaiting, std::string historyFile,
+                               Completer completer)
+    : editor_(std::make_unique<LineEditor>(std::move(whileWaiting), std::move(historyFile),
+                                           std::move(completer))) {}
 
 TerminalSource::~TerminalSource() = default;
 
 bool TerminalSource::readLine(const CString& prompt) {
+  editor_->question = prompt;
   editor_->prompt = platform::utf8From(CString(prompt).TrimLeft(L"\r\n"));
   int length = 0;
   const char* line = el_gets(editor_->editLine, &length);

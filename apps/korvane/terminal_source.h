@@ -3,16 +3,21 @@
 // otherwise.
 #include <functional>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "host/editor/input.h"
 
 namespace korvane {
 
+/// The words that the tabulator key offers at a prompt for what stands before the cursor.
+using Completer = std::function<std::vector<CString>(const CString& prompt, const CString& start)>;
+
 class TerminalSource : public KvEdInputSource {
  public:
-  /// `whileWaiting` is called about ten times a second while no key is pressed; history is kept in
-  /// `historyFile`.
-  TerminalSource(std::function<void()> whileWaiting, std::string historyFile);
+  /// A tabulator completes the word before the cursor, or lists what there is. `whileWaiting` is called about
+  /// ten times a second while no key is pressed; history is kept in `historyFile`.
+  TerminalSource(std::function<void()> whileWaiting, std::string historyFile, Completer completer);
   ~TerminalSource() override;
 
   KvEdToken read(KvEdReadMode mode, const CString& prompt) override;

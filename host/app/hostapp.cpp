@@ -7,6 +7,7 @@
 #include "host/app/internal/module_loader.h"
 #include "host/base/context.h"
 #include "host/commands/command_table.h"
+#include "host/commands/documents.h"
 #include "host/database/block.h"
 #include "host/database/dictionary.h"
 #include "host/editor/selection.h"
@@ -95,6 +96,66 @@ CString drawingFile(const KvApDocManager& documents, bool isFolder) {
   return isFolder ? document->fileName().Left(separator + 1) : document->fileName().Mid(separator + 1);
 }
 
+/// What the commands on whole drawings work on.
+class CommandDocuments : public KvCmdDocuments {
+ public:
+  explicit CommandDocuments(KvHostApp& app) : app_(app) {}
+  CString makeNew() override { return app_.newDocument() ? CString() : CString(L"No drawing could be made."); }
+  CString open(const CString& file) override;
+  CString save(const CString& file, bool rename) override;
+  CString close() override;
+  CString currentFile() const override;
+  bool hasDrawing() const override { return app_.documents().curDocument() != nullptr; }
+  bool hasUnsaved() const override;
+
+ private:
+  KvHostApp& app_;
+};
+
+CString CommandDocuments::open(const CString& file) {
+  CString name = file;
+  for (const wchar_t* ending : {L".dxf", L".dwg"})
+    if (!platform::isFile(name) && platform::isFile(file + ending)) name = file + ending;
+  KvIoReport report;
+  const auto path = std::filesystem::absolute(platform::toNative(name));
+  if (app_.openDocument(path, report)) return {};
+  return L"\"" + file + L"\" can't be opened: " + report.error.describe();
+}
+
+CString CommandDocuments::save(const CString& file, bool rename) {
+  KvApDocument* document = app_.documents().curDocument();
+  if (!document) return L"There is no drawing.";
+  KvIoReport report;
+  const auto path = std::filesystem::absolute(platform::toNative(file));
+  if (kvdbSaveDrawing(*document->database(), path, report, kvdbSaveOptionsFor(path)) != Kvad::eOk)
+    return report.error.text;
+  document->database()->setModifiedWord(0);
+  if (rename) document->setFileName(platform::fromNative(path));
+  return {};
+}
+
+CString CommandDocuments::close() {
+  switch (app_.documents().close(app_.documents().curDocument())) {
+    case Kvad::eOk:
+      return {};
+    case Kvad::eLockConflict:
+      return L"The drawing is locked by a program and stays open.";
+    default:
+      return L"There is no drawing.";
+  }
+}
+
+CString CommandDocuments::currentFile() const {
+  const KvApDocument* document = app_.documents().curDocument();
+  return document && document->fileName().Find(L'\\') >= 0 ? document->fileName() : CString();
+}
+
+bool CommandDocuments::hasUnsaved() const {
+  for (auto all = app_.documents().newKvApDocumentIterator(); !all->done(); all->step())
+    if (all->document()->database()->modifiedWord() != 0) return true;
+  return false;
+}
+
 }  // namespace
 
 struct KvHostApp::State {
@@ -123,6 +184,7 @@ struct KvHostApp::State {
   KvApDocManager documents;
   kvapp::ModuleLoader modules;
   std::filesystem::path root;
+  std::unique_ptr<CommandDocuments> commandDocuments;
   KvApDocument* stepDocument = nullptr;  // of the command that is running
   int drawingsMade = 0;
 };
@@ -130,7 +192,9 @@ struct KvHostApp::State {
 KvHostApp::KvHostApp(KvHostOptions options) : state_(std::make_unique<State>(options)) {
   KvHostContext& context = KvHostContext::current();
   assert(!context.editor && "one host at a time");
-  context = {&state_->registry, &state_->services, &state_->editor, &state_->documents};
+  state_->commandDocuments = std::make_unique<CommandDocuments>(*this);
+  context = {&state_->registry, &state_->services, &state_->editor, &state_->documents,
+             state_->commandDocuments.get()};
   state_->registry.atPut(L"DynamicLinker", &state_->modules);
   state_->registry.atPut(L"ACRX_REGISTERED_COMMANDS", &state_->editor.commands());
 

@@ -8,6 +8,7 @@ class KvRxDictionary;
 class KvDbHostApplicationServices;
 class KvEdEditor;
 class KvApDocManager;
+class KvCmdDocuments;
 class KvApLongTransactionManager;
 
 struct KvHostContext {
@@ -15,6 +16,7 @@ struct KvHostContext {
   KvDbHostApplicationServices* services = nullptr;
   KvEdEditor* editor = nullptr;
   KvApDocManager* documents = nullptr;
+  KvCmdDocuments* commandDocuments = nullptr;
   KvApLongTransactionManager* longTransactions = nullptr;  // where somebody has installed one
 
   static KvHostContext& current();

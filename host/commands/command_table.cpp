@@ -63,8 +63,7 @@ CString kvcmdDocument() {
       L"# Commands\n\nMade by `korvane help --markdown` from the commands' own table. Points are typed as "
       L"`x,y`, `@dx,dy`, "
       L"`@distance<angle` or `*x,y` (world); an empty line takes the default or ends a list; `Esc`, or `^C` "
-      L"in a "
-      L"script, cancels.\n";
+      L"in a script, cancels.\n";
   for (const KvCommandRow* row : kvcmdRows()) {
     text += L"\n## " + CString(row->name) + L"\n\n" + CString(row->purpose) + L"\n";
     if (*row->aliases) text += L"\nAlso: `" + CString(row->aliases) + L"`\n";

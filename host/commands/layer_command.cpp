@@ -1,5 +1,6 @@
 // LAYER.
 #include "host/base/wcmatch.h"
+#include "host/commands/internal/choices.h"
 #include "host/commands/internal/rows.h"
 #include "host/commands/internal/support.h"
 #include "host/database/tables.h"
@@ -97,22 +98,10 @@ void rename() {
   if (status != Kvad::eOk) fail(L"Layer \"" + from + L"\" can't be called \"" + to + L"\".");
 }
 
-/// A colour by number or by one of the seven names; none for anything else.
-std::optional<int> colorOf(CString text) {
-  constexpr const wchar_t* kNames[] = {L"RED", L"YELLOW", L"GREEN", L"CYAN", L"BLUE", L"MAGENTA", L"WHITE"};
-  text.Trim().MakeUpper();
-  for (int i = 0; i < static_cast<int>(std::size(kNames)); ++i)
-    if (text == kNames[i]) return i + 1;
-  const int number = _wtoi(text);
-  constexpr int kLastColor = 255;
-  if (number < 1 || number > kLastColor) return std::nullopt;
-  return number;
-}
-
 void setColor() {
   CString text;
   if (Ask(L"\nNew color (1 to 255 or its name): ").text(text) != Got::Value) return;
-  const auto color = colorOf(text);
+  const auto color = colorNamed(text, false);
   if (!color) {
     fail(L"\"" + text + L"\" is no colour.");
     return;

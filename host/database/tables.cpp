@@ -100,6 +100,16 @@ void KvDbTextStyleTableRecord::setXScale(double factor) {
   widthFactor_ = factor;
 }
 
+void KvDbTextStyleTableRecord::setObliquingAngle(double angle) {
+  assertWriteEnabled();
+  oblique_ = KvDbAngle::ofRadians(angle);
+}
+
+void KvDbTextStyleTableRecord::setGeneration(int flag, bool on) {
+  assertWriteEnabled();
+  generation_ = static_cast<std::int16_t>(on ? generation_ | flag : generation_ & ~flag);
+}
+
 void KvDbTextStyleTableRecord::setFileName(const CString& file) {
   assertWriteEnabled();
   fontFile_ = file;

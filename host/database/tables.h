@@ -113,6 +113,9 @@ class KvDbTextStyleTableRecord : public KvDbSymbolTableRecord {
   double xScale() const { return widthFactor_; }
   void setXScale(double factor);
   double obliquingAngle() const { return oblique_.radians(); }  ///< radians
+  void setObliquingAngle(double angle);
+  void setIsBackward(bool backward) { setGeneration(2, backward); }
+  void setIsUpsideDown(bool upsideDown) { setGeneration(4, upsideDown); }
   double priorSize() const { return lastHeight_; }
   const CString& fileName() const { return fontFile_; }
   void setFileName(const CString& file);
@@ -125,6 +128,8 @@ class KvDbTextStyleTableRecord : public KvDbSymbolTableRecord {
   const wchar_t* fileMarker() const override { return L"AcDbTextStyleTableRecord"; }
 
  private:
+  void setGeneration(int flag, bool on);
+
   double height_ = 0, widthFactor_ = 1, lastHeight_ = 2.5;
   KvDbAngle oblique_;
   std::int16_t generation_ = 0;

@@ -125,12 +125,12 @@ KvEdOutcome KvEdEditor::runCommand(const CString& typed) {
   // The apostrophe asks for a transparent run; at the top there is nothing to be inside of.
   if (!name.IsEmpty() && name.GetAt(0) == L'\'') name = name.Mid(1);
   finishInner(running_);
-  const KvEdCommand* command = commands_->lookupCmd(name);
+  const KvEdCommand* command = commandFor(name);
   if (!command) {
     printLine(L"Unknown command \"" + CString(typed).MakeUpper() + L"\".");
     return KvEdOutcome::Unknown;
   }
-  lastCommand_ = command->globalName();
+  lastCommand_ = typedVariable.IsEmpty() ? command->globalName() : typedVariable;
   if (frames_.empty() && onCommandStarted) onCommandStarted();
   auto frame = std::make_unique<Frame>();
   frame->command = command;
@@ -146,6 +146,15 @@ KvEdOutcome KvEdEditor::runCommand(const CString& typed) {
   closeFrame(own, outcome);
   if (frames_.empty() && onCommandEnded) onCommandEnded(outcome);
   return outcome;
+}
+
+const KvEdCommand* KvEdEditor::commandFor(const CString& name) {
+  typedVariable.Empty();
+  if (const KvEdCommand* command = commands_->lookupCmd(name)) return command;
+  const KvEdVariable* variable = variables_.find(name);
+  const KvEdCommand* setter = variable ? commands_->lookupGlobalCmd(L"SETVAR") : nullptr;
+  if (setter) typedVariable = variable->name;
+  return setter;
 }
 
 void KvEdEditor::runBody(Frame& frame) {
@@ -169,7 +178,7 @@ void KvEdEditor::closeFrame(std::size_t frame, KvEdOutcome& outcome) {
 }
 
 bool KvEdEditor::startInner(const CString& name) {
-  const KvEdCommand* command = commands_->lookupCmd(name);
+  const KvEdCommand* command = commandFor(name);
   if (!command || frames_.size() >= kDeepestNesting) {
     printLine(command ? CString(L"Commands are nested too deeply.") : L"Unknown command \"" + name + L"\".");
     return false;

@@ -34,7 +34,9 @@ class KvEdEditor {
   KvEdEditor& operator=(const KvEdEditor&) = delete;
 
   KvEdSysVars& variables() { return variables_; }
+  const KvEdSysVars& variables() const { return variables_; }
   KvEdCommandStack& commands() { return *commands_; }
+  const KvEdCommandStack& commands() const { return *commands_; }
   KvEdScreen& screen() { return screen_; }
   KvEdInputPointManager& inputPoints() { return inputPoints_; }
   KvEdSelections& selections() { return *selections_; }
@@ -47,6 +49,7 @@ class KvEdEditor {
   /// The stream's sources; the one pushed last is asked first and dropped when it is used up.
   void pushSource(std::unique_ptr<KvEdInputSource> source);
   bool hasInput() const { return !sources_.empty(); }
+  int sourceCount() const { return static_cast<int>(sources_.size()); }
   /// Line of the answer read last from a script, 0 where there are no lines.
   int currentLine() const { return currentLine_; }
   /// Drops every source: the rest of the input is not wanted any more.
@@ -94,6 +97,9 @@ class KvEdEditor {
   KvGePoint3d lastPoint;
   double lastAngle = 0;
 
+  /// The variable whose name was typed in place of a command's; SETVAR, which runs then, takes it.
+  CString typedVariable;
+
   /// Sees each list of kvedCommandS before it runs; null for a call without one.
   std::function<void(const resbuf*)> onCommandList;
   /// Run when the outermost command begins, and when it has ended, with its outcome.
@@ -103,6 +109,8 @@ class KvEdEditor {
  private:
   struct Frame;
 
+  /// By name; for a variable's name SETVAR. Null when there is neither.
+  const KvEdCommand* commandFor(const CString& name);
   KvEdToken readFor(std::size_t frame, KvEdReadMode mode, const CString& prompt);
   KvEdToken readFromSources(KvEdReadMode mode, const CString& prompt);
   void resumeInner(std::size_t inner);

@@ -30,7 +30,14 @@ grep -qF none.scr "$work/err" || fail "missing script" "$(cat "$work/err")"
 out=$(LC_ALL=zh_CN.UTF-8 "$korvane" <<<'关于机械') || fail "a localized name" "$out"
 grep -qF 'BUILD 0.1.0' <<<"$out" || fail "a localized name" "$out"
 out=$(printf '\xb9\xd8\xd3\xda\xbb\xfa\xd0\xb5\n' | LC_ALL=zh_CN.GBK "$korvane") || fail "a name in the 8-bit code page" "$out"
-head -c 20000 /dev/urandom | "$korvane" --keep-going >/dev/null 2>&1 || [ $? -eq 1 ] || fail "random bytes"
+# Whatever the bytes make a command write stays in the test's own folder.
+head -c 20000 /dev/urandom | (cd "$work" && "$korvane" --keep-going) >/dev/null 2>&1 || [ $? -eq 1 ] || fail "random bytes"
+
+# Help comes from the commands' own table.
+grep -qF 'Specify first corner point or [Chamfer/Fillet/Width]:' <<<"$("$korvane" help rec)" || fail "help by a short name"
+"$korvane" help NOSUCH >/dev/null 2>"$work/err" && fail "help on nothing gave 0"
+grep -qF '"NOSUCH"' "$work/err" || fail "help on nothing" "$(cat "$work/err")"
+grep -qF '## PLINE' <<<"$("$korvane" help --markdown)" || fail "the page of commands"
 
 # Wrong use is 2; a module that can't be loaded is told by file and reason.
 "$korvane" --nonsense >/dev/null 2>&1 && fail "--nonsense gave 0" || [ $? -eq 2 ] || fail "--nonsense isn't wrong use"

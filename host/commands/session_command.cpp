@@ -1,0 +1,329 @@
+// HELP, SETVAR, SCRIPT, DELAY, REGEN, REDRAW, ZOOM, AUDIT.
+#include <chrono>
+#include <thread>
+#include <utility>
+
+#include "host/base/wcmatch.h"
+#include "host/commands/internal/rows.h"
+#include "host/commands/internal/support.h"
+#include "host/database/block.h"
+#include "host/io/drawing_file.h"
+#include "platform/files/files.h"
+#include "platform/files/paths.h"
+#include "platform/text/codepage.h"
+#include "platform/text/number.h"
+#include "platform/text/utf.h"
+
+namespace kvcmd {
+namespace {
+
+void runHelp() {
+  if (!editor()) return;
+  CString name;
+  const Got got = Ask(L"\nEnter command name <all>: ").text(name);
+  if (got == Got::Cancelled) return;
+  if (got == Got::Value) {
+    const KvCommandRow* row = kvcmdFind(name);
+    if (row)
+      say(kvcmdHelp(*row));
+    else if (editor()->variables().find(name))
+      say(name.MakeUpper() + L" is a variable: SETVAR, or its name as a command, changes it.");
+    else
+      fail(L"There is no command \"" + name + L"\".");
+    return;
+  }
+  for (const KvCommandRow* row : kvcmdRows()) say(CString(row->name) + L": " + row->purpose);
+}
+
+CString shown(const KvEdVarValue& value) {
+  if (const int* whole = std::get_if<int>(&value)) {
+    CString text;
+    text.Format(L"%d", *whole);
+    return text;
+  }
+  if (const double* real = std::get_if<double>(&value)) return numberText(*real);
+  if (const CString* text = std::get_if<CString>(&value)) return L"\"" + *text + L"\"";
+  const KvEdVarPoint& p = std::get<KvEdVarPoint>(value);
+  return numberText(p.x) + L"," + numberText(p.y) + L"," + numberText(p.z);
+}
+
+void listVariables() {
+  CString pattern = L"*";
+  if (Ask(L"\nEnter variable(s) to list <*>: ").text(pattern) == Got::Cancelled) return;
+  for (const KvEdVariable* one : editor()->variables().all()) {
+    KvEdVarValue value;
+    if (kvutWcMatch(one->name, pattern.MakeUpper()) == RTNORM &&
+        editor()->variables().get(one->name, value) == Kvad::eOk)
+      say(one->name + L" = " + shown(value) + (one->readOnly ? L" (read only)" : L""));
+  }
+}
+
+/// The new value by the variable's type; none when the command ends.
+std::optional<KvEdVarValue> askValue(const KvEdVariable& variable, const KvEdVarValue& old) {
+  const CString prompt = L"\nEnter new value for " + variable.name + L" <" + shown(old) + L">: ";
+  if (std::holds_alternative<int>(old)) {
+    int value = 0;
+    // On and off are 1 and 0.
+    Ask ask(prompt);
+    const Got got = ask.keywords(L"ON OFF").whole(value);
+    if (got == Got::Keyword) return KvEdVarValue(ask.keyword == L"ON" ? 1 : 0);
+    return got == Got::Value ? std::optional<KvEdVarValue>(value) : std::nullopt;
+  }
+  if (std::holds_alternative<double>(old)) {
+    double value = 0;
+    if (Ask(prompt).real(value) != Got::Value) return std::nullopt;
+    return value;
+  }
+  if (std::holds_alternative<CString>(old)) {
+    CString value;
+    if (Ask(prompt).text(value, true) != Got::Value) return std::nullopt;
+    // A single point is what empties a text.
+    return value == L"." ? CString() : value;
+  }
+  KvGePoint3d value;
+  if (Ask(prompt).point(value) != Got::Value) return std::nullopt;
+  return KvEdVarPoint{value.x, value.y, value.z};
+}
+
+void runSetvar() {
+  if (!editor()) return;
+  CString name = std::exchange(editor()->typedVariable, CString());
+  if (name.IsEmpty()) {
+    if (Ask(L"\nEnter variable name or [?]: ").text(name) != Got::Value) return;
+    if (name == L"?") return listVariables();
+  }
+  KvEdSysVars& variables = editor()->variables();
+  const KvEdVariable* variable = variables.find(name);
+  KvEdVarValue old;
+  if (!variable || variables.get(name, old) != Kvad::eOk)
+    return fail(L"There is no variable \"" + name + L"\". Type SETVAR ? for a list.");
+  if (variable->readOnly) return say(variable->name + L" = " + shown(old) + L" (read only)");
+  const auto value = askValue(*variable, old);
+  if (!value) return;
+  switch (variables.set(name, *value)) {
+    case Kvad::eOk:
+      return;
+    case Kvad::eOutOfRange: {
+      CString limits;
+      limits.Format(L"A value from %s to %s expected.", numberText(variable->lowest),
+                    numberText(variable->highest));
+      return fail(variable->lowest == variable->highest ? CString(L"The value is out of range.") : limits);
+    }
+    default:
+      return fail(L"The variable can't be set to that value.");
+  }
+}
+
+/// A script's text: UTF-16 or UTF-8 by its mark, UTF-8 where it is valid, else the system's 8-bit code page.
+CString decoded(std::string_view bytes) {
+  if (bytes.starts_with("\xFF\xFE")) return platform::fromUtf16Bytes(bytes.substr(2));
+  if (bytes.starts_with("\xEF\xBB\xBF")) return platform::fromUtf8(bytes.substr(3));
+  return platform::isUtf8(bytes) ? platform::fromUtf8(bytes)
+                                 : platform::fromCodePage(bytes, platform::kSystemCodePage);
+}
+
+void runScript() {
+  constexpr int kDeepest = 32;
+  CString name;
+  if (!editor() || Ask(L"\nEnter script file name: ").text(name, true) != Got::Value) return;
+  if (editor()->sourceCount() >= kDeepest) return fail(L"Scripts are nested too deeply.");
+  if (!platform::isFile(name) && platform::isFile(name + L".scr")) name += L".scr";
+  std::string bytes;
+  if (const auto status = platform::readFile(platform::toNative(name), bytes); !status)
+    return fail(platform::wideFromUtf8(status.message()));
+  editor()->pushSource(std::make_unique<KvEdScriptSource>(decoded(bytes)));
+}
+
+void runDelay() {
+  constexpr int kLongest = 32767;
+  int milliseconds = 0;
+  if (Ask(L"\nEnter delay time in milliseconds: ").flags(KVED_NONEG).whole(milliseconds) != Got::Value)
+    return;
+  if (milliseconds > kLongest) return fail(L"A time of at most 32767 milliseconds expected.");
+  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
+void runRegen() {
+  kvedUpdateDisplay();
+}
+void runRedraw() {
+  kvedRedraw(nullptr, 0);
+}
+
+/// Views that ZOOM came from, in each drawing.
+class ViewHistory : public KvDbAttachment {
+ public:
+  std::vector<KvEdView> views;
+};
+
+void show(const KvEdView& view) {
+  constexpr std::size_t kMostViews = 10;
+  const KvEdView before = kvedViewOf(*drawing());
+  if (kvedSetViewOf(*drawing(), view) != Kvad::eOk) return fail(L"There is no such view.");
+  auto& views = drawing()->attachment<ViewHistory>().views;
+  views.push_back(before);
+  if (views.size() > kMostViews) views.erase(views.begin());
+  kvedUpdateDisplay();
+}
+
+/// The view with all of a box (world coordinates) in it.
+void showBox(KvEdView view, const KvDbExtents& box) {
+  const auto& size = editor()->screen().size;
+  const double screenRatio = static_cast<double>(size.width) / size.height;
+  const KvGeMatrix3d toView = view.worldToView();
+  KvGePoint2d low(INFINITY, INFINITY), high(-INFINITY, -INFINITY);
+  const KvGePoint3d ends[2] = {box.minPoint(), box.maxPoint()};
+  for (int i = 0; i < 8; ++i) {
+    const KvGePoint3d at = toView * KvGePoint3d(ends[i & 1].x, ends[i >> 1 & 1].y, ends[i >> 2].z);
+    low = {std::min(low.x, at.x), std::min(low.y, at.y)};
+    high = {std::max(high.x, at.x), std::max(high.y, at.y)};
+  }
+  constexpr double kRoom = 1.05;
+  const double height = std::max(high.y - low.y, (high.x - low.x) / screenRatio) * kRoom;
+  if (height > 0) view.height = height;
+  view.center = {(low.x + high.x) / 2, (low.y + high.y) / 2};
+  show(view);
+}
+
+std::optional<KvDbExtents> extentsOfSpace() {
+  KvDbExtents all;
+  if (const auto* space = look<KvDbBlockTableRecord>(drawing()->currentSpaceId()))
+    for (KvDbObjectId id : space->entities()) {
+      KvDbExtents own;
+      if (look<KvDbEntity>(id)->getGeomExtents(own) == Kvad::eOk) all.addExt(own);
+    }
+  return all.isEmpty() ? std::nullopt : std::optional(all);
+}
+
+void zoomExtents(bool withLimits) {
+  KvDbExtents box;
+  if (const auto all = extentsOfSpace()) box = *all;
+  if (withLimits || box.isEmpty()) {
+    const auto low = variable(L"LIMMIN", KvEdVarPoint{}),
+               high = variable(L"LIMMAX", KvEdVarPoint{420, 297, 0});
+    box.addPoint({low.x, low.y, 0});
+    box.addPoint({high.x, high.y, 0});
+  }
+  showBox(kvedViewOf(*drawing()), box);
+}
+
+void zoomPrevious() {
+  auto& views = drawing()->attachment<ViewHistory>().views;
+  if (views.empty()) return say(L"There is no previous view.");
+  kvedSetViewOf(*drawing(), views.back());
+  views.pop_back();
+  kvedUpdateDisplay();
+}
+
+void zoomCenter() {
+  KvEdView view = kvedViewOf(*drawing());
+  KvGePoint3d center;
+  if (Ask(L"\nSpecify center point: ").point(center) != Got::Value) return;
+  CString reply;
+  if (Ask(L"\nEnter magnification or height <" + numberText(view.height) + L">: ").text(reply) ==
+      Got::Cancelled)
+    return;
+  double value = view.height;
+  const bool isFactor = reply.GetLength() > 1 && (reply.Right(1) == L"x" || reply.Right(1) == L"X");
+  if (!reply.IsEmpty() &&
+      !platform::parseWhole((isFactor ? reply.Left(reply.GetLength() - 1) : reply).view(), value))
+    return fail(L"\"" + reply + L"\" is no height.");
+  if (!(value > 0)) return fail(L"A height above 0 expected.");
+  const KvGePoint3d at = view.worldToView() * toWorld(center);
+  view.center = {at.x, at.y};
+  view.height = isFactor ? view.height / value : value;
+  show(view);
+}
+
+/// A factor: of the limits' view when it stands alone, of the present one behind an x.
+void zoomBy(CString text) {
+  KvEdView view = kvedViewOf(*drawing());
+  double factor = 0;
+  const bool isOfView = text.GetLength() > 1 && (text.Right(1) == L"x" || text.Right(1) == L"X");
+  if (isOfView) text = text.Left(text.GetLength() - 1);
+  if (!platform::parseWhole(text.view(), factor) || !(factor > 0))
+    return fail(L"A scale factor (nX of the present view) or an option expected.");
+  if (!isOfView) {
+    const auto low = variable(L"LIMMIN", KvEdVarPoint{}),
+               high = variable(L"LIMMAX", KvEdVarPoint{420, 297, 0});
+    if (high.y > low.y) view.height = high.y - low.y;
+  }
+  view.height /= factor;
+  show(view);
+}
+
+void zoomWindow(const KvGePoint3d& first, const KvGePoint3d& second) {
+  if (flatDistance(first, second) == 0) return fail(L"Two different corners expected.");
+  KvDbExtents box;
+  box.addPoint(toWorld(first));
+  box.addPoint(toWorld({second.x, second.y, first.z}));
+  showBox(kvedViewOf(*drawing()), box);
+}
+
+void runZoom() {
+  if (!drawing()) return;
+  KvGePoint3d first, second;
+  Ask ask(
+      L"\nSpecify corner of window, enter a scale factor (nX), or [All/Center/Extents/Previous/Scale/Window] "
+      L"<Extents>: ");
+  ask.keywords(L"All Center Extents Previous Scale Window").flags(KVED_ARBITRARY);
+  Got got = ask.point(first);
+  if (got == Got::Value) {
+    if (Ask(L"\nSpecify opposite corner: ").corner(first, second) == Got::Value) zoomWindow(first, second);
+    return;
+  }
+  if (got == Got::Cancelled) return;
+  if (got == Got::Nothing || ask.keyword == L"Extents") return zoomExtents(false);
+  if (ask.keyword == L"All") return zoomExtents(true);
+  if (ask.keyword == L"Previous") return zoomPrevious();
+  if (ask.keyword == L"Center") return zoomCenter();
+  if (ask.keyword == L"Window") {
+    if (Ask(L"\nSpecify first corner: ").point(first) != Got::Value) return;
+    if (Ask(L"\nSpecify opposite corner: ").corner(first, second) == Got::Value) zoomWindow(first, second);
+    return;
+  }
+  CString factor = ask.keyword;
+  if (factor == L"Scale" && Ask(L"\nEnter a scale factor (nX): ").text(factor) != Got::Value) return;
+  zoomBy(factor);
+}
+
+void runAudit() {
+  if (!drawing()) return;
+  KvDbDatabase copy(false, true);
+  KvIoReport report;
+  const std::string bytes = kvdbFormatDrawing(*drawing());
+  if (kvdbParseDrawing(copy, bytes, report, KvIoMode::Recover) != Kvad::eOk)
+    return fail(report.error.describe());
+  for (const KvIoMessage& repair : report.repairs) say(repair.text);
+  const auto total = report.repairs.size() + report.repairsLeftOut;
+  CString text;
+  text.Format(L"%d faults found", static_cast<int>(total));
+  say(text);
+  if (total > 0) say(L"\"korvane audit --fix\" mends the saved file.");
+}
+
+constexpr KvCommandRow kRows[] = {
+    {L"AUDIT", L"", KVRX_CMD_MODAL, runAudit, L"Looks for faults that a saved file would have.", L""},
+    {L"DELAY", L"", KVRX_CMD_MODAL, runDelay, L"Waits; for scripts.", L"Enter delay time in milliseconds:"},
+    {L"HELP", L"?", KVRX_CMD_TRANSPARENT, runHelp, L"Tells of all commands, or the prompts of one.",
+     L"Enter command name <all>:"},
+    {L"REDRAW", L"R REDRAWALL", KVRX_CMD_TRANSPARENT, runRedraw, L"Takes temporary lines from the screen.",
+     L""},
+    {L"REGEN", L"RE REGENALL", KVRX_CMD_MODAL, runRegen, L"Shows the drawing anew.", L""},
+    {L"SCRIPT", L"SCR", KVRX_CMD_MODAL, runScript, L"Runs a script file.", L"Enter script file name:"},
+    {L"SETVAR", L"SET", KVRX_CMD_TRANSPARENT, runSetvar,
+     L"Shows and changes system variables; a variable's name typed as a command does so too.",
+     L"Enter variable name or [?]:\nEnter new value for NAME <>: (empty: stays; a point empties a text)"},
+    {L"ZOOM", L"Z", KVRX_CMD_TRANSPARENT, runZoom, L"Shows more or less of the drawing.",
+     L"Specify corner of window, enter a scale factor (nX), or [All/Center/Extents/Previous/Scale/Window] "
+     L"<Extents>:\nSpecify opposite corner:\nSpecify center point: (after Center)\nEnter magnification or "
+     L"height <>: (after Center)"},
+};
+
+}  // namespace
+
+std::span<const KvCommandRow> sessionRows() {
+  return kRows;
+}
+
+}  // namespace kvcmd

@@ -1,0 +1,265 @@
+// What holds for every command of the table: nonsense ends well, steps are taken back to the byte, help and
+// completion know them, the documents are current.
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+#include "host/commands/command_table.h"
+#include "host/commands/completion.h"
+#include "host/io/drawing_file.h"
+#include "tests/editor/editor_host.h"
+#include "tests/support/notation.h"
+
+namespace {
+
+class AllCommandsTest : public test::EditorHost {
+ protected:
+  void run(const CString& script) {
+    editor().pushSource(std::make_unique<KvEdScriptSource>(script));
+    app.run();
+  }
+  void fill() {
+    ASSERT_EQ(test::addNotation(database(), R"(line 0,0 10,0
+                                               line 0,0 0,10
+                                               circle 5,5 r3
+                                               arc 20,0 r5 0..90
+                                               pline 30,0 40,0 b1 40,10 closed
+                                               text 0,20 h2.5 "words"
+                                               point 7,7 layer=LOCKED)"),
+              "");
+    run(L"LAYER LO LOCKED\n\nBLOCK B 0,0 L\n\n");
+  }
+};
+
+/// Keywords of a prompt's brackets in a row of the table.
+std::vector<CString> keywordsOf(const KvCommandRow& row, const KvEdEditor& editor) {
+  std::vector<CString> words;
+  const CString prompts(row.prompts);
+  for (int from = 0; from >= 0 && from < prompts.GetLength();) {
+    int end = prompts.Find(L"\n", from);
+    if (end < 0) end = prompts.GetLength();
+    for (const CString& word : kvcmdCompletions(editor, prompts.Mid(from, end - from), L""))
+      words.push_back(word);
+    from = end + 1;
+  }
+  return words;
+}
+
+constexpr const wchar_t* kNonsense[] = {
+    L"\n1e300,1e300\nnan,nan\n@1e99<1e99\n-1\n0\n\n2147483648\nxyzzy\n*\n?\n\n\n\n\n\n",
+    L"0,0\n0,0\n0,0\n0,0\n\n0,0\n\n0\n0,0\n\n\n\n\n",
+    L"ALL\n\n0,0\n1,1\n2\n3\nY\n\n\n\n\n\n\n",
+    L"5,2\n8,8\n1e99\n-1e99\n1e-300\n\n\n\n\n\n",
+    L"L\n\nL\nL\n\nP\n\n(\n)\n\"\n'\n;\n\\\n\n\n\n\n",
+    L"B\n0,0\n\n\n\n\n\n\n",
+};
+
+TEST_F(AllCommandsTest, NonsenseAtEveryPromptEndsWell) {
+  const auto home = std::filesystem::current_path();
+  std::filesystem::current_path(folder.path());
+  std::size_t runs = 0;
+  for (const KvCommandRow* row : kvcmdRows()) {
+    std::vector<CString> beginnings = {L""};
+    for (const CString& word : keywordsOf(*row, editor())) beginnings.push_back(word + L"\n");
+    for (const CString& beginning : beginnings)
+      for (const wchar_t* nonsense : kNonsense) {
+        while (app.documents().curDocument()) app.documents().close(app.documents().curDocument());
+        app.newDocument();
+        fill();
+        shown.Empty();
+        editor().pushSource(std::make_unique<KvEdScriptSource>(beginning + nonsense));
+        editor().runCommand(row->name);
+        editor().dropInput();
+        ++runs;
+        EXPECT_FALSE(editor().isCommandRunning());
+        if (!app.documents().curDocument()) app.newDocument();
+        EXPECT_EQ(database().openCount(), 0)
+            << platform::utf8From(CString(row->name) + L" " + beginning + nonsense);
+        EXPECT_EQ(shown.Find(L"unexpectedly"), -1) << platform::utf8From(shown);
+      }
+  }
+  std::filesystem::current_path(home);
+  EXPECT_GT(runs, 2 * kvcmdRows().size() * std::size(kNonsense));
+}
+
+TEST_F(AllCommandsTest, EveryStepOfAHundredCommandsIsTakenBackToTheByte) {
+  const wchar_t* const commands[] = {
+      L"LINE 0,0 10,0 10,10 C\n",
+      L"PLINE 0,0 10,0 A 10,10 W 1 2 L 0,10 C\n",
+      L"RECTANG 20,0 30,5\n",
+      L"POLYGON 5 50,0 I 5\n",
+      L"CIRCLE 0,50 5\n",
+      L"ARC 0,0 5,5 10,0\n",
+      L"ELLIPSE 0,80 10,80 3\n",
+      L"POINT 3,3\n",
+      L"RAY 0,0 1,1\n\n",
+      L"XLINE H 7,7\n\n",
+      L"SPLINE 0,0 5,5 10,0\n\n\n\n",
+      L"SOLID 0,0 1,0 0,1 1,1\n\n",
+      L"DONUT 1 2 70,70\n\n",
+      L"STYLE NOTES txt 0 0.8 10 N N\n",
+      L"TEXT 0,100 3 0 words\nmore\n\n",
+      L"MTEXT 0,200 50,150 one\ntwo\n\n",
+      L"ATTDEF\n\nTAG\nWhat?\nvalue\n5,5 2 0\n",
+      L"BLOCK PLATE 0,0 L\n\n",
+      L"INSERT PLATE 40,40 1 1 0\nx\n",
+      L"LAYER M OUTLINE C 1\n\n\n",
+      L"DIMLINEAR 0,0 10,5 5,-5\n",
+      L"DIMALIGNED 0,0 10,5 5,9\n",
+      L"DIMRADIUS 5,50 9,60\n",
+      L"DIMANGULAR\n\n0,0 10,0 0,10 5,5\n",
+      L"DIMORDINATE 7,3 7,20\n",
+      L"LEADER 0,0 5,5 9,5\n\nnote\n\n",
+      L"MOVE L\n\n0,0 1,1\n",
+      L"COPY ALL\n\n0,0 200,0\n\n",
+      L"ROTATE L\n\n0,0 30\n",
+      L"SCALE L\n\n0,0 2\n",
+      L"MIRROR L\n\n0,0 0,1 N\n",
+      L"ARRAY L\n\nR 2 2 5 5\n",
+      L"LINE 300,0 310,0\n\n",
+      L"LINE 300,0 300,10\n\n",
+      L"FILLET R 2\n",
+      L"FILLET 308,0 300,8\n",
+      L"LINE 400,0 410,0\n\n",
+      L"LINE 400,0 400,10\n\n",
+      L"CHAMFER D 1 2 408,0 400,8\n",
+      L"LINE 500,0 510,0\n\n",
+      L"OFFSET 2 505,0 505,5\n\n",
+      L"BREAK 504,0 506,0\n",
+      L"LINE 520,-5 520,5\n\n",
+      L"EXTEND\n\n510,0\n\n",
+      L"TRIM\n\n518,0\n\n",
+      L"JOIN 502,0 L\n\n",
+      L"STRETCH C 512,9 508,-9\n\n0,0 3,0\n",
+      L"CHPROP L\n\nC 3 LA 0\n\n",
+      L"CHANGE L\n\nP LT ByBlock\n\n",
+      L"MATCHPROP 505,2 L\n\n",
+      L"LINETYPE S Continuous\n\n",
+      L"DIMTXT 5\n",
+      L"DIMSTYLE S LARGE\n",
+      L"DIMSTYLE R Standard\n",
+      L"GROUP C PARTS L\n\n",
+      L"GROUP E PARTS\n",
+      L"UCS 5,5\n\n",
+      L"UCS Z 30\n",
+      L"LINE 0,0 10,0\n\n",
+      L"UCS P\n",
+      L"UCS W\n",
+      L"LAYOUT N Sheet\n",
+      L"LAYOUT S Sheet\n",
+      L"CIRCLE 50,50 20\n",
+      L"LAYOUT S Model\n",
+      L"LAYOUT R Sheet Page\n",
+      L"ZOOM E\n",
+      L"ZOOM 2x\n",
+      L"RENAME LA OUTLINE CONTOUR\n",
+      L"SETVAR LTSCALE 2\n",
+      L"PDMODE 3\n",
+      L"HATCH ANSI31 1 0 0,50\n\n",
+      L"EXPLODE 20,2\n\n",
+      L"ERASE L\n\n",
+      L"PURGE A * N\n",
+  };
+  std::map<int, std::string> states;  // by the number of steps
+  const auto steps = [&] { return database().undoRecorder().undoCount(); };
+  fill();
+  const int first = steps();
+  int ran = 0;
+  const auto keep = [&] { states[steps()] = kvdbFormatDrawing(database()); };
+  keep();
+  // Twice, the second time on what the first has made.
+  for (int round = 0; round < 2; ++round)
+    for (const wchar_t* command : commands) {
+      shown.Empty();
+      run(command);
+      ++ran;
+      EXPECT_EQ(shown.Find(L"Unknown command"), -1) << platform::utf8From(shown);
+      EXPECT_EQ(database().openCount(), 0);
+      keep();
+    }
+  EXPECT_GE(ran, 100);
+  EXPECT_GE(steps() - first, 100);
+  while (steps() > first) {
+    run(L"U\n");
+    ASSERT_TRUE(states.contains(steps()));
+    ASSERT_EQ(kvdbFormatDrawing(database()) == states[steps()], true) << steps() - first << " steps are left";
+  }
+}
+
+TEST_F(AllCommandsTest, DocumentsAreCurrent) {
+  std::ifstream file(KORVANE_DOCS "/commands.md");
+  const std::string page{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_TRUE(page == platform::utf8From(kvcmdDocument()))
+      << "docs/commands.md: korvane help --markdown makes it";
+}
+
+TEST_F(AllCommandsTest, CompletionKnowsNamesAndKeywords) {
+  const auto words = [&](const wchar_t* prompt, const wchar_t* start) {
+    return kvcmdCompletions(editor(), prompt, start);
+  };
+  using Words = std::vector<CString>;
+  EXPECT_EQ(words(L"Command: ", L"rect"), (Words{L"RECTANG", L"RECTANGLE"}));
+  EXPECT_EQ(words(L"Command: ", L"LTSC"), (Words{L"LTSCALE"}));
+  const wchar_t* prompt = L"\nSpecify endpoint of arc or [Angle/CEnter/CLose/Second pt/Undo]: ";
+  EXPECT_EQ(words(prompt, L"c"), (Words{L"CEnter", L"CLose"}));
+  EXPECT_EQ(words(prompt, L"S"), (Words{L"Second"}));
+  EXPECT_EQ(words(prompt, L"").size(), 5U);
+  EXPECT_TRUE(words(L"\nSpecify next point: ", L"").empty());
+  EXPECT_EQ(kvcmdCommonStart(words(L"Command: ", L"rect")), L"RECTANG");
+  EXPECT_EQ(kvcmdCommonStart({}), L"");
+}
+
+TEST_F(AllCommandsTest, VariablesByTheirNames) {
+  run(L"LTSCALE 2.5\nSETVAR LUPREC 3\nFILLETRAD\n\nORTHOMODE ON\nUSERS1 some words\n");
+  EXPECT_EQ(database().ltscale(), 2.5);
+  KvEdVarValue value;
+  editor().variables().get(L"USERS1", value);
+  EXPECT_EQ(std::get<CString>(value), L"some words");
+  editor().variables().get(L"ORTHOMODE", value);
+  EXPECT_EQ(std::get<int>(value), 1);
+  shown.Empty();
+  run(L"LUPREC 99\n");
+  EXPECT_GE(shown.Find(L"from 0 to 8"), 0) << platform::utf8From(shown);
+  shown.Empty();
+  run(L"CDATE\nNOSUCH\n");
+  EXPECT_GE(shown.Find(L"read only"), 0);
+  EXPECT_GE(shown.Find(L"Unknown command \"NOSUCH\""), 0);
+}
+
+TEST_F(AllCommandsTest, DrawingsAreSavedOpenedAndLeft) {
+  const CString file = platform::wideFromUtf8((folder.path() / "a b.dxf").string());
+  fill();
+  const std::string content = test::notationOf(database());
+  run(L"SAVEAS " + file + L"\n");
+  EXPECT_TRUE(std::filesystem::exists(folder.path() / "a b.dxf"));
+  EXPECT_EQ(database().modifiedWord(), 0);
+  run(L"ERASE ALL\n\nSAVEAS " + file + L"\n");  // its own name: no question
+  run(L"U\nU\nSAVE\n");
+  run(L"NEW\n");
+  EXPECT_EQ(app.documents().documentCount(), 2);
+  EXPECT_EQ(test::notationOf(database()), "");
+  run(L"CLOSE\nLINE 0,0 1,1\n\nCLOSE N\nCLOSE Y\n");
+  EXPECT_EQ(app.documents().documentCount(), 0);
+  shown.Empty();
+  run(L"OPEN nowhere.dxf\nPOINT\nSAVE\n");  // without a drawing nothing is done, and said so
+  EXPECT_GE(shown.Find(L"nowhere.dxf"), 0);
+  EXPECT_GE(shown.Find(L"There is no drawing"), 0) << platform::utf8From(shown);
+  run(L"OPEN " + file + L"\n");
+  EXPECT_EQ(test::notationOf(database()), content);
+  run(L"LINE 0,0 1,1\n\nQUIT N\nPOINT 1,1\nQUIT Y\nPOINT 2,2\n");
+  EXPECT_EQ(test::notationOf(database()), content + "line 0,0 1,1\npoint 1,1\n");
+}
+
+TEST_F(AllCommandsTest, ScriptsRunOneAnotherToAnEnd) {
+  std::ofstream(folder.path() / "in.scr") << "POINT 2,2\n";
+  std::ofstream(folder.path() / "self.scr")
+      << "POINT 5,5\nSCRIPT " << (folder.path() / "self.scr").string() << "\n";
+  const CString inner = platform::wideFromUtf8((folder.path() / "in").string());
+  const CString self = platform::wideFromUtf8((folder.path() / "self.scr").string());
+  run(L"POINT 1,1\nSCRIPT " + inner + L"\nPOINT 3,3\n");
+  EXPECT_EQ(test::notationOf(database()), "point 1,1\npoint 2,2\npoint 3,3\n");
+  run(L"SCRIPT " + self + L"\n");
+  EXPECT_GE(shown.Find(L"nested too deeply"), 0);
+}
+
+}  // namespace

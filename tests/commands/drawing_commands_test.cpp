@@ -1,0 +1,180 @@
+// What commands make of a drawing: given entities, a script, and the entities that are expected then.
+#include "host/editor/ucs.h"
+#include "tests/editor/editor_host.h"
+#include "tests/support/notation.h"
+
+namespace {
+
+struct Case {
+  const char* name;
+  const char* given;
+  const char* script;  ///< `|` ends a line
+  const char* expected;
+};
+
+/// So that a failing case is told by its name.
+void PrintTo(const Case& one, std::ostream* out) {
+  *out << one.name;
+}
+
+class DrawingCommandsTest : public test::EditorHost, public testing::WithParamInterface<Case> {
+ protected:
+  void runScript(std::string script) {
+    for (char& c : script)
+      if (c == '|') c = '\n';
+    editor().pushSource(std::make_unique<KvEdScriptSource>(platform::wideFromUtf8(script)));
+    app.run();
+  }
+};
+
+TEST_P(DrawingCommandsTest, GivenDoExpect) {
+  const Case& one = GetParam();
+  ASSERT_EQ(test::addNotation(database(), one.given), "");
+  runScript(one.script);
+  EXPECT_EQ(test::notationOf(database()), test::tidied(one.expected)) << platform::utf8From(shown);
+  EXPECT_EQ(database().openCount(), 0);
+}
+
+constexpr Case kDrawing[] = {
+    {"PlineLines", "", "PLINE 0,0 10,0 10,10 C|", "pline 0,0 10,0 10,10 closed"},
+    {"PlineSmoothArc", "", "PLINE 0,0 10,0 A 10,10 L 0,10||", "pline 0,0 10,0 b1 10,10 0,10"},
+    {"PlineArcWays", "", "PLINE 1,0 A S 0,1 -1,0 CE 0,0 A 180 U||", "pline 1,0 b1 -1,0"},
+    {"PlineClockwiseSecond", "", "PLINE 1,0 A S 0,-1 -1,0||", "pline 1,0 b-1 -1,0"},
+    {"PlineRadiusAndAngle", "", "PLINE 0,0 A R 5 10,0 A -180 20,0||", "pline 0,0 b1 10,0 b-1 20,0"},
+    {"PlineWidthsAndLength", "", "PLINE 0,0 W 1 2 10,0 L 5||", "pline 0,0 w1/2 10,0 w2/2 15,0"},
+    {"PlineUndoToTheStart", "", "PLINE 0,0 1,0 2,0 U U U 5,5||", "pline 0,0 5,5"},
+    {"PlineOfOnePoint", "", "PLINE 0,0||", ""},
+    {"Rectangle", "", "RECTANG 0,0 4,3|", "pline 0,0 4,0 4,3 0,3 closed"},
+    {"RectangleTurned", "", "RECTANG 0,0 R 90 D 4 3|", "pline 0,0 0,4 -3,4 -3,0 closed"},
+    {"RectangleByArea", "", "RECTANG 0,0 A 12 4|", "pline 0,0 4,0 4,3 0,3 closed"},
+    {"RectangleChamfered", "", "RECTANG C 1 1 0,0 4,3|", "pline 0,1 1,0 3,0 4,1 4,2 3,3 1,3 0,2 closed"},
+    {"RectangleFilletedBackwards", "", "RECTANG F 1 0,0 -4,3|",
+     "pline 0,1 b-0.414214 -1,0 -3,0 b-0.414214 -4,1 -4,2 b-0.414214 -3,3 -1,3 b-0.414214 0,2 closed"},
+    {"RectangleFlat", "", "RECTANG 0,0 4,0|", ""},
+    {"PolygonByEdge", "", "POLYGON 4 E 0,0 2,0|", "pline 0,0 2,0 2,2 0,2 closed"},
+    {"PolygonAbout", "", "POLYGON 4 0,0 C 1|", "pline -1,-1 1,-1 1,1 -1,1 closed"},
+    {"PolygonOfTwoSides", "", "POLYGON 2 3 0,0 I 0,1|", "pline 0,1 -0.866025,-0.5 0.866025,-0.5 closed"},
+    {"Donut", "", "DONUT 2 4 0,0||", "pline -1.5,0 b1 w1/1 1.5,0 b1 w1/1 closed"},
+    {"SolidGoesOn", "", "SOLID 0,0 2,0 0,2 2,2 0,4||", "solid 0,0 2,0 0,2 2,2\nsolid 0,2 2,2 0,4 0,4"},
+    {"Ellipse", "", "ELLIPSE -10,0 10,0 5|", "ellipse 0,0 10,0 q0.5"},
+    {"EllipseSecondAxisLonger", "", "ELLIPSE C 0,0 5,0 10|", "ellipse 0,0 0,10 q0.5"},
+    {"EllipseArc", "", "ELLIPSE A C 0,0 10,0 5 0 90|", "ellipse 0,0 10,0 q0.5 0..90"},
+    {"EllipseEdgeOn", "", "ELLIPSE C 0,0 10,0 R 90|", ""},
+    {"PointsRaysLines", "", "POINT 1,2|RAY 0,0 5,0 0,5||XLINE V 3,0||XLINE 0,0 3,4||",
+     "point 1,2\nray 0,0 1,0\nray 0,0 0,1\nxline 3,0 0,1\nxline 0,0 0.6,0.8"},
+    {"XlineBisector", "", "XLINE B 0,0 5,0 0,5 -5,0||", "xline 0,0 0.707107,0.707107\nxline 0,0 0,-1"},
+    {"Spline", "", "SPLINE 0,0 5,5 10,0||||", "spline 0,0 5,5 10,0"},
+    {"TextLines", "", "TEXT 0,0 3 0 first line|second||",
+     "text 0,0 h3 \"first line\"\ntext 0,-5 h3 \"second\""},
+    {"TextTurned", "", "TEXT 10,0 3 90 a|b||", "text 10,0 h3 \"a\" turn=90\ntext 15,0 h3 \"b\" turn=90"},
+    {"Mtext", "", "MTEXT 0,10 H 2 J MC 20,0 one two|three||", "mtext 10,5 h2 \"one two\\Pthree\""},
+};
+INSTANTIATE_TEST_SUITE_P(Draw, DrawingCommandsTest, testing::ValuesIn(kDrawing),
+                         [](const auto& one) { return one.param.name; });
+
+constexpr Case kChanging[] = {
+    {"Move", "line 0,0 1,0\ncircle 0,0 r1", "MOVE L||0,0 5,5|", "line 0,0 1,0\ncircle 5,5 r1"},
+    {"MoveByFirstPoint", "point 1,1", "MOVE L||2,3||", "point 3,4"},
+    {"MoveByDisplacement", "point 1,1", "MOVE L||D 2,3|", "point 3,4"},
+    {"CopyManyAndUndo", "point 0,0", "COPY L||0,0 1,0 2,0 U 3,0||", "point 0,0\npoint 1,0\npoint 3,0"},
+    {"CopyRowToFit", "point 0,0", "COPY L||0,0 A 3 F 4,0||", "point 0,0\npoint 2,0\npoint 4,0"},
+    {"Rotate", "line 0,0 10,0", "ROTATE L||0,0 90|", "line 0,0 0,10"},
+    {"RotateCopyByReference", "line 0,0 10,0", "ROTATE L||0,0 C R 30 120|", "line 0,0 10,0\nline 0,0 0,10"},
+    {"ScaleByReference", "circle 2,0 r1", "SCALE L||0,0 R 2 5|", "circle 5,0 r2.5"},
+    {"ScaleCopy", "circle 2,0 r1", "SCALE L||0,0 C 2|", "circle 2,0 r1\ncircle 4,0 r2"},
+    {"Mirror", "line 1,0 2,1", "MIRROR L||0,0 0,1 N|", "line 1,0 2,1\nline -1,0 -2,1"},
+    {"MirrorInPlace", "arc 5,0 r2 0..90", "MIRROR L||0,0 0,5 Y|", "arc -5,0 r2 90..180"},
+    {"ArrayOfRows", "point 0,0", "ARRAY L||R 2 2 10 5|", "point 0,0\npoint 5,0\npoint 0,10\npoint 5,10"},
+    {"ArrayOfRing", "line 1,0 2,0", "ARRAY L||P 0,0 4 360 Y|",
+     "line 1,0 2,0\nline 0,1 0,2\nline -1,0 -2,0\nline 0,-1 0,-2"},
+    {"ArrayOfPartUnturned", "point 1,0", "ARRAY L||P 0,0 3 90 N|",
+     "point 1,0\npoint 0.707107,0.707107\npoint 0,1"},
+    {"ArrayTooLarge", "point 0,0", "ARRAY L||R 10000 10000 1 1|", "point 0,0"},
+    {"StretchOneEnd", "line 0,0 10,0\npline 0,5 10,5 12,6", "STRETCH C 20,-5 9,9||0,0 5,0|",
+     "line 0,0 15,0\npline 0,5 15,5 17,6"},
+    {"StretchArcKeepsHeight", "arc 0,0 r5 0..180", "STRETCH C 4,-1 6,1||0,0 2,0|",
+     "arc 1,-1.1 r6.1 10.388858..169.611142"},
+    {"Extend", "line 0,0 5,0\nline 10,-5 10,5", "EXTEND||5,0||", "line 0,0 10,0\nline 10,-5 10,5"},
+    {"ExtendNearestEdge", "line 0,0 5,0\nline 10,-5 10,5\nline 8,-5 8,5", "EXTEND||4,0||",
+     "line 0,0 8,0\nline 10,-5 10,5\nline 8,-5 8,5"},
+    {"ExtendTheOtherEnd", "line 0,0 5,0\nline -10,-5 -10,5", "EXTEND||1,0||",
+     "line -10,0 5,0\nline -10,-5 -10,5"},
+    {"ExtendArc", "arc 0,0 r5 0..45\nline 0,0 0,10", "EXTEND||3.535534,3.535534||",
+     "arc 0,0 r5 0..90\nline 0,0 0,10"},
+    {"ExtendPolyline", "pline 0,5 0,0 5,0\nline 10,-5 10,5", "EXTEND||5,0||",
+     "pline 0,5 0,0 10,0\nline 10,-5 10,5"},
+    {"BreakLine", "line 0,0 10,0", "BREAK 3,0 7,0|", "line 0,0 3,0\nline 7,0 10,0"},
+    {"BreakAtOnePoint", "line 0,0 10,0", "BREAK 1,0 F 4,0 @|", "line 0,0 4,0\nline 4,0 10,0"},
+    {"BreakCircleForwards", "circle 0,0 r5", "BREAK 5,0 0,5|", "arc 0,0 r5 90..0"},
+    {"BreakCircleOverTheStart", "circle 0,0 r5", "BREAK 0,-5 0,5|", "arc 0,0 r5 90..270"},
+    {"FilletLines", "line 0,0 10,0\nline 0,0 0,10", "FILLET R 2|FILLET 8,0 0,8|",
+     "line 2,0 10,0\nline 0,2 0,10\narc 2,2 r2 180..270"},
+    {"FilletCrossingKeepsThePicks", "line -5,0 10,0\nline 0,-5 0,10", "FILLET R 0|FILLET 8,0 0,8|",
+     "line 0,0 10,0\nline 0,0 0,10"},
+    {"FilletParallel", "line 0,0 10,0\nline 0,4 8,4", "FILLET 9,0 7,4|",
+     "line 0,0 10,0\nline 0,4 10,4\narc 10,2 r2 270..90"},
+    {"FilletWithoutTrim", "line 0,0 10,0\nline 0,0 0,10", "FILLET R 2|FILLET T N 8,0 0,8|",
+     "line 0,0 10,0\nline 0,0 0,10\narc 2,2 r2 180..270"},
+    {"FilletPolyline", "pline 0,0 10,0 10,10", "FILLET R 2|FILLET P 5,0|",
+     "pline 0,0 8,0 b0.414214 10,2 10,10"},
+    {"ChamferLines", "line 0,0 10,0\nline 0,0 0,10", "CHAMFER D 2 3 8,0 0,8|",
+     "line 2,0 10,0\nline 0,3 0,10\nline 2,0 0,3"},
+    {"ChamferTooLongForPolyline", "pline 0,0 10,0 10,10", "CHAMFER D 20 20 P 5,0|", "pline 0,0 10,0 10,10"},
+    {"OffsetLine", "line 0,0 10,0", "OFFSET 2 5,0 5,1||", "line 0,0 10,0\nline 0,2 10,2"},
+    {"OffsetCircleBothWays", "circle 0,0 r5", "OFFSET 2 5,0 9,0 5,0 0,0||",
+     "circle 0,0 r5\ncircle 0,0 r7\ncircle 0,0 r3"},
+    {"OffsetTooFarInside", "circle 0,0 r5", "OFFSET 6 5,0 0,0||", "circle 0,0 r5"},
+    {"OffsetPolylineInwards", "pline 0,0 10,0 10,10 0,10 closed", "OFFSET 1 5,0 5,5||",
+     "pline 0,0 10,0 10,10 0,10 closed\npline 1,1 9,1 9,9 1,9 closed"},
+    {"OffsetSlot", "pline 0,0 10,0 b1 10,4 0,4 b1 closed", "OFFSET 1 5,0 5,-5||",
+     "pline 0,0 10,0 b1 10,4 0,4 b1 closed\npline 0,-1 10,-1 b1 10,5 0,5 b1 closed"},
+    {"OffsetThrough", "line 0,0 10,0", "OFFSET T 5,0 5,3||", "line 0,0 10,0\nline 0,3 10,3"},
+    {"JoinLines", "line 0,0 4,0\nline 10,0 6,0\nline 0,1 5,1", "JOIN 1,0 ALL||",
+     "line 0,0 10,0\nline 0,1 5,1"},
+    {"JoinToPolyline", "line 0,0 10,0\narc 10,5 r5 270..90\nline 0,10 10,10\nline 0,10 0,0", "JOIN 5,0 ALL||",
+     "pline 0,10 0,0 10,0 b1 10,10 closed"},
+    {"ExplodePolyline", "pline 0,0 10,0 b1 10,10 layer=A", "EXPLODE L||",
+     "line 0,0 10,0 layer=A\narc 10,5 r5 270..90 layer=A"},
+    {"Properties", "line 0,0 1,0", "LAYER M A||CHPROP L||C 1 LA A||", "line 0,0 1,0 layer=A color=1"},
+    {"ChangePoint", "line 0,0 10,0\ncircle 0,0 r1", "CHANGE ALL||9,3|", "line 0,0 9,3\ncircle 0,0 r9.486833"},
+    {"MatchProperties", "line 0,0 1,0 layer=A color=3\ncircle 0,9 r1", "MATCHPROP 0.5,0 L||",
+     "line 0,0 1,0 layer=A color=3\ncircle 0,9 r1 layer=A color=3"},
+    {"LockedLayersStay", "line 0,0 1,0 layer=A\npoint 5,5", "LAYER LO A||MOVE ALL||0,0 1,1|ERASE ALL||",
+     "line 0,0 1,0 layer=A"},
+    {"Linear", "", "DIMLINEAR 0,0 10,5 5,-3|DIMLINEAR 0,0 10,5 -3,2|DIMALIGNED 0,0 3,4 9,9|",
+     "dimension 10\ndimension 5\ndimension 5"},
+    {"RoundAndAngular", "circle 0,0 r4", "DIMRADIUS 4,0 9,9|DIMDIAMETER 4,0 9,9|DIMANGULAR||0,0 9,0 0,9 5,5|",
+     "circle 0,0 r4\ndimension 4\ndimension 8\ndimension 90"},
+    {"Ordinate", "", "DIMORDINATE 7,3 7,20|DIMORDINATE 7,3 20,3|", "dimension 7\ndimension 3"},
+};
+INSTANTIATE_TEST_SUITE_P(Change, DrawingCommandsTest, testing::ValuesIn(kChanging),
+                         [](const auto& one) { return one.param.name; });
+
+/// In a turned user system the same script gives the same figure, turned.
+class TurnedTest : public test::EditorHost, public testing::WithParamInterface<const char*> {};
+
+TEST_P(TurnedTest, TheFigureTurnsWithTheSystem) {
+  const auto run = [&](const std::string& script) {
+    editor().pushSource(std::make_unique<KvEdScriptSource>(platform::wideFromUtf8(script)));
+    app.run();
+  };
+  run(GetParam());
+  const std::string plain = test::notationOf(database());
+  ASSERT_NE(plain, "");
+  run("ERASE ALL\n\nUCS 100,50\n\nUCS Z 90\n");
+  run(GetParam());
+  EXPECT_NE(test::notationOf(database()), plain);
+  // Brought back, everything lies where it lay.
+  run("UCS W\nROTATE ALL\n\n100,50 -90\nMOVE ALL\n\n100,50 0,0\n");
+  EXPECT_EQ(test::notationOf(database()), plain) << platform::utf8From(shown);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Scripts, TurnedTest,
+    testing::Values("PLINE 0,0 10,0 A 10,10 C\n", "RECTANG 1,1 4,3\n", "ELLIPSE 0,0 10,0 2\n",
+                    "SPLINE 0,0 5,5 9,1\n\n\n\n", "SOLID 0,0 1,0 0,1 1,1\n\n", "TEXT 1,1 2 30 words\n\n",
+                    "LINE 0,0 10,0\n\nLINE 0,0 0,10\n\nFILLET R 2\nFILLET 8,0 0,8\n",
+                    "LINE 0,0 10,0\n\nOFFSET 2 5,0 5,1\n\n", "CIRCLE 5,5 2\nARRAY L\n\nP 0,0 4 360 Y\n",
+                    "LINE 0,0 4,0\n\nMIRROR L\n\n5,0 5,1 N\n"));
+
+}  // namespace
