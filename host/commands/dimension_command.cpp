@@ -1,4 +1,5 @@
 // DIMLINEAR, DIMALIGNED, DIMRADIUS, DIMDIAMETER, DIMANGULAR, DIMORDINATE, LEADER.
+#include "host/commands/internal/dimstyle.h"
 #include "host/commands/internal/rows.h"
 #include "host/commands/internal/support.h"
 #include "host/entities/curves.h"
@@ -38,7 +39,8 @@ void place(std::unique_ptr<KvDbDimension> dimension, const TextWish& wish) {
     // Texts and ordinates run along the user system's X axis.
     const KvGeVector3d x = KvGeMatrix3d::worldToPlane(made.normal()) * map.column(0);
     const double turn = KvGeVector2d(x.x, x.y).angle();
-    if (turn != 0) made.setHorizontalRotation(kvge::kTwoPi - turn);
+    if (turn != 0) made.setHorizontalRotation(turn);
+    made.setDimVars(presentDimVars());
     status = made.recomputeDimBlock(true);
     if (status != Kvad::eOk) made.erase();
   });
@@ -314,7 +316,7 @@ void runLeader() {
   leader->setHasArrowHead(hasArrow);
   if (addFromUser(std::move(leader)).isNull()) return fail(L"The leader could not be drawn.");
   if (text.IsEmpty()) return;
-  const KvDbDimVars vars = KvDbDimVars::ofStyle(drawing()->dimstyle());
+  const KvDbDimVars vars = presentDimVars();
   const double scale = vars.real(KvDbDimVar::Scale) > 0 ? vars.real(KvDbDimVar::Scale) : 1;
   const double gap = vars.real(KvDbDimVar::Gap) * scale, height = vars.real(KvDbDimVar::Txt) * scale;
   const bool goesLeft = points.back().x < points[points.size() - 2].x;

@@ -1,15 +1,28 @@
 // LINETYPE, STYLE, DIMSTYLE, GROUP, RENAME, PURGE.
 #include "host/base/wcmatch.h"
+#include "host/commands/internal/dimstyle.h"
 #include "host/commands/internal/rows.h"
 #include "host/commands/internal/support.h"
 #include "host/database/block.h"
 #include "host/database/dictionary.h"
 #include "host/database/header.h"
 #include "host/database/layout.h"
-#include "host/entities/dimvars.h"
 #include "host/io/linetype_file.h"
 
 namespace kvcmd {
+
+KvDbDimVars presentDimVars() {
+  KvDbDimVars vars = KvDbDimVars::ofStyle(drawing()->dimstyle());
+  for (const KvDbDimVarRow& row : kvdbDimVarTable()) {
+    const CString name = L"$" + CString(row.name);
+    if (!drawing()->extras().find(name)) continue;
+    if (row.kind == KvDbDimVarRow::Real) vars.set(row.variable, drawing()->header().real(name));
+    if (row.kind == KvDbDimVarRow::Int) vars.set(row.variable, drawing()->header().whole(name));
+    if (row.kind == KvDbDimVarRow::Text) vars.set(row.variable, drawing()->header().text(name));
+  }
+  return vars;
+}
+
 namespace {
 
 /// Records of a table whose names match a list of names and patterns.
@@ -138,19 +151,6 @@ void runStyle() {
   if (drawing()->setTextstyle(id) == Kvad::eOk) say(L"\"" + name + L"\" is now the current text style.");
 }
 
-/// The current style with what the drawing's variables say otherwise.
-KvDbDimVars presentVariables() {
-  KvDbDimVars vars = KvDbDimVars::ofStyle(drawing()->dimstyle());
-  for (const KvDbDimVarRow& row : kvdbDimVarTable()) {
-    const CString name = L"$" + CString(row.name);
-    if (!drawing()->extras().find(name)) continue;
-    if (row.kind == KvDbDimVarRow::Real) vars.set(row.variable, drawing()->header().real(name));
-    if (row.kind == KvDbDimVarRow::Int) vars.set(row.variable, drawing()->header().whole(name));
-    if (row.kind == KvDbDimVarRow::Text) vars.set(row.variable, drawing()->header().text(name));
-  }
-  return vars;
-}
-
 /// The drawing's variables follow the style.
 void takeStyle(KvDbObjectId style) {
   drawing()->setDimstyle(style);
@@ -174,7 +174,7 @@ void saveDimStyle() {
   } else {
     id = makeRecord<KvDbDimStyleTableRecord>(KvDbTable::DimStyle, name);
   }
-  const KvDbDimVars vars = presentVariables();
+  const KvDbDimVars vars = presentDimVars();
   if (change<KvDbDimStyleTableRecord>(id, [&](KvDbDimStyleTableRecord& style) { vars.writeTo(style); }))
     takeStyle(id);
 }

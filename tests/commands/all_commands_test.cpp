@@ -6,6 +6,7 @@
 
 #include "host/commands/command_table.h"
 #include "host/commands/completion.h"
+#include "host/entities/dimension.h"
 #include "host/io/drawing_file.h"
 #include "tests/editor/editor_host.h"
 #include "tests/support/notation.h"
@@ -224,6 +225,23 @@ TEST_F(AllCommandsTest, VariablesByTheirNames) {
   run(L"CDATE\nNOSUCH\n");
   EXPECT_GE(shown.Find(L"read only"), 0);
   EXPECT_GE(shown.Find(L"Unknown command \"NOSUCH\""), 0);
+}
+
+TEST_F(AllCommandsTest, NewDimensionsFollowStyleAndVariables) {
+  const auto height = [&] {
+    run(L"DIMALIGNED 0,0 30,40 0,50\n");
+    const auto* space = KvDbBlockTableRecord::cast(database().modelSpaceId().stub()->object);
+    const KvDbObjectIdArray ids = space->entities();
+    const auto* made = KvDbDimension::cast(ids[ids.length() - 1].stub()->object);
+    return std::pair(made->dimVars().real(KvDbDimVar::Txt), kvdbRecordName(made->dimensionStyle()));
+  };
+  const double standard = height().first;
+  run(L"DIMTXT 7\n");
+  EXPECT_EQ(height(), std::pair(7.0, CString(L"Standard")));
+  run(L"DIMSTYLE S LARGE\nDIMSTYLE R Standard\n");
+  EXPECT_EQ(height(), std::pair(standard, CString(L"Standard")));
+  run(L"DIMSTYLE R LARGE\n");
+  EXPECT_EQ(height(), std::pair(7.0, CString(L"LARGE")));
 }
 
 TEST_F(AllCommandsTest, DrawingsAreSavedOpenedAndLeft) {

@@ -145,6 +145,8 @@ constexpr Case kChanging[] = {
      "dimension 10\ndimension 5\ndimension 5"},
     {"RoundAndAngular", "circle 0,0 r4", "DIMRADIUS 4,0 9,9|DIMDIAMETER 4,0 9,9|DIMANGULAR||0,0 9,0 0,9 5,5|",
      "circle 0,0 r4\ndimension 4\ndimension 8\ndimension 90"},
+    {"LinearTurned", "", "UCS 5,5||UCS Z 30|DIMLINEAR 0,0 10,5 5,-3|DIMORDINATE 7,3 7,20|",
+     "dimension 10\ndimension 7"},
     {"Ordinate", "", "DIMORDINATE 7,3 7,20|DIMORDINATE 7,3 20,3|", "dimension 7\ndimension 3"},
 };
 INSTANTIATE_TEST_SUITE_P(Change, DrawingCommandsTest, testing::ValuesIn(kChanging),
@@ -169,12 +171,13 @@ TEST_P(TurnedTest, TheFigureTurnsWithTheSystem) {
   EXPECT_EQ(test::notationOf(database()), plain) << platform::utf8From(shown);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Scripts, TurnedTest,
-    testing::Values("PLINE 0,0 10,0 A 10,10 C\n", "RECTANG 1,1 4,3\n", "ELLIPSE 0,0 10,0 2\n",
-                    "SPLINE 0,0 5,5 9,1\n\n\n\n", "SOLID 0,0 1,0 0,1 1,1\n\n", "TEXT 1,1 2 30 words\n\n",
-                    "LINE 0,0 10,0\n\nLINE 0,0 0,10\n\nFILLET R 2\nFILLET 8,0 0,8\n",
-                    "LINE 0,0 10,0\n\nOFFSET 2 5,0 5,1\n\n", "CIRCLE 5,5 2\nARRAY L\n\nP 0,0 4 360 Y\n",
-                    "LINE 0,0 4,0\n\nMIRROR L\n\n5,0 5,1 N\n"));
+INSTANTIATE_TEST_SUITE_P(Scripts, TurnedTest,
+                         testing::Values("PLINE 0,0 10,0 A 10,10 C\n", "RECTANG 1,1 4,3\n",
+                                         "ELLIPSE 0,0 10,0 2\n", "SPLINE 0,0 5,5 9,1\n\n\n\n",
+                                         "SOLID 0,0 1,0 0,1 1,1\n\n", "TEXT 1,1 2 30 words\n\n",
+                                         "LINE 0,0 10,0\n\nLINE 0,0 0,10\n\nFILLET R 2\nFILLET 8,0 0,8\n",
+                                         "LINE 0,0 10,0\n\nOFFSET 2 5,0 5,1\n\n",
+                                         "CIRCLE 5,5 2\nARRAY L\n\nP 0,0 4 360 Y\n",
+                                         "LINE 0,0 4,0\n\nMIRROR L\n\n5,0 5,1 N\n"));
 
 }  // namespace

@@ -1,0 +1,85 @@
+#!/usr/bin/env python3
+"""The program at a terminal: completion by the tabulator, an empty line that repeats, history. terminal_test.py TREE"""
+import os
+import pty
+import select
+import sys
+import tempfile
+
+PATIENCE = 60  # seconds; a bound for a program that hangs, not a measure
+
+
+class Terminal:
+    def __init__(self, program, home):
+        self.shown = b""
+        self.pid, self.file = pty.fork()
+        if self.pid == 0:
+            os.environ.update(XDG_CONFIG_HOME=home, HOME=home, TERM="vt100", LC_ALL="C.UTF-8", COLUMNS="200")
+            os.chdir(home)
+            os.execv(program, [program])
+
+    def expect(self, text):
+        """Reads until the text has come, and forgets all up to its end."""
+        wanted = text.encode()
+        while wanted not in self.shown:
+            ready, _, _ = select.select([self.file], [], [], PATIENCE)
+            try:
+                more = os.read(self.file, 4096) if ready else b""
+            except OSError:
+                more = b""
+            if not more:
+                sys.exit(f"FAILED: {text!r} didn't come; shown: {self.shown.decode(errors='replace')!r}")
+            self.shown += more
+        self.shown = self.shown[self.shown.index(wanted) + len(wanted):]
+
+    def type(self, text):
+        os.write(self.file, text.encode())
+
+
+def main():
+    program = os.path.abspath(os.path.join(sys.argv[1], "bin", "korvane"))
+    with tempfile.TemporaryDirectory() as home:
+        one = Terminal(program, home)
+        one.expect("Command: ")
+        one.type("PLI\t")
+        one.expect("NE")
+        one.type("\r")
+        one.expect("start point: ")
+        one.type("0,0\r")
+        one.expect("Undo/Width]: ")
+        one.type("Wi\t")
+        one.expect("dth")
+        one.type("\r")
+        one.expect("starting width")
+        one.type("\r\r")
+        one.expect("Undo/Width]: ")
+        one.type("10,0\r")
+        one.expect("Undo/Width]: ")
+        one.type("\r")
+        one.expect("Command: ")
+        one.type("\r")  # repeats
+        one.expect("start point: ")
+        one.type("\x03")
+        one.expect("*Cancel*")
+        one.expect("Command: ")
+        one.type("DIMA\t\t")  # several words: a list of them
+        one.expect("DIMALIGNED")
+        one.expect("DIMANGULAR")
+        one.type("\x15QUIT\r")
+        one.expect("[Yes/No] <No>: ")
+        one.type("Y\r")
+        _, status = os.waitpid(one.pid, 0)
+        if status != 0:
+            sys.exit(f"FAILED: ended with {status}")
+        two = Terminal(program, home)
+        two.expect("Command: ")
+        two.type("\x10\x10\r")  # the line before the last one of the first session
+        two.expect("Command: ")
+        two.type("\x04")
+        _, status = os.waitpid(two.pid, 0)
+        if status != 0:
+            sys.exit(f"FAILED: the second session ended with {status}")
+    print("the terminal is well")
+
+
+main()
