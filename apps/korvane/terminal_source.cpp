@@ -65,8 +65,8 @@ struct TerminalSource::LineEditor {
     const CString typed = platform::wideFromUtf8(start);
     const std::vector<CString> words = own->completer(own->question, typed);
     if (words.empty()) return CC_ERROR;
-    CString common = kvcmdCommonStart(words);
-    if (words.size() == 1) common += L" ";
+    // No blank behind it: a blank is an answer's end, and Enter would be the next answer.
+    const CString common = kvcmdCommonStart(words);
     if (common.GetLength() > typed.GetLength()) {
       el_deletestr(editLine, typed.GetLength());
       return el_insertstr(editLine, platform::utf8From(common).c_str()) == 0 ? CC_REFRESH : CC_ERROR;

@@ -41,7 +41,7 @@ std::vector<CString> kvcmdCompletions(const KvEdEditor& editor, const CString& p
   for (const KvEdCommand* command : editor.commands().commands()) names.push_back(command->localName());
   std::sort(names.begin(), names.end());
   for (const CString& name : names) offer(name);
-  if (start.IsEmpty()) return words;
+  if (start.IsEmpty() || !words.empty()) return words;
   for (const KvEdVariable* variable : editor.variables().all()) offer(variable->name);
   return words;
 }

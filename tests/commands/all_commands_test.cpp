@@ -201,6 +201,7 @@ TEST_F(AllCommandsTest, CompletionKnowsNamesAndKeywords) {
   using Words = std::vector<CString>;
   EXPECT_EQ(words(L"Command: ", L"rect"), (Words{L"RECTANG", L"RECTANGLE"}));
   EXPECT_EQ(words(L"Command: ", L"LTSC"), (Words{L"LTSCALE"}));
+  EXPECT_EQ(words(L"Command: ", L"pli"), (Words{L"PLINE"}));  // variables begin so too
   const wchar_t* prompt = L"\nSpecify endpoint of arc or [Angle/CEnter/CLose/Second pt/Undo]: ";
   EXPECT_EQ(words(prompt, L"c"), (Words{L"CEnter", L"CLose"}));
   EXPECT_EQ(words(prompt, L"S"), (Words{L"Second"}));
