@@ -116,7 +116,6 @@ void shapeLike(std::vector<KvDxfGroup>& record, const std::vector<KvDxfGroup>& p
 struct Place {
   std::wstring_view marker;
   int code;
-  friend bool operator==(const Place&, const Place&) = default;
 };
 
 std::vector<Place> placesOf(const std::vector<KvDxfGroup>& groups) {

@@ -14,8 +14,6 @@ KVRX_DEFINE_ABSTRACT(KvDbCurve, KvDbEntity)
 
 namespace {
 
-constexpr KvGeTol kNear{KvDbCurve::kOnCurve, 1e-10};
-
 bool isFinite(const KvGePoint3d& p) {
   return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }

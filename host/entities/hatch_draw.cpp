@@ -101,8 +101,9 @@ bool KvDbHatch::patternStretches(const std::function<void(KvGePoint2d, KvGePoint
     });
   }
   if (!(count <= 2.0 * kMostLines)) return false;
-  for (const auto& [family, row] : rows)
-    for (const auto& [number, from, to] : row) {
+  for (const auto& entry : rows) {
+    const Family* family = entry.first;
+    for (const auto& [number, from, to] : entry.second) {
       const KvGePoint2d foot = family->line->base + family->across * (family->spacing * number);
       const auto at = [&](double place) { return foot + family->direction * place; };
       if (family->period == 0) {
@@ -121,6 +122,7 @@ bool KvDbHatch::patternStretches(const std::function<void(KvGePoint2d, KvGePoint
         }
       }
     }
+  }
   return true;
 }
 

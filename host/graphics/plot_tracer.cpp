@@ -48,13 +48,13 @@ void PlotTracer::adjustLayer(KvDbObjectId layer, KvGiLayerLook& look) const {
   if (!isPlottable(layer) || !isPlotted(layer, options_)) look.isHidden = true;
 }
 
-std::uint32_t PlotTracer::color() {
+std::uint32_t PlotTracer::inkColor() {
   return kvgrPaperColor(style().color, options_.background, options_.isMonochrome);
 }
 
 KvGrPen PlotTracer::pen() {
   const int weight = style().lineWeight;
-  return {color(), weight < 0 ? options_.defaultLineWeight : weight / 100.0};
+  return {inkColor(), weight < 0 ? options_.defaultLineWeight : weight / 100.0};
 }
 
 const PlotTracer::Pattern* PlotTracer::patternOf(KvDbObjectId linetype, double scale) {
@@ -122,7 +122,7 @@ void PlotTracer::fill(const KvGiArea& area) {
   std::size_t total = 0;
   for (int i = 0; i < area.outlines; ++i) total += static_cast<std::size_t>(area.counts[i]);
   for (std::size_t i = 0; i < total; ++i) flat_.push_back(kvge::planar(area.points[i]));
-  canvas_.fill(flat_.data(), area.counts, area.outlines, color());
+  canvas_.fill(flat_.data(), area.counts, area.outlines, inkColor());
 }
 
 bool PlotTracer::strokeConic(const KvGePoint3d& center, const KvGeVector3d& u, const KvGeVector3d& v,
@@ -173,7 +173,7 @@ bool PlotTracer::strokeSegments(const KvGePoint3d* poles, const unsigned char* d
 bool PlotTracer::takeText(const KvGeMatrix3d& toWorld, const KvGiTextLook& look, const CString& text) {
   if (look.height * toWorld.scale() < kLowestText) return true;
   const KvLtLine line = kvltLayLine(look, text.view());
-  const std::uint32_t rgb = color();
+  const std::uint32_t rgb = inkColor();
   const auto& m = toWorld.entry;
   for (const KvLtPlacedGlyph& g : line.glyphs) {
     const KvGePoint2d ends[] = {g.at, {g.xScale, 0}, {g.yScale * g.slant, g.yScale}};

@@ -67,7 +67,7 @@ class Parser {
 
  private:
   bool fail(const CString& text) {
-    error_.line = line_;
+    error_.line = static_cast<std::uint64_t>(line_);
     error_.text = text;
     if (isOpen_) linetypes_.pop_back();
     return false;

@@ -13,9 +13,9 @@ namespace {
 constexpr int kFewestCoils = 3;
 /// Where the hook's half turn begins and ends: -70 and 110 degrees.
 constexpr double kHookOut = -1.2217304763960306, kHookEnd = 1.9198621771937625;
-/// Of half the coil's diameter: the radius of the arc that leaves the hook, and how far its centre lies from
-/// the hook's.
-constexpr double kLeaving = 0.375, kLeavingCenter = 0.625;
+/// Of half the coil's diameter: the radius of the arc that leaves the hook. Its centre lies by the rest, 0.625, from
+/// the hook's, so that the two arcs touch.
+constexpr double kLeaving = 0.375;
 
 bool isDrawable(const double* point, double d, double D, double H0, double n) {
   return point && areSizesFinite({point[0], point[1], point[2], d, D, H0, n}) && n >= kFewestCoils &&

@@ -10,7 +10,7 @@
 namespace {
 
 struct Arrow {
-  int message;
+  unsigned int message;
   const wchar_t* block;
 };
 
@@ -23,7 +23,8 @@ constexpr Arrow kArrows[] = {
     {1168, L"_BOXFILLED"},   {1169, L"_BOXBLANK"},   {1170, L"_BOXBLANK"}, {1171, L"_DATUMFILLED"},
     {1172, L"_DATUMBLANK"},  {1173, L"_DATUMBLANK"}, {1174, L"_INTEGRAL"}, {1175, L"_NONE"},
 };
-constexpr int kNoArrowMessage = 1175, kLongestMessage = 256;
+constexpr unsigned int kNoArrowMessage = 1175;
+constexpr int kLongestMessage = 256;
 constexpr const wchar_t* kGenDot = L"GENDOT";
 
 struct NamedArrow {

@@ -43,7 +43,7 @@ class PlotTracer : public KvGiTracer {
   void strokeFlat(std::span<const KvGePoint2d> points, bool isCurve);
   void drawSign(const KvDbLinetypeDash& dash, const KvGrDashPlace& place, double scale);
   KvGrPen pen();
-  std::uint32_t color();
+  std::uint32_t inkColor();
 
   const KvPlotOptions& options_;
   const ViewLook& look_;
@@ -51,7 +51,6 @@ class PlotTracer : public KvGiTracer {
   std::vector<KvGePoint2d> flat_;
   std::vector<unsigned char> degrees_;
   std::unordered_map<KvDbObjectId, Pattern> patterns_;
-  double patternScale_ = 0;
 };
 
 /// The box of what shows, by a transform.
