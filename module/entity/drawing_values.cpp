@@ -26,10 +26,12 @@ void precisionForm(const wchar_t* variable, wchar_t* out) {
 }  // namespace
 
 double distance(const double a[3], const double b[3]) {
+  if (!a || !b) return 0;
   return std::hypot(b[0] - a[0], b[1] - a[1]);
 }
 
 double dist(const double p1[3], double angle, const double p2[3]) {
+  if (!p1 || !p2) return 0;
   if (angle == 0.0) return std::fabs(p2[1] - p1[1]);
   if (angle == kQuarterTurn) return std::fabs(p2[0] - p1[0]);
   const double t = std::tan(angle);

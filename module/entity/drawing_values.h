@@ -5,7 +5,7 @@
 
 class KvGsView;
 
-/// Distance in the XY plane.
+/// Distance in the XY plane; 0 for a null point, here and below.
 MEK_API double distance(const double a[3], const double b[3]);
 /// Distance in the XY plane of `p2` from the line through `p1` at `angle`.
 MEK_API double dist(const double p1[3], double angle, const double p2[3]);

@@ -4,6 +4,8 @@
 
 #include "host/database/database.h"
 #include "host/database/entcalls.h"
+#include "host/database/entity.h"
+#include "host/database/names.h"
 #include "host/database/symboltable.h"
 #include "host/editor/editor.h"
 #include "host/editor/selection.h"
@@ -52,6 +54,21 @@ struct Doubles {
   operator const double*() const { return values; }
   double values[3];
 };
+
+/// Records stand in the world's XY plane; the newest one is turned about its centre into the user system's.
+void layInUserPlane(const KvGePoint3d& center) {
+  const KvGeVector3d normal = IM_GetNormalVector();
+  kvds_name last;
+  KvDbObjectId id;
+  KvDbEntity* circle = nullptr;
+  if (normal.isEqualTo(KvGeVector3d::kZAxis) || kvdbEntLast(last) != RTNORM ||
+      kvdbGetObjectId(id, last) != Kvad::eOk || kvdbOpenObject(circle, id, KvDb::kForWrite) != Kvad::eOk)
+    return;
+  const KvGeVector3d fromOrigin = center - KvGePoint3d::kOrigin;
+  circle->transformBy(KvGeMatrix3d::translation(fromOrigin) * KvGeMatrix3d::planeToWorld(normal) *
+                      KvGeMatrix3d::translation(-fromOrigin));
+  circle->close();
+}
 
 }  // namespace
 
@@ -143,7 +160,7 @@ void SpringFrame::recordCircle(const KvGePoint2d& center, double radius) {
   KvGePoint3d world = at(center);
   IM_UcsToWcs(world);
   Doubles c(world);
-  md_circle(c.values, radius);
+  if (md_circle(c.values, radius) == RTNORM) layInUserPlane(world);
   drawn();
 }
 
@@ -209,26 +226,25 @@ void SpringFrame::centerLines(double length, std::optional<double> row) {
   thick();
 }
 
-void SpringFrame::makeBlock(const EntityName& marker) {
+bool SpringFrame::makeBlock(const EntityName& marker, double* point) {
   const EntitySet set = from(marker);
-  KvGePoint3d base = point_;
-  IM_WcsToUcs(base);
-  const Doubles point(base);
+  IM_WcsToUcs(point);
+  const double* base = point;
   resbuf* present = kvdbTblSearch(L"BLOCK", SpringBlockName, 0);
-  if (present)
-    kvedCommandS(RTSTR, L"BLOCK", RTSTR, SpringBlockName, RTSTR, L"Y", RTPOINT, point.values, RTPICKS,
-                 set.name(), RTSTR, L"", RTNONE);
-  else
-    kvedCommandS(RTSTR, L"BLOCK", RTSTR, SpringBlockName, RTPOINT, point.values, RTPICKS, set.name(), RTSTR,
-                 L"", RTNONE);
+  const int status = present ? kvedCommandS(RTSTR, L"BLOCK", RTSTR, SpringBlockName, RTSTR, L"Y", RTPOINT,
+                                            base, RTPICKS, set.name(), RTSTR, L"", RTNONE)
+                             : kvedCommandS(RTSTR, L"BLOCK", RTSTR, SpringBlockName, RTPOINT, base, RTPICKS,
+                                            set.name(), RTSTR, L"", RTNONE);
   kvutRelRb(present);
+  if (status != RTNORM) return false;
   kvutPrintf(L"%s", IM_GetStringFromRc(kInsertionPrompt, kLongestMessage));
-  kvedCommandS(RTSTR, L"INSERT", RTSTR, SpringBlockName, RTSTR, L"\\", RTSTR, L"", RTSTR, L"", RTSTR, L"",
-               RTNONE);
+  if (kvedCommandS(RTSTR, L"INSERT", RTSTR, SpringBlockName, RTSTR, L"\\", RTSTR, L"", RTSTR, L"", RTSTR, L"",
+                   RTNONE) != RTNORM)
+    return false;
   eraseLast();
   kvutPrintf(L"%s", IM_GetStringFromRc(kRotationPrompt, kLongestMessage));
-  kvedCommandS(RTSTR, L"INSERT", RTSTR, SpringBlockName, RTSTR, L"@0<0", RTSTR, L"", RTSTR, L"", RTSTR, L"\\",
-               RTNONE);
+  return kvedCommandS(RTSTR, L"INSERT", RTSTR, SpringBlockName, RTSTR, L"@0<0", RTSTR, L"", RTSTR, L"", RTSTR,
+                      L"\\", RTNONE) == RTNORM;
 }
 
 bool isBlockNameGood() {

@@ -74,8 +74,8 @@ class SpringFrame {
   void arc(const KvGePoint2d& start, const KvGePoint2d& end, double radius);
   void arcAbout(const KvGePoint2d& center, const KvGePoint2d& start, const KvGePoint2d& end);
   void circle(const KvGePoint2d& center, double radius);
-  /// Past the commands: a record. The user system's point is brought to the world, as commands do by
-  /// themselves.
+  /// Past the commands: a record. The user system's point is brought to the world and the circle into its
+  /// plane, as commands do by themselves.
   void recordCircle(const KvGePoint2d& center, double radius);
   /// Cuts the entity at the set's entities, away from the point.
   void trim(const EntitySet& edges, const EntityName& entity, const KvGePoint2d& removed);
@@ -98,8 +98,10 @@ class SpringFrame {
   void centerLines(double length, std::optional<double> row);
 
   /// All entities from the marker on become the block SpringBlockName, which is placed and turned by the
-  /// user.
-  void makeBlock(const EntityName& marker);
+  /// user. Its base is `point`, taken as one of the world; it comes back as one of the user system. False
+  /// when the block can't be made or the user gives no place: nothing more is done then, since what is newest
+  /// would be somebody else's.
+  bool makeBlock(const EntityName& marker, double* point);
 
  private:
   KvGePoint3d at(const KvGePoint2d& local) const;

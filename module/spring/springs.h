@@ -1,13 +1,13 @@
 #pragma once
 // Cylindrical helical springs, drawn into the current drawing on the standard's layers by host commands.
 //
-// `point` is three doubles in the current user system and is read only; all other arguments are drawing
-// units. `d` is the wire's diameter, `D` the coil's (to the wire's centre in the views, the outside diameter
-// in the standard forms), `H0` the overall length, `n` the number of active coils: whole ones are drawn, the
-// fraction counts in the pitch. The axis lies along the user system's X. Results: 5100; -5001 for too few
-// coils, numbers that are not finite, or more than 100,000 coils, with nothing drawn, and when an entity that
-// was drawn can't be found (it is reported; what was drawn stays). Afterwards the layer of kind THICK is
-// current.
+// `point` is three doubles in the current user system, read only but for the standard forms; all other
+// arguments are drawing units. `d` is the wire's diameter, `D` the coil's (to the wire's centre in the views,
+// the outside diameter in the standard forms), `H0` the overall length, `n` the number of active coils: whole
+// ones are drawn, the fraction counts in the pitch. The axis lies along the user system's X. Results: 5100;
+// -5001 for too few coils, numbers that are not finite, or more than 100,000 coils, with nothing drawn, and
+// when an entity that was drawn can't be found (it is reported; what was drawn stays). Afterwards the layer
+// of kind THICK is current.
 #include "module/core/export.h"
 
 // --- Compression springs, closed and ground ends. The point is the middle of the left end. At least 3 coils.
@@ -46,7 +46,9 @@ MEK_API int DrawLeftTorSpring(double* const point, double Dm, double d, double a
 
 // --- Standard forms of compression springs (GB/T 1239): the longitudinal half-section with the middle left
 // out (_1) and the end view (_2). Each becomes the block SpringBlockName, which the user then places and
-// turns. YI: cold-coiled, closed and ground; YII: closed, not ground; YIII: open; RYI, RYII: hot-coiled.
+// turns. For the block's base `point` is brought from the world to the user system, and so it comes back.
+// -5001 also when the user gives no place or turn. YI: cold-coiled, closed and ground; YII: closed, not
+// ground; YIII: open; RYI, RYII: hot-coiled.
 
 MEK_API int GB1239_YI_1(double* const point, double d, double D, double H0);
 MEK_API int GB1239_YI_2(double* const point, double d, double D, double H0);

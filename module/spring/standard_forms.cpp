@@ -149,10 +149,11 @@ bool isDrawable(const double* point, double d, double D, double H0) {
   return point && areSizesFinite({point[0], point[1], point[2], d, D, H0}) && isBlockNameGood();
 }
 
-int drawHalfSection(const double* point, double d, double D, double H0, Form form) {
+int drawHalfSection(double* point, double d, double D, double H0, Form form) {
   if (!isDrawable(point, d, D, H0)) return kRefused;
   const Sizes sizes(d, D, H0);
   SpringFrame frame(point);
+  frame.thick();
   frame.center();
   const double reach = d / 2 + kReach;
   frame.line({-reach, 0}, {H0 + reach, 0});
@@ -170,20 +171,20 @@ int drawHalfSection(const double* point, double d, double D, double H0, Form for
   frame.hatchLayer();
   for (const EntitySet& section : sections) frame.hatch(section);
   frame.thick();
-  frame.makeBlock(marker);
-  return kDone;
+  return frame.makeBlock(marker, point) ? kDone : kRefused;
 }
 
 /// Where the thin tip of a ground end lies: from 20 to 70 degrees.
 constexpr double kTipFrom = 0.3490658503988659, kTipTo = 1.2217304763960306;
 
 /// Seen along the axis: the wire's ring and, of a ground end, its tip, which is half a wire wide.
-int drawEndView(const double* point, double d, double D, double H0, Form form) {
+int drawEndView(double* point, double d, double D, double H0, Form form) {
   if (!isDrawable(point, d, D, H0)) return kRefused;
   const Sizes sizes(d, D, H0);
   SpringFrame frame(point);
   const KvGePoint2d middle(0, 0);
   const double reach = sizes.outer + kReach;
+  frame.thick();
   frame.center();
   frame.line({-reach, 0}, {reach, 0});
   const EntityName marker = frame.last();
@@ -206,8 +207,7 @@ int drawEndView(const double* point, double d, double D, double H0, Form form) {
     // The wire's end.
     frame.line(polar(middle, kTipTo, sizes.inner), polar(middle, kTipTo, sizes.outer));
   }
-  frame.makeBlock(marker);
-  return kDone;
+  return frame.makeBlock(marker, point) ? kDone : kRefused;
 }
 
 }  // namespace

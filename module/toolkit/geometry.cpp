@@ -280,9 +280,9 @@ int IM_GetCenterFromTangentAndPoint(KvGeVector3d tangent, KvGePoint3d on, KvGePo
   const KvGeVector3d chord = through - on;
   const double length = std::hypot(chord.x, chord.y);
   const double sine = std::sin(std::atan2(chord.y, chord.x) - std::atan2(tangent.y, tangent.x));
-  if (length == 0 || std::fabs(sine) < kParallel) return 0;
-  KvGeVector3d across = tangent;
-  across.rotateBy(kvge::kTwoPi / 4, KvGeVector3d::kZAxis);
+  const bool hasDirection = std::hypot(tangent.x, tangent.y) > 0;
+  if (length == 0 || !hasDirection || !(std::fabs(sine) >= kParallel)) return 0;
+  KvGeVector3d across(-tangent.y, tangent.x, 0);
   const double cosine = std::cos(std::atan2(chord.y, chord.x) - std::atan2(across.y, across.x));
   if (cosine < 0) across = -across;
   // The chord is twice the radius times its cosine against the perpendicular.

@@ -75,8 +75,8 @@ MEK_API int IM_GetTdFromAngle(double const* start, double const* center, double 
 /// The bulge of the arc from start through `middle` to end. 0, and a bulge of 0, when the three stand in a
 /// row.
 MEK_API int IM_GetTdFromAngle(KvGePoint3d start, KvGePoint3d middle, KvGePoint3d end, double& bulge);
-/// Centre of the circle that touches `tangent` at `on` and passes through `through`, in the XY plane. 0 when
-/// they lie on one line (sine below 1e-5).
+/// Centre of the circle that touches `tangent` at `on` and passes through `through`, in the XY plane, at the
+/// height of `on`. 0 when they lie on one line (sine below 1e-5), or the tangent has no direction there.
 MEK_API int IM_GetCenterFromTangentAndPoint(KvGeVector3d tangent, KvGePoint3d on, KvGePoint3d through,
                                             KvGePoint3d& center);
 

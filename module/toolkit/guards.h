@@ -70,7 +70,7 @@ class MEK_API ImDbModKeeper {
 };
 
 /// What the two layer guards share: a state of layers of the working drawing by their ids. Of a list, the
-/// layers before the first one that can't be opened are changed.
+/// layers before the first one that can't be opened are changed; of all layers, those that can be opened.
 class MEK_API ImLayerStateGuard {
  public:
   ImLayerStateGuard(const ImLayerStateGuard&) = delete;
@@ -82,9 +82,12 @@ class MEK_API ImLayerStateGuard {
   ImLayerStateGuard(Get get, Set set) : m_get(get), m_set(set) {}
   ~ImLayerStateGuard();
   void Change(KvDbObjectIdArray const& layers, bool state);
-  static KvDbObjectIdArray AllLayers();
+  void ChangeAll(bool state);
 
  private:
+  /// False when it can't be opened.
+  bool ChangeOne(KvDbObjectId id, bool state);
+
   Get m_get;
   Set m_set;
   std::map<KvDbObjectId, bool> m_mapSaved;

@@ -47,29 +47,31 @@ ImLayerStateGuard::~ImLayerStateGuard() {
 }
 
 void ImLayerStateGuard::Change(KvDbObjectIdArray const& layers, bool state) {
-  for (KvDbObjectId id : layers) {
-    KvDbLayerTableRecord* layer = nullptr;
-    if (kvdbOpenObject(layer, id, KvDb::kForWrite) != Kvad::eOk) return;
-    // A layer that stands twice in a list keeps the state that it came with.
-    m_mapSaved.try_emplace(id, m_get(*layer));
-    m_set(*layer, state);
-    layer->close();
-  }
+  for (KvDbObjectId id : layers)
+    if (!ChangeOne(id, state)) return;
 }
 
-KvDbObjectIdArray ImLayerStateGuard::AllLayers() {
-  KvDbObjectIdArray layers;
+void ImLayerStateGuard::ChangeAll(bool state) {
   const KvDbDatabase* database = kvdbDatabaseOrWorking(nullptr);
   KvDbLayerTable* table = nullptr;
-  if (!database || kvdbOpenObject(table, database->layerTableId(), KvDb::kForRead) != Kvad::eOk)
-    return layers;
-  layers = table->records();
+  if (!database || kvdbOpenObject(table, database->layerTableId(), KvDb::kForRead) != Kvad::eOk) return;
+  const KvDbObjectIdArray layers = table->records();
   table->close();
-  return layers;
+  for (KvDbObjectId id : layers) ChangeOne(id, state);
+}
+
+bool ImLayerStateGuard::ChangeOne(KvDbObjectId id, bool state) {
+  KvDbLayerTableRecord* layer = nullptr;
+  if (kvdbOpenObject(layer, id, KvDb::kForWrite) != Kvad::eOk) return false;
+  // A layer that stands twice in a list keeps the state that it came with.
+  m_mapSaved.try_emplace(id, m_get(*layer));
+  m_set(*layer, state);
+  layer->close();
+  return true;
 }
 
 ImLayerLocker::ImLayerLocker(bool state) : ImLayerStateGuard(isLocked, setLocked) {
-  Change(AllLayers(), state);
+  ChangeAll(state);
 }
 ImLayerLocker::ImLayerLocker(KvDbObjectId layer, bool state) : ImLayerStateGuard(isLocked, setLocked) {
   Change(listOf(layer), state);
@@ -79,7 +81,7 @@ ImLayerLocker::ImLayerLocker(KvDbObjectIdArray layers, bool state) : ImLayerStat
 }
 
 ImLayerOffer::ImLayerOffer(bool state) : ImLayerStateGuard(isOff, setOff) {
-  Change(AllLayers(), state);
+  ChangeAll(state);
 }
 ImLayerOffer::ImLayerOffer(KvDbObjectId layer, bool state) : ImLayerStateGuard(isOff, setOff) {
   Change(listOf(layer), state);

@@ -199,7 +199,6 @@ KvDbObjectId IM_GetLayerZeroId(KvDbDatabase* database) {
 }
 
 int IM_DwgInsertLayerConvert(KvDbDatabase* database, std::vector<ImProPropertyConfig>& used) {
-  database = kvdbDatabaseOrWorking(database);
   KvDbLayerTable* table = nullptr;
   if (!database || kvdbOpenObject(table, database->layerTableId(), KvDb::kForRead) != Kvad::eOk) return 0;
   bool isDone = true;

@@ -45,8 +45,8 @@ MEK_API KvDbObjectId IM_GetLayerLineType(KvDbObjectId layerId);
 /// The layer "0" (null: of the working drawing); null on failure.
 MEK_API KvDbObjectId IM_GetLayerZeroId(KvDbDatabase* database);
 
-/// Brings a drawing (null: the working one) that is to be inserted under the present names: layers with names
-/// of earlier editions are renamed, or merged into the layer that has the name already. Only model space is
-/// walked, so that a layer that blocks or layouts still use can't go: 0. `used` gets the kinds that were met.
+/// Brings a drawing that is to be inserted under the present names: layers with names of earlier editions are
+/// renamed, or merged into the layer that has the name already. Only model space is walked, so that a layer
+/// that blocks or layouts still use can't go: 0, as for a null drawing. `used` gets the kinds that were met.
 /// 1 otherwise.
 MEK_API int IM_DwgInsertLayerConvert(KvDbDatabase* database, std::vector<ImProPropertyConfig>& used);

@@ -1,5 +1,7 @@
 // Linetypes: by name, loaded where they are missing.
-#include "host/database/block.h"
+#include <vector>
+
+#include "host/database/entity.h"
 #include "host/database/tables.h"
 #include "host/io/linetype_file.h"
 #include "module/core/host_values.h"
@@ -16,58 +18,55 @@ CString linetypeFile() {
   return measurement == 1 ? L"kvadiso.lin" : L"kvad.lin";
 }
 
-/// Entities of model space with that linetype.
-KvDbObjectIdArray usersOf(const KvDbDatabase& database, KvDbObjectId linetype) {
-  KvDbObjectIdArray users;
-  KvDbBlockTableRecord* space = nullptr;
-  if (kvdbOpenObject(space, database.modelSpaceId(), KvDb::kForRead) != Kvad::eOk) return users;
-  for (KvDbObjectId id : space->entities()) {
-    KvDbEntity* entity = nullptr;
-    if (kvdbOpenObject(entity, id, KvDb::kForRead) != Kvad::eOk) continue;
-    if (entity->linetypeId() == linetype) users.append(id);
-    entity->close();
+/// Entities and layers with that linetype: those of model space, as of old, and all that would else be left
+/// with an erased one.
+std::vector<KvDbObjectId> usersOf(const KvDbDatabase& database, KvDbObjectId linetype) {
+  std::vector<KvDbObjectId> users;
+  for (KvDbObjectId id : database.allObjects()) {
+    KvDbObject* object = nullptr;
+    if (kvdbOpenAny(object, id, KvDb::kForRead) != Kvad::eOk) continue;
+    const auto* entity = KvDbEntity::cast(object);
+    const auto* layer = KvDbLayerTableRecord::cast(object);
+    if ((entity && entity->linetypeId() == linetype) || (layer && layer->linetypeObjectId() == linetype))
+      users.push_back(id);
+    object->close();
   }
-  space->close();
   return users;
 }
 
-bool eraseRecord(KvDbObjectId id) {
+bool setErased(KvDbObjectId id, bool isErased) {
   KvDbLinetypeTableRecord* record = nullptr;
-  if (kvdbOpenObject(record, id, KvDb::kForWrite) != Kvad::eOk) return false;
-  const bool isErased = record->erase() == Kvad::eOk;
+  if (kvdbOpenObject(record, id, KvDb::kForWrite, true) != Kvad::eOk) return false;
+  const bool isDone = record->erase(isErased) == Kvad::eOk;
   record->close();
-  return isErased;
+  return isDone;
 }
 
-void giveLinetype(const KvDbObjectIdArray& entities, KvDbObjectId linetype) {
-  for (KvDbObjectId id : entities) {
-    KvDbEntity* entity = nullptr;
-    if (kvdbOpenObject(entity, id, KvDb::kForWrite) != Kvad::eOk) continue;
-    entity->setLinetype(linetype);
-    entity->close();
+void giveLinetype(const std::vector<KvDbObjectId>& users, KvDbObjectId linetype) {
+  for (KvDbObjectId id : users) {
+    KvDbObject* object = nullptr;
+    if (kvdbOpenAny(object, id, KvDb::kForWrite) != Kvad::eOk) continue;
+    if (auto* entity = KvDbEntity::cast(object)) entity->setLinetype(linetype);
+    if (auto* layer = KvDbLayerTableRecord::cast(object)) layer->setLinetypeObjectId(linetype);
+    object->close();
   }
-}
-
-/// What can't be loaded anew stays as it was.
-void restoreRecord(KvDbObjectId id) {
-  KvDbLinetypeTableRecord* record = nullptr;
-  if (kvdbOpenObject(record, id, KvDb::kForWrite, true) != Kvad::eOk) return;
-  record->erase(false);
-  record->close();
 }
 
 CString reload(const CString& name, KvDbDatabase& database) {
   const KvDbObjectId old = database.recordId(KvDbTable::Linetype, name);
-  const KvDbObjectIdArray users = usersOf(database, old);
-  if (!eraseRecord(old)) return kByLayer;
+  const std::vector<KvDbObjectId> users = usersOf(database, old);
+  const bool isCurrent = database.celtype() == old;
+  if (!setErased(old, true)) return kByLayer;
   if (kvdbLoadLineTypeFile(name, linetypeFile(), &database) != Kvad::eOk) {
-    restoreRecord(old);
+    // A file that doesn't have it must not cost the drawing the one it had.
+    setErased(old, false);
     return kByLayer;
   }
   KvDbObjectId fresh = database.recordId(KvDbTable::Linetype, name);
   if (fresh.isNull()) fresh = database.recordId(KvDbTable::Linetype, kByLayer);
   if (fresh.isNull()) return kByLayer;
   giveLinetype(users, fresh);
+  if (isCurrent) database.setCeltype(fresh);
   return name;
 }
 

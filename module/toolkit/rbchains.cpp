@@ -232,7 +232,10 @@ resbuf* IM_AddRbToTail(resbuf* const head, resbuf* const tail) {
   if (!head) return nullptr;
   resbuf* last = head;
   while (last->rbnext) last = last->rbnext;
-  last->rbnext = tail;
+  // What ends with the same node is joined already: joining it once more would close a ring.
+  const resbuf* end = tail;
+  while (end && end->rbnext) end = end->rbnext;
+  if (end != last) last->rbnext = tail;
   while (last->rbnext) last = last->rbnext;
   return last;
 }

@@ -77,7 +77,8 @@ MEK_API int IM_SetNextValueOf(resbuf* const head, int markerCode, int markerValu
 
 /// A fresh malloc copy in place of the node's text. 0 for a null node.
 MEK_API int IM_RstringAssign(resbuf* const node, CString text);
-/// Appends a chain. The last node of the joined chain; null for a null head.
+/// Appends a chain; one that hangs together with the first already is left as it is. The last node of the
+/// joined chain; null for a null head.
 MEK_API resbuf* IM_AddRbToTail(resbuf* const head, resbuf* const tail);
 /// Unlinks and frees the first node of that code behind the head.
 MEK_API int IM_DelSegFromRb(resbuf* head, int code);
@@ -100,11 +101,11 @@ MEK_API int IM_xformrb(resbuf* head, double matrix[4][4]);
 
 /// A copy of the nodes of codes 1000, 1001, 1005, -3, 1040, 1070, 1071; others are dropped. 5100, 5000 for a
 /// null source, -5001 for a null `out`.
-MEK_API int IM_XDataResbufCopy(resbuf** out, resbuf* source);
+MEK_API int IM_XDataResbufCopy(resbuf** out, resbuf const* source);
 /// The same, hung on the end of a chain. -5001 for a null chain.
 MEK_API int IM_AddXDataToResbuf(resbuf** head, resbuf const* source);
 
-// --- In the host's own style: 5100 or -5001. A null `out` gives -5001.
+// --- In the host's own style: 5100 or -5001. A null `out` gives -5001, and so does an `n` of 0 or less.
 
 MEK_API int Use_get_int(resbuf* head, int& out, int code);
 MEK_API int Use_get_int(resbuf* head, int* out, int code);

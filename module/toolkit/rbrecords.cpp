@@ -107,7 +107,7 @@ int IM_xformrb(resbuf* head, double matrix[4][4]) {
   return 1;
 }
 
-int IM_XDataResbufCopy(resbuf** out, resbuf* source) {
+int IM_XDataResbufCopy(resbuf** out, resbuf const* source) {
   if (!out) return RTERROR;
   *out = nullptr;
   if (!source) return RTNONE;
@@ -126,7 +126,7 @@ int IM_AddXDataToResbuf(resbuf** head, resbuf const* source) {
   if (!head || !*head) return RTERROR;
   if (!source) return RTNONE;
   resbuf* copy = nullptr;
-  const int status = IM_XDataResbufCopy(&copy, const_cast<resbuf*>(source));
+  const int status = IM_XDataResbufCopy(&copy, source);
   if (copy) IM_AddRbToTail(*head, copy);
   return status;
 }

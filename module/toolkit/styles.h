@@ -50,7 +50,8 @@ MEK_API int IM_EnsureStyleExist(CString& name, int isDimStyle);
 /// named, or all for an empty name. `reserved` has no effect. 5100 or -5001.
 MEK_API int IM_ImportStyleFromTemplate(int textStyle, int reserved, CString name);
 /// The linetype's name, loaded from the linetype file of the drawing's measurement when it was missing;
-/// "ByLayer" when it can't be had. Flag 16 loads it anew.
+/// "ByLayer" when it can't be had. Flag 16 loads it anew: what had it gets the new one; when the file doesn't
+/// have it, the old one stays.
 MEK_API CString IM_EnsureLineTypeExist(CString name, unsigned int flags);
 MEK_API CString IM_GetLineTypeName(IM_LINETYPE type, unsigned int flags);
 /// With flag 0 CONTINUOUS stands for a missing name, else null.

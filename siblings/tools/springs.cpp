@@ -214,8 +214,9 @@ CString drawSpring(const SpringRequest& request, const double* point) {
   ImUndoRecord step;
   makeLayers();
   double at[3] = {point[0], point[1], point[2]};
-  if (run(request, at) != RTNORM) return L"The spring could not be drawn.";
+  const bool isDrawn = run(request, at) == RTNORM;
   if (request.family == SpringFamily::Standard && !isPlaced(before)) return L"The spring was not placed.";
+  if (!isDrawn) return L"The spring could not be drawn.";
   step.accept();
   return {};
 }

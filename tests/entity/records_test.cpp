@@ -437,6 +437,8 @@ TEST_F(OverrideTest, StaysInsideTheBraces) {
 TEST_F(RecordsTest, DistancesInThePlane) {
   const double origin[3] = {0, 0, 5}, far[3] = {3, 4, 0};
   EXPECT_DOUBLE_EQ(distance(origin, far), 5.0);
+  EXPECT_EQ(distance(nullptr, far), 0);
+  EXPECT_EQ(dist(origin, 1, nullptr), 0);
   EXPECT_DOUBLE_EQ(dist(origin, 0.0, far), 4.0);
   EXPECT_DOUBLE_EQ(dist(origin, kQuarter, far), 3.0);
   EXPECT_NEAR(dist(origin, 1.5707963, far), 3.0, 1e-6);  // by its tangent

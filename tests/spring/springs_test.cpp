@@ -115,6 +115,21 @@ class SpringTest : public test::ToolkitTest {
       if (entity->getGeomExtents(one) == Kvad::eOk) whole.addExt(one);
     return whole;
   }
+  /// Every circle sits on a row, between its strands.
+  void circlesTouchTheirStrands(KvDbObjectId block) {
+    EXPECT_EQ(all<KvDbCircle>(block).size(), 2u);
+    for (const KvDbCircle* circle : all<KvDbCircle>(block)) {
+      int touching = 0;
+      for (const KvDbLine* line : all<KvDbLine>(block)) {
+        KvGePoint3d nearest;
+        line->getClosestPointTo(circle->center(), nearest);
+        const bool isTangent = std::fabs(nearest.distanceTo(circle->center()) - circle->radius()) < 1e-9;
+        const KvGeVector3d along = line->endPoint() - line->startPoint();
+        touching += isTangent && std::fabs(along.dotProduct(circle->normal())) < 1e-9;
+      }
+      EXPECT_GE(touching, 1);
+    }
+  }
   void compareWithGolden(const std::string& name) {
     std::string text;
     for (const std::string& line : commands) text += line + "\n";
@@ -374,16 +389,33 @@ TEST_F(SpringTest, ViewsAreWholeInATurnedUserSystem) {
   answer(L"0,0\n0\n");
   ASSERT_EQ(GB1239_YI_1(point, 3, 23, 120), 5100);
   EXPECT_EQ(all<KvDbEntity>(block).size(), before);
-  // Every circle still sits on a row, between its strands.
-  for (const KvDbCircle* circle : all<KvDbCircle>(block)) {
-    bool touches = false;
-    for (const KvDbLine* line : all<KvDbLine>(block)) {
-      KvGePoint3d nearest;
-      line->getClosestPointTo(circle->center(), nearest);
-      touches = touches || std::fabs(nearest.distanceTo(circle->center()) - circle->radius()) < 1e-9;
-    }
-    EXPECT_TRUE(touches);
-  }
+  circlesTouchTheirStrands(block);
+  // The base was read as a point of the world, and so the caller gets it back.
+  EXPECT_NEAR(point[0], -7, 1e-9);
+  EXPECT_NEAR(point[1], 40, 1e-9);
+}
+
+TEST_F(SpringTest, ViewsAreWholeInAnUprightUserSystem) {
+  double point[3] = {0, 0, 0};
+  KvGeMatrix3d system;
+  system.setCoordSystem({0, 0, 0}, {1, 0, 0}, {0, 0, 1}, {0, -1, 0});
+  kvedSetCurrentUCS(system);
+  answer(L"0,0\n0\n");
+  ASSERT_EQ(GB1239_YI_1(point, 3, 23, 120), 5100);
+  const KvDbObjectId block = all<KvDbBlockReference>()[0]->blockTableRecord();
+  circlesTouchTheirStrands(block);
+  EXPECT_EQ(all<KvDbHatch>(block).size(), 2u);
+}
+
+TEST_F(SpringTest, WithoutAPlaceNothingOfTheUsersGoes) {
+  const KvDbObjectId own = add(new KvDbLine({0, 0, 0}, {1, 0, 0}));
+  double point[3] = {0, 0, 0};
+  answer(L"");
+  EXPECT_EQ(GB1239_YI_2(point, 3, 23, 120), -5001);
+  EXPECT_TRUE(own.isValid());
+  EXPECT_EQ(all<KvDbEntity>().size(), 1u);
+  EXPECT_EQ(count("ERASE"), 0);
+  EXPECT_EQ(count("INSERT"), 1);
 }
 
 }  // namespace

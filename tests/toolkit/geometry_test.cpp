@@ -119,6 +119,12 @@ TEST_F(GeometryTest, CircleByTangentAndPoint) {
   ASSERT_EQ(IM_GetCenterFromTangentAndPoint({1, 0, 0}, {0, 0, 0}, {3, -9, 0}, center), 1);
   EXPECT_TRUE(center.isEqualTo({0, -5, 0}));
   EXPECT_EQ(IM_GetCenterFromTangentAndPoint({1, 0, 0}, {0, 0, 0}, {5, 0.00001, 0}, center), 0);
+  // Seen from above: what a tangent climbs doesn't count, and one that only climbs has no direction.
+  ASSERT_EQ(IM_GetCenterFromTangentAndPoint({1, 0, 7}, {0, 0, 2}, {5, 5, 9}, center), 1);
+  EXPECT_TRUE(center.isEqualTo({0, 5, 2}));
+  EXPECT_EQ(IM_GetCenterFromTangentAndPoint({0, 0, 1}, {0, 0, 0}, {5, 5, 0}, center), 0);
+  EXPECT_EQ(IM_GetCenterFromTangentAndPoint({0, 0, 0}, {0, 0, 0}, {5, 5, 0}, center), 0);
+  EXPECT_EQ(IM_GetCenterFromTangentAndPoint({std::nan(""), 0, 0}, {0, 0, 0}, {5, 5, 0}, center), 0);
 }
 
 TEST_F(GeometryTest, InsideClosedCurves) {

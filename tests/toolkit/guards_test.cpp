@@ -137,6 +137,14 @@ TEST_F(GuardsTest, LayerStatesComeBack) {
     EXPECT_FALSE(layer(b).isLocked());
   }
   EXPECT_FALSE(layer(a).isLocked() || layer(b).isLocked());
+  {
+    auto* held = open<KvDbLayerTableRecord>(a);  // all others are reached although one can't be
+    const ImLayerLocker all(true);
+    held->close();
+    EXPECT_FALSE(layer(a).isLocked());
+    EXPECT_TRUE(layer(b).isLocked() && layer(c).isLocked());
+  }
+  EXPECT_FALSE(layer(b).isLocked() || layer(c).isLocked());
   KvDbObjectIdArray list;
   list.append(a);
   list.append(KvDbObjectId());  // can't be opened: here the list ends

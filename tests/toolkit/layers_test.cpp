@@ -63,7 +63,7 @@ TEST_F(Layers, OldNamesBecomeThoseOfTheStandard) {
   const KvDbObjectId present = IM_GetLayerId(53, nullptr, 0);
   const KvDbObjectId line = lineOn(old), bystander = lineOn(other);
   std::vector<ImProPropertyConfig> used;
-  ASSERT_EQ(IM_DwgInsertLayerConvert(nullptr, used), 1);
+  ASSERT_EQ(IM_DwgInsertLayerConvert(&drawing(), used), 1);
   EXPECT_EQ(used, (std::vector<ImProPropertyConfig>{45, 12, 53}));
   EXPECT_EQ(layer(outline).getName(), IM_GetLayerName(45, 0));
   EXPECT_EQ(layer(text).getName(), IM_GetLayerName(12, 0));
@@ -72,7 +72,7 @@ TEST_F(Layers, OldNamesBecomeThoseOfTheStandard) {
   EXPECT_EQ(layerOf(bystander), L"OTHER");
   EXPECT_EQ(layer(construction).getName(), L"QX_CL_2");
   used.clear();
-  EXPECT_EQ(IM_DwgInsertLayerConvert(nullptr, used), 1);
+  EXPECT_EQ(IM_DwgInsertLayerConvert(&drawing(), used), 1);
   EXPECT_TRUE(used.empty()) << "nothing is left to do";
 }
 
@@ -82,7 +82,7 @@ TEST_F(Layers, AMergedLayerThatBlocksOrSheetsUseEndsTheConversion) {
   IM_GetLayerId(53, nullptr, 0);
   const KvDbObjectId inModel = lineOn(old), onSheet = lineOn(old, drawing().paperSpaceId());
   std::vector<ImProPropertyConfig> used;
-  EXPECT_EQ(IM_DwgInsertLayerConvert(nullptr, used), 0);
+  EXPECT_EQ(IM_DwgInsertLayerConvert(&drawing(), used), 0);
   EXPECT_TRUE(old.isValid());
   EXPECT_EQ(layerOf(inModel), IM_GetLayerName(53, 0));
   EXPECT_EQ(layerOf(onSheet), L"QX_CL");
@@ -92,7 +92,7 @@ TEST_F(Layers, AMergedLayerThatBlocksOrSheetsUseEndsTheConversion) {
   entity->close();
   const KvDbObjectId renamed = addLayer(L"视口");
   const KvDbObjectId kept = lineOn(renamed, drawing().paperSpaceId());
-  EXPECT_EQ(IM_DwgInsertLayerConvert(nullptr, used), 1);
+  EXPECT_EQ(IM_DwgInsertLayerConvert(&drawing(), used), 1);
   EXPECT_EQ(layerOf(kept), IM_GetLayerName(3, 0));
 }
 
@@ -109,7 +109,7 @@ TEST_F(Layers, ABlockThatUsesAMergedLayerEndsTheConversionToo) {
   table->close();
   const KvDbObjectId inBlock = lineOn(old, frame);
   std::vector<ImProPropertyConfig> used;
-  EXPECT_EQ(IM_DwgInsertLayerConvert(nullptr, used), 0);
+  EXPECT_EQ(IM_DwgInsertLayerConvert(&drawing(), used), 0);
   EXPECT_EQ(used, std::vector<ImProPropertyConfig>{78});
   EXPECT_EQ(layerOf(inBlock), L"图框层");
 }
@@ -145,9 +145,13 @@ TEST_F(Layers, ARealDrawingWithTheOldLayers) {
 TEST_F(Layers, WithoutTheModuleOldLayersMergeIntoLayerZero) {
   const KvDbObjectId old = addLayer(L"6文字层"), line = lineOn(old);
   std::vector<ImProPropertyConfig> used;
-  EXPECT_EQ(IM_DwgInsertLayerConvert(nullptr, used), 1);
+  EXPECT_EQ(IM_DwgInsertLayerConvert(&drawing(), used), 1);
   EXPECT_TRUE(old.isErased());
   EXPECT_EQ(layerOf(line), L"0");
+  // A drawing must be named: the one that is being worked on isn't converted by chance.
+  const KvDbObjectId kept = addLayer(L"7标注层");
+  EXPECT_EQ(IM_DwgInsertLayerConvert(nullptr, used), 0);
+  EXPECT_EQ(layer(kept).getName(), L"7标注层");
 }
 
 }  // namespace

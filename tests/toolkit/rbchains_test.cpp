@@ -98,6 +98,10 @@ TEST(RbChains, TheHeadIsNeverCut) {
   resbuf* more = kvutBuildList(40, 1.0, 41, 2.0, 0);
   EXPECT_EQ(IM_AddRbToTail(chain.head, more), more->rbnext);
   EXPECT_EQ(IM_AddRbToTail(nullptr, more), nullptr);
+  // A chain that hangs on it already, whole or in part, closes no ring.
+  for (resbuf* again : {more, more->rbnext, chain.head})
+    EXPECT_EQ(IM_AddRbToTail(chain.head, again), more->rbnext);
+  EXPECT_EQ(more->rbnext->rbnext, nullptr);
 }
 
 TEST(RbChains, CopiesKeepTheProductsOwnCodesOnly) {

@@ -169,11 +169,34 @@ TEST_F(Styles, AReloadedLinetypeKeepsItsUsers) {
   auto* entity = open<KvDbEntity>(line, KvDb::kForWrite);
   entity->setLinetype(old);
   entity->close();
-  const CString answer = IM_EnsureLineTypeExist(L"HIDDEN", 16);
+  const KvDbObjectId layerId = addLayer(L"A");
+  auto* record = open<KvDbLayerTableRecord>(layerId, KvDb::kForWrite);
+  record->setLinetypeObjectId(old);
+  record->close();
+  drawing().setCeltype(old);
+  EXPECT_EQ(IM_EnsureLineTypeExist(L"HIDDEN", 16), L"HIDDEN");
+  const KvDbObjectId fresh = IM_GetLineTypeId(L"HIDDEN", nullptr, 1);
+  EXPECT_NE(fresh, old);
+  EXPECT_TRUE(old.isErased());
   entity = open<KvDbEntity>(line);
-  EXPECT_TRUE(entity->linetypeId().isValid());
-  EXPECT_TRUE(answer == L"ByLayer" || entity->linetypeId() == IM_GetLineTypeId(L"HIDDEN", nullptr, 1));
+  EXPECT_EQ(entity->linetypeId(), fresh);
   entity->close();
+  EXPECT_EQ(layer(layerId).linetypeObjectId(), fresh);
+  EXPECT_EQ(drawing().celtype(), fresh);
+}
+
+TEST_F(Styles, ALinetypeThatNoFileHasOutlivesTheReload) {
+  auto* table = open<KvDbLinetypeTable>(drawing().linetypeTableId(), KvDb::kForWrite);
+  auto* own = new KvDbLinetypeTableRecord;
+  own->setName(L"OWN_DASHES");
+  KvDbObjectId id;
+  ASSERT_EQ(table->add(id, own), Kvad::eOk);
+  own->close();
+  table->close();
+  EXPECT_EQ(IM_EnsureLineTypeExist(L"OWN_DASHES", 16), L"ByLayer");
+  EXPECT_EQ(IM_GetLineTypeId(L"OWN_DASHES", nullptr, 1), id);
+  EXPECT_EQ(IM_EnsureLineTypeExist(L"Continuous", 16), L"ByLayer");
+  EXPECT_TRUE(IM_GetLinetypeContinuousId(nullptr).isValid());
 }
 
 TEST_F(Styles, ArrowsByNameAndBack) {
