@@ -167,6 +167,8 @@ TEST_F(SpringTest, CommandsAreThoseThatWereAccepted) {
   commands.clear();
   double point[3] = {0, 0, 0};
   EXPECT_EQ(DrawLeftTorSpring(point, 20, 2, 1.2, 30, 25), 5100);
+  EXPECT_EQ(DrawLeftTorSpring(point, 20, 3, 0, 40, 40), 5100);
+  EXPECT_EQ(DrawLeftTorSpring(point, 8, 0.8, 4, 10, 12), 5100);
   compareWithGolden("DrawLeftTorSpring");
 }
 
