@@ -5,8 +5,10 @@
 
 #include "host/base/context.h"
 #include "host/database/block.h"
-#include "host/entities/curves.h"
+#include "host/database/deepclone.h"
 #include "host/database/dictionary.h"
+#include "host/database/transaction.h"
+#include "host/entities/curves.h"
 #include "host/io/drawing_file.h"
 #include "tests/support/print.h"
 
@@ -107,8 +109,34 @@ class UndoTest : public testing::Test {
     fresh->close();
     root->close();
   }
+  /// Some entities once more, in their own space.
+  void copy() {
+    KvDbObjectIdArray ids;
+    for (int i = 0; i < 3; ++i) ids.append(anyEntity());
+    KvDbIdMapping mapping;
+    EXPECT_EQ(drawing.deepCloneObjects(ids, drawing.modelSpaceId(), mapping), Kvad::eOk);
+  }
+  /// Work that is begun, partly committed inside, and given up.
+  void aborted() {
+    KvDbTransactionManager& manager = drawing.transactionManager();
+    manager.startTransaction();
+    change();
+    manager.startTransaction();
+    make();
+    copy();
+    manager.endTransaction();
+    data();
+    erase();
+    manager.abortTransaction();
+  }
   void edit() {
-    switch (random() % 8) {
+    switch (random() % 10) {
+      case 8:
+        copy();
+        break;
+      case 9:
+        aborted();
+        break;
       case 0:
       case 1:
       case 2:
