@@ -240,7 +240,7 @@ double IM_WcsVectorToAngle(KvGeVector3d vector) {
 }
 
 int IM_GetAngleFromTd(double* start, double bulge, double* end, double* center, double& radius) {
-  if (!start || !end || !center || bulge == 0) return 0;
+  if (!start || !end || !center || bulge == 0 || !std::isfinite(bulge)) return 0;
   const KvGePoint3d from(start[0], start[1], start[2]), to(end[0], end[1], end[2]);
   const double chord = std::hypot(to.x - from.x, to.y - from.y);
   constexpr double kQuarter = 0.25, kHalf = 0.5;
@@ -257,7 +257,7 @@ int IM_GetTdFromAngle(double const* start, double const* center, double const* e
   if (!start || !center || !end) return 0;
   const KvGeVector2d from(start[0] - center[0], start[1] - center[1]),
       to(end[0] - center[0], end[1] - center[1]);
-  if (from.length() == 0 || to.length() == 0) return 0;
+  if (!(from.length() > 0) || !(to.length() > 0)) return 0;
   constexpr double kQuarterOfSweep = 4;
   bulge = std::tan(kvge::normalizedAngle(to.angle() - from.angle()) / kQuarterOfSweep);
   return 1;
@@ -268,7 +268,7 @@ int IM_GetTdFromAngle(KvGePoint3d start, KvGePoint3d middle, KvGePoint3d end, do
   // The angle under which the middle point sees the chord is half of what the rest of the circle sweeps.
   const KvGeVector2d a(start.x - middle.x, start.y - middle.y), b(end.x - middle.x, end.y - middle.y);
   const double turn = a.crossProduct(b), seen = std::atan2(std::fabs(turn), a.dotProduct(b));
-  if (std::fabs(std::sin(seen)) < kParallel) return 0;
+  if (!(std::fabs(std::sin(seen)) >= kParallel)) return 0;
   const double sweep = kTwoPiFull - 2 * seen;
   constexpr double kQuarterOfSweep = 4;
   bulge = std::copysign(std::tan(sweep / kQuarterOfSweep), -turn);

@@ -67,7 +67,7 @@ MEK_API KvGeVector3d IM_WcsAngleToVector(double angle);
 MEK_API double IM_WcsVectorToAngle(KvGeVector3d vector);
 
 /// Centre and radius of an arc given by two points and a bulge, in the XY plane. The radius has the bulge's
-/// sign. 0 for a bulge of 0 or null.
+/// sign. 0 for a bulge of 0 or none, and null.
 MEK_API int IM_GetAngleFromTd(double* start, double bulge, double* end, double* center, double& radius);
 /// The way back: the bulge of the arc that runs counter-clockwise about `center` from start to end. 0, and a
 /// bulge of 0, when a point lies on the centre.

@@ -204,6 +204,45 @@ TEST_F(SpringTest, TooFewCoilsAndWrongNumbersDrawNothing) {
   EXPECT_EQ(DrawTorSpring3(point, 2, 20, 50, 2), 5100);
 }
 
+TEST_F(SpringTest, ImpossibleSizesEndWithAStatus) {
+  constexpr Sizes kImpossible[] = {{0, 20, 50, 4},
+                                   {2, 0, 50, 4},
+                                   {2, 20, 0, 4},
+                                   {-2, -20, -50, 4},
+                                   {9, 3, 50, 4},
+                                   {2, 20, 1e300, 4},
+                                   {1e300, 1e300, 1e300, 4},
+                                   {1e-300, 1e-300, 1e-300, 4}};
+  for (const Sizes& s : kImpossible) {
+    double point[3] = {0, 0, 0};
+    SCOPED_TRACE(testing::Message() << s.d << " " << s.D << " " << s.H0);
+    for (const NamedView& view : kViews) {
+      const int status = view.draw(point, s.d, s.D, s.H0, s.n);
+      EXPECT_TRUE(status == 5100 || status == -5001) << view.name << " " << status;
+    }
+    for (const NamedForm& form : kForms) {
+      answer(L"10,20\n30\n");
+      const int status = form.draw(point, s.d, s.D, s.H0);
+      EXPECT_TRUE(status == 5100 || status == -5001) << form.name << " " << status;
+    }
+    EXPECT_EQ(DrawLeftTorSpring(point, s.D, s.d, 1, s.H0, s.H0), 5100);
+    for (const KvDbEntity* entity : all<KvDbEntity>()) {
+      KvDbExtents box;
+      if (entity->getGeomExtents(box) != Kvad::eOk) continue;
+      EXPECT_TRUE(std::isfinite(box.minPoint().x) && std::isfinite(box.maxPoint().y));
+    }
+  }
+}
+
+TEST_F(SpringTest, WhatCannotBeFoundIsReported) {
+  // In an empty drawing nothing comes of a first line whose ends the host refuses.
+  double point[3] = {0, 0, 0};
+  shown.Empty();
+  EXPECT_EQ(GB1239_YI_1(point, 2, 20, 1e300), -5001);
+  EXPECT_GE(shown.Find(L"entity is not found!"), 0) << platform::utf8From(shown);
+  EXPECT_TRUE(all<KvDbEntity>().empty());
+}
+
 TEST_F(SpringTest, SimplifiedCompressionStandsOnItsRows) {
   double point[3] = {7, 0, 0};
   ASSERT_EQ(DrawCompSpring5(point, 2, 20, 50, 5.7), 5100);

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "host/entities/dimension.h"
+#include "module/core/host_values.h"
 #include "module/toolkit/annotation.h"
 #include "module/toolkit/geometry.h"
 #include "module/toolkit/guards.h"
@@ -97,6 +98,36 @@ TEST_F(Nulls, GuardsWithoutADrawing) {
   const int before = ImUndoRecord::m_nRefCount;
   { const ImUndoRecord undo; }
   EXPECT_EQ(ImUndoRecord::m_nRefCount, before);
+}
+
+TEST_F(Nulls, NumbersThatAreNone) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const KvDbCircle circle({0, 0, 0}, KvGeVector3d::kZAxis, 5);
+  for (const KvGePoint3d& point :
+       {KvGePoint3d(nan, 0, 0), KvGePoint3d(0, nan, nan), KvGePoint3d(1e300, 1e300, 0)})
+    EXPECT_EQ(IM_IsPointInsideCurve(&circle, point), 1);
+  EXPECT_EQ(IM_PointEqual(KvGePoint3d(nan, 0, 0), KvGePoint3d(nan, 0, 0), 1), 0);
+  EXPECT_EQ(IM_RealEqual(nan, nan), false);
+  EXPECT_EQ(IM_AngleEqual(nan, 1, 0), 0);
+  EXPECT_EQ(IM_ExtentContains(KvDbExtents({0, 0, 0}, {1, 1, 0}), KvGePoint3d(nan, 0, 0), 1), 0);
+  EXPECT_EQ(IM_IsPointsBeRect({nan, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}), 0);
+  KvGePoint3d center;
+  EXPECT_EQ(IM_GetCenterFromTangentAndPoint({1, 0, 0}, {0, 0, 0}, {nan, 1, 0}, center), 0);
+  double bulge = 1;
+  EXPECT_EQ(IM_GetTdFromAngle({0, 0, 0}, {nan, 1, 0}, {2, 0, 0}, bulge), 0);
+  EXPECT_EQ(bulge, 0);
+  double start[3] = {0, 0, 0}, end[3] = {2, 0, 0}, middle[3] = {nan, 0, 0}, radius = 7;
+  EXPECT_EQ(IM_GetTdFromAngle(start, middle, end, bulge), 0);
+  EXPECT_EQ(IM_GetAngleFromTd(start, nan, end, middle, radius), 0);
+  EXPECT_EQ(radius, 7);
+  double before = 0, after = 0;
+  mek::readRealVariable(L"TEXTSIZE", before);
+  for (const double wrong : {nan, std::numeric_limits<double>::infinity()}) {
+    ImSetSysVar size(L"TEXTSIZE", wrong, 1);
+    EXPECT_EQ(size.Restore(), 0);
+    mek::readRealVariable(L"TEXTSIZE", after);
+    EXPECT_EQ(after, before);
+  }
 }
 
 TEST(NullChains, GiveTheirFailureValue) {
