@@ -1,5 +1,6 @@
 #include "module/entity/xdata.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 
@@ -17,8 +18,8 @@ bool fits(int code, int) {
   return kind == KvRbKind::Short || kind == KvRbKind::Long || kind == KvRbKind::Int64 ||
          kind == KvRbKind::Real;
 }
-bool fits(int code, double) {
-  return kvutRbKind(code) == KvRbKind::Real;
+bool fits(int code, double value) {
+  return kvutRbKind(code) == KvRbKind::Real && std::isfinite(value);
 }
 bool fits(int code, const CString&) {
   // A code of 0 would end the list that the record is built from.

@@ -3,7 +3,8 @@
 // that can be read, added to and written back.
 //
 // The classes answer 1 for success and 0 for failure; nothing but RegisterApp tells the user. Values are told
-// by group codes; a code that can't hold a value of the given sort is a failure, and nothing changes.
+// by group codes; a code that can't hold a value of the given sort is a failure, and so is a number that
+// isn't finite: nothing changes.
 #include "host/base/kvds.h"
 #include "host/database/dictionary.h"
 #include "host/database/objectid.h"

@@ -1,6 +1,7 @@
 // Extended data and records of dictionaries: what is added, changed, written, read back, and never lost.
 #include "module/entity/xdata.h"
 
+#include <limits>
 #include <string>
 
 #include "host/database/dictionary.h"
@@ -339,6 +340,20 @@ TEST_F(XDataTest, EveryCodeSurvivesAFile) {
     ASSERT_EQ(kvdbReadDrawing(copy, file, report), Kvad::eOk);
     EXPECT_EQ(dataOf(0, copy.idFromHandle(line.handle())), before);
   }
+}
+
+TEST_F(XDataTest, NumbersThatAreNoneNeverReachAFile) {
+  for (const double wrong :
+       {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
+    Open own(name, kApp, IM_XDATA_WRITE);
+    EXPECT_EQ(own.AppendXData(1.5, 1040), 1);
+    EXPECT_EQ(own.AppendXData(wrong, 1040), 0);
+    EXPECT_EQ(own.AppendXData(wrong, 1041), 0);
+    EXPECT_EQ(own.AppendXData(40, wrong), 0);
+    EXPECT_EQ(own.AppendXData(CString(L"K"), wrong, 1000), 0);
+    EXPECT_EQ(own.AttachToEntity(), 1);
+  }
+  EXPECT_EQ(data(kApp), nameOf(kApp) + " 1040=1.5");
 }
 
 TEST_F(XDataTest, DeletingOneApplicationKeepsTheOthers) {

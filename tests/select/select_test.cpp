@@ -185,7 +185,20 @@ TEST_F(SelectTest, NullsAndCancelsComeBackAsStatuses) {
   EXPECT_NE(IM_ADS_GETDIST(nullptr, L"", nullptr), RTNORM);
   EXPECT_NE(IM_ADS_ENTSEL(L"", nullptr, nullptr), RTNORM);
   EXPECT_NE(IM_ADS_NENTSELP(L"", nullptr, nullptr, 1, nullptr, nullptr), RTNORM);
+  EXPECT_NE(IM_ADS_NENTSEL(L"", nullptr, nullptr, nullptr, nullptr), RTNORM);
   EXPECT_NE(IM_ADS_GRREAD(0, nullptr, nullptr), RTNORM);
+  EXPECT_NE(IM_ADS_GRDRAW(nullptr, p, 1, 0), RTNORM);
+  EXPECT_NE(IM_ADS_GRDRAW(p, nullptr, 1, 0), RTNORM);
+  kvds_name set = {0, 0};
+  EXPECT_NE(IM_ADS_SSADD(set, nullptr, nullptr), RTNORM);
+  EXPECT_EQ(IM_ssAdd(nullptr, set), 0);
+  EXPECT_EQ(IM_ssDeleteEntity(static_cast<long long*>(nullptr)), 0);
+  EXPECT_EQ(IM_IsEntityInWorkSet(nullptr), 0);
+  EXPECT_EQ(IM_SSExtent(nullptr, p, p), RTNONE);
+  EXPECT_EQ(IM_SSExtent(set, nullptr, p), RTERROR);
+  EXPECT_EQ(IM_EntExtent(set, p, nullptr), RTERROR);
+  EXPECT_TRUE(IM_handent(nullptr, L"no handle").isNull());
+  EXPECT_TRUE(IM_handent(nullptr, L"FFFFFFFFFFFFFFFFFFFFFFFF").isNull());
   during(L"", [&] {
     EXPECT_EQ(IM_ADS_GETPOINT(nullptr, L"", p), RTCAN);
     EXPECT_EQ(IM_ADS_GETDIST(nullptr, L"", &value), RTCAN);
