@@ -8,16 +8,17 @@ struct InfoOptions {
   std::string drawing;
   bool json = false;
 };
-/// Version, counts by type and layer, applications with extended data, types that the host doesn't model.
+/// Version, extents of each space, counts by type and layer, applications with extended data, types that the host doesn't model.
 int runInfo(const InfoOptions& options);
 
 struct AuditOptions {
   std::string drawing;
   std::string output;  ///< where the mended drawing goes; empty: nowhere
   bool fix = false;
+  bool json = false;
 };
-/// Reads as far as anything can be read and lists what had to be mended. 0: sound, or mended and written; 1:
-/// faults, or not readable.
+/// Reads as far as anything can be read and lists the faults by code, those that stand apart from those that
+/// were mended. 0: sound, or all mended and written; 1: faults stand, or not readable.
 int runAudit(const AuditOptions& options);
 
 }  // namespace korvane

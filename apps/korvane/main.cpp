@@ -87,6 +87,7 @@ int main(int argc, char** argv) {
   audit->add_option("DRAWING", auditOptions.drawing, "A drawing file, text or binary")->required();
   CLI::Option* output = audit->add_option("-o,--output", auditOptions.output, "Where the mended drawing goes")
                             ->type_name("FILE");
+  audit->add_flag("--json", auditOptions.json, "For programs to read");
   audit->add_flag("--fix", auditOptions.fix, "Mend, and write the drawing")->needs(output);
 
   korvane::PlotCommandOptions plotOptions;

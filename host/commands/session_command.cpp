@@ -294,9 +294,15 @@ void runAudit() {
   const std::string bytes = kvdbFormatDrawing(*drawing());
   if (kvdbParseDrawing(copy, bytes, report, KvIoMode::Recover) != Kvad::eOk)
     return fail(report.error.describe());
-  for (const KvIoMessage& repair : report.repairs) say(repair.text);
-  const auto total = report.repairs.size() + report.repairsLeftOut;
+  KvDbAudit audit(copy, false);
+  for (const KvIoMessage& repair : report.repairs) audit.add(repair.fault, repair.text, false);
+  audit.run();
   CString text;
+  for (const KvDbFinding& finding : audit.findings()) {
+    text.Format(L"%d ", static_cast<int>(finding.fault));
+    say(text + finding.text);
+  }
+  const std::uint64_t total = audit.errorCount() + report.repairsLeftOut;
   text.Format(L"%d faults found", static_cast<int>(total));
   say(text);
   if (total > 0) say(L"\"korvane audit --fix\" mends the saved file.");

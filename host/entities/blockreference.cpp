@@ -64,6 +64,11 @@ KvDbObjectId KvDbBlockReference::blockTableRecord() const {
   return block_;
 }
 
+CString KvDbBlockReference::blockName() const {
+  const CString own = kvdbRecordName(blockTableRecord());
+  return own.IsEmpty() ? name_ : own;
+}
+
 Kvad::ErrorStatus KvDbBlockReference::setBlockTableRecord(KvDbObjectId block) {
   if (block.isNull()) return Kvad::eNullObjectId;
   if (!recordOf(block)) return Kvad::eWrongObjectType;

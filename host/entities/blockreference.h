@@ -35,6 +35,8 @@ class KvDbBlockReference : public KvDbEntity, public KvDbSequence {
 
   /// Null when there is no such block.
   KvDbObjectId blockTableRecord() const;
+  /// The block's name; of a block that isn't there, as the file has it.
+  CString blockName() const;
   /// eNullObjectId, eWrongObjectType.
   Kvad::ErrorStatus setBlockTableRecord(KvDbObjectId block);
   KvGePoint3d position() const;

@@ -57,6 +57,7 @@ KvDbFileVersion savedVersion(const KvDbDatabase& database, const KvIoSaveOptions
 }  // namespace
 
 CString KvIoMessage::describe() const {
+  if (line == 0 && offset == 0 && code < 0) return text;
   CString place;
   if (line > 0)
     place.Format(L"line %d", line);

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "host/base/kvad.h"
-#include "host/database/database.h"
+#include "host/database/audit.h"
 
 /// A fault in a file, or a repair of one.
 struct KvIoMessage {
@@ -19,7 +19,8 @@ struct KvIoMessage {
   std::uint64_t offset = 0;  ///< bytes from the file's beginning
   int code = -1;             ///< the group at fault; -1 when it is none
   CString text;              ///< what was found and what was expected
-  /// "line 12, group 40: ..." or "offset 120: ...".
+  KvDbFault fault = KvDbFault::FileStructure;
+  /// "line 12, group 40: ..." or "offset 120: ..."; the bare text of what was found in no one place.
   CString describe() const;
 };
 

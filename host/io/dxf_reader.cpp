@@ -128,7 +128,7 @@ Kvad::ErrorStatus DxfReader::read() {
     report_.error = tokens_.error();
     failed_ = true;
   }
-  if (!failed_ && !is(0, "EOF")) mend(tokens_.here(), L"the end-of-file mark is missing");
+  if (!failed_ && !is(0, "EOF")) mend(tokens_.here(), L"the end-of-file mark is missing", KvDbFault::FileCut);
   if (failed_) return Kvad::eFileInternalErr;
   finish();
   return Kvad::eOk;
@@ -137,7 +137,7 @@ Kvad::ErrorStatus DxfReader::read() {
 bool DxfReader::advance() {
   hasCurrent_ = tokens_.next(current_);
   KvIoMessage message;
-  if (tokens_.takeMended(message)) mend(message, message.text);
+  if (tokens_.takeMended(message)) mend(message, message.text, KvDbFault::FileValue);
   return hasCurrent_;
 }
 
@@ -230,16 +230,42 @@ bool DxfReader::fail(const KvIoMessage& place, const CString& text) {
   return false;
 }
 
-bool DxfReader::mend(const KvIoMessage& place, const CString& text) {
+bool DxfReader::mend(const KvIoMessage& place, const CString& text, KvDbFault fault) {
   if (mode_ == KvIoMode::Strict) return fail(place, text);
   if (report_.repairs.size() >= kMostRepairsListed) {
     ++report_.repairsLeftOut;
   } else {
     report_.repairs.push_back(place);
     report_.repairs.back().text = text;
+    report_.repairs.back().fault = fault;
   }
   return true;
 }
+
+namespace {
+
+/// The linetypes that the oldest files name without having records of them.
+bool isImplied(KvDbTable table, const CString& name) {
+  if (table != KvDbTable::Linetype) return false;
+  return name.CompareNoCase(L"BYBLOCK") == 0 || name.CompareNoCase(L"BYLAYER") == 0;
+}
+
+KvDbFault faultOfMissing(KvDbTable table) {
+  switch (table) {
+    case KvDbTable::Layer:
+      return KvDbFault::UnknownLayer;
+    case KvDbTable::Linetype:
+      return KvDbFault::UnknownLinetype;
+    case KvDbTable::TextStyle:
+      return KvDbFault::UnknownTextStyle;
+    case KvDbTable::DimStyle:
+      return KvDbFault::UnknownDimStyle;
+    default:
+      return KvDbFault::UnknownRecord;
+  }
+}
+
+}  // namespace
 
 bool DxfReader::readSection() {
   advance();
@@ -305,7 +331,9 @@ T* DxfReader::place(std::unique_ptr<T> object, const Record& record, KvDbObjectI
   T* raw = object.release();
   const KvDbHandle handle = record.handle();
   database_.addAsRead(raw, handle, &isReplaced);
-  if (isReplaced && !mend(record.place, L"handle " + handle.toText() + L" is used twice")) return nullptr;
+  if (isReplaced &&
+      !mend(record.place, L"handle " + handle.toText() + L" is used twice", KvDbFault::DuplicateHandle))
+    return nullptr;
   raw->setOwnerId(owner);
   raw->dxfIn(record.groups, *this);
   return failed_ ? nullptr : raw;
@@ -340,9 +368,11 @@ bool DxfReader::readTable() {
     table = database_.makeTable(known->table).release();
     bool isReplaced = false;
     database_.setTableId(known->table, database_.addAsRead(table, head->handle(), &isReplaced));
-    if (isReplaced && !mend(head->place, L"the table's handle is used twice")) return false;
+    if (isReplaced && !mend(head->place, L"the table's handle is used twice", KvDbFault::DuplicateHandle))
+      return false;
     table->dxfIn(head->groups, *this);
-  } else if (!table->records().isEmpty() && !mend(head->place, L"table \"" + name + L"\" stands twice")) {
+  } else if (!table->records().isEmpty() &&
+             !mend(head->place, L"table \"" + name + L"\" stands twice", KvDbFault::DuplicatePart)) {
     return false;
   }
   while (!isSectionEnd() && !is(0, "ENDTAB") && !is(0, "TABLE")) {
@@ -398,7 +428,8 @@ bool DxfReader::readBlock(const Record& beginRecord) {
   if (name.CompareNoCase(L"$PAPER_SPACE") == 0) name = L"*Paper_Space";
   KvDbBlockTableRecord* block = blockRecord(beginRecord, name);
   if (!block) return false;
-  if (!block->beginId().isNull() && !mend(beginRecord.place, L"block \"" + name + L"\" stands twice"))
+  if (!block->beginId().isNull() &&
+      !mend(beginRecord.place, L"block \"" + name + L"\" stands twice", KvDbFault::DuplicatePart))
     return false;
   const KvDbBlockBegin* begin = place(std::make_unique<KvDbBlockBegin>(), beginRecord, block->objectId());
   if (!begin) return false;
@@ -504,7 +535,8 @@ KvDbObjectId DxfReader::record(KvDbTable table, std::wstring_view name) {
   KvDbObjectId id = database_.recordId(table, wanted);
   if (id.isNull() && !wanted.IsEmpty() && table != KvDbTable::Block) {
     // A name that no table has: the record comes into being, so that nothing hangs in the air.
-    if (mode_ == KvIoMode::Recover) mend(tokens_.here(), L"\"" + wanted + L"\" stands in no table");
+    if (mode_ == KvIoMode::Recover && !isImplied(table, wanted))
+      mend(tokens_.here(), L"\"" + wanted + L"\" stands in no table", faultOfMissing(table));
     id = makeRecord(table, wanted);
   }
   cache.entries[cache.next] = {std::wstring(name), id};
@@ -530,7 +562,8 @@ KvDbObjectId DxfReader::makeRecord(KvDbTable table, const CString& name) {
 void DxfReader::finish() {
   database_.completeAfterReading();
   if (mode_ == KvIoMode::Recover)
-    repairReferences(database_, [this](const CString& text) { mend(KvIoMessage(), text); });
+    repairReferences(database_,
+                     [this](const CString& text, KvDbFault fault) { mend(KvIoMessage(), text, fault); });
 }
 
 }  // namespace kvio

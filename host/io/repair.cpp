@@ -22,16 +22,17 @@ KvDbObjectId blockOfLayout(const KvDbDatabase& database, KvDbObjectId layout) {
 }
 
 void repairLayout(KvDbDatabase& database, KvDbProxyObject& layout,
-                  const std::function<void(const CString&)>& report) {
+                  const std::function<void(const CString&, KvDbFault)>& report) {
   const auto handle = layout.handleBehind(kLayoutMarker, kBlockReference);
   if (!handle || !database.idFromHandle(KvDbHandle(static_cast<std::uint64_t>(*handle))).isNull()) return;
   const KvDbObjectId block = blockOfLayout(database, layout.objectId());
   if (!block.isNull()) {
-    report(nameOf(layout) + L" pointed to a block that isn't there; it has its own back");
+    report(nameOf(layout) + L" pointed to a block that isn't there; it has its own back",
+           KvDbFault::LayoutBlock);
     layout.setHandleBehind(kLayoutMarker, kBlockReference, static_cast<std::int64_t>(block.handle().value()));
     return;
   }
-  report(nameOf(layout) + L" has no block; it is left out");
+  report(nameOf(layout) + L" has no block; it is left out", KvDbFault::LayoutBlock);
   KvDbObject* opened = nullptr;
   if (kvdbOpenAny(opened, layout.objectId(), KvDb::kForWrite) != Kvad::eOk) return;
   opened->erase();
@@ -40,7 +41,7 @@ void repairLayout(KvDbDatabase& database, KvDbProxyObject& layout,
 
 }  // namespace
 
-void repairReferences(KvDbDatabase& database, const std::function<void(const CString&)>& report) {
+void repairReferences(KvDbDatabase& database, const std::function<void(const CString&, KvDbFault)>& report) {
   const auto ids = database.allObjects();
   for (KvDbObjectId id : ids)
     if (auto* proxy = KvDbProxyObject::cast(id.stub()->object); proxy && proxy->fileType() == L"LAYOUT")
@@ -49,7 +50,7 @@ void repairReferences(KvDbDatabase& database, const std::function<void(const CSt
     auto* dictionary = KvDbDictionary::cast(id.stub()->object);
     if (!dictionary) continue;
     for (const CString& name : dictionary->dropDangling())
-      report(nameOf(*dictionary) + L": entry \"" + name + L"\" led to nothing");
+      report(nameOf(*dictionary) + L": entry \"" + name + L"\" led to nothing", KvDbFault::DanglingEntry);
   }
 }
 

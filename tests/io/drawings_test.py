@@ -62,6 +62,8 @@ def main():
             code, output = run(korvane, "audit", os.path.join(examples, "malformed", name), "--fix", "-o", target)
             if code or run(korvane, target, "--save", target + ".dxf")[0]:
                 problems.append(f"{name}: not mended: {output[-300:]}")
+            elif run(korvane, "audit", target)[0]:
+                problems.append(f"{name}: faults stand in what was mended: {run(korvane, 'audit', target)[1][:300]}")
             elif audits and run(PYTHON_WITH_READER, "-c", "import ezdxf, sys; ezdxf.readfile(sys.argv[1])", target)[0]:
                 problems.append(f"{name}: an independent reader refuses what was mended")
     if checked < 20:

@@ -66,7 +66,7 @@ class DxfReader : public KvDxfResolver {
 
   bool fail(const KvIoMessage& place, const CString& text);
   /// In strict mode a fault; otherwise a repair, and reading goes on.
-  bool mend(const KvIoMessage& place, const CString& text);
+  bool mend(const KvIoMessage& place, const CString& text, KvDbFault fault = KvDbFault::FileStructure);
 
   bool readSection();
   bool readHeader();
