@@ -48,6 +48,13 @@ bool isThere(KvDbObjectId id) {
   return !id.isNull() && id.stub()->object;
 }
 
+/// Of a group that names what its object needs or owns.
+bool isDangling(const KvDbDatabase& database, int code, std::uint64_t handle) {
+  constexpr int kFirstHardPointer = 340, kLastOwnership = 369;
+  return code >= kFirstHardPointer && code <= kLastOwnership && handle != 0 &&
+         !isThere(database.idFromHandle(KvDbHandle(handle)));
+}
+
 /// Looks at the numbers and references that an object would write.
 class ContentProbe : public KvDxfWriter {
  public:
@@ -63,16 +70,13 @@ class ContentProbe : public KvDxfWriter {
     for (double number : {value.x, value.y}) look(code, number);
   }
   void handleValue(int code, std::uint64_t handle) override {
-    const bool isNeeded = code >= kFirstHardPointer && code <= kLastOwnership;
-    if (isNeeded && handle != 0 && !isThere(database_.idFromHandle(KvDbHandle(handle))))
-      dangling.push_back(handle);
+    if (isDangling(database_, code, handle)) dangling.push_back(handle);
   }
 
   int badCode = -1;  ///< of the first bad number
   std::vector<std::uint64_t> dangling;
 
  private:
-  static constexpr int kFirstHardPointer = 340, kLastOwnership = 369;
   void look(int code, double value) {
     if (badCode < 0 && !(std::fabs(value) <= kKvDbLargestNumber)) badCode = code;
   }
@@ -95,6 +99,17 @@ bool dropDanglingReferences(KvDbObject& object) {
   object.dwgOutFields(filer);
   filer.rewind();
   object.dwgInFields(filer);
+  // The object is open for write, so what it keeps may change as well.
+  for (auto& section : const_cast<std::vector<KvDbUnknownSection>&>(object.unknownSections())) {
+    KvDbGroupList kept;
+    for (KvDxfGroup group : section.groups) {
+      const auto handle = static_cast<std::uint64_t>(group.integer);
+      if (group.kind == KvDxfKind::Handle && isDangling(*object.database(), group.code, handle))
+        group.integer = 0;
+      kept.append(group);
+    }
+    section.groups = std::move(kept);
+  }
   ContentProbe probe(*object.database());
   object.dxfOut(probe);
   return probe.dangling.empty();

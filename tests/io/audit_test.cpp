@@ -242,16 +242,23 @@ TEST_P(AuditFileTest, IsFoundByItsCodeAndMended) {
 
 INSTANTIATE_TEST_SUITE_P(
     Files, AuditFileTest,
-    testing::Values(FileCase{"Block", "\r\n  2\r\nPART\r\n 10\r\n4.0", "\r\n  2\r\nGONE\r\n 10\r\n4.0",
+    testing::Values(FileCase{"Block",
+                             "\r\n  2\r\nPART\r\n 10\r\n4.0",
+                             "\r\n  2\r\nGONE\r\n 10\r\n4.0",
                              {KvDbFault::DanglingBlock}},
-                    FileCase{"Layer", "AcDbEntity\r\n  8\r\n0\r\n100\r\nAcDbCircle",
-                             "AcDbEntity\r\n  8\r\nGONE\r\n100\r\nAcDbCircle", {KvDbFault::UnknownLayer}},
-                    FileCase{"Linetype", "AcDbEntity\r\n  8\r\n0\r\n100\r\nAcDbCircle",
+                    FileCase{"Layer",
+                             "AcDbEntity\r\n  8\r\n0\r\n100\r\nAcDbCircle",
+                             "AcDbEntity\r\n  8\r\nGONE\r\n100\r\nAcDbCircle",
+                             {KvDbFault::UnknownLayer}},
+                    FileCase{"Linetype",
+                             "AcDbEntity\r\n  8\r\n0\r\n100\r\nAcDbCircle",
                              "AcDbEntity\r\n  8\r\n0\r\n  6\r\nGONE\r\n100\r\nAcDbCircle",
                              {KvDbFault::UnknownLinetype}},
                     FileCase{"End", "  0\r\nEOF\r\n", "", {KvDbFault::FileCut}},
                     FileCase{"Number", " 40\r\n0.625", " 40\r\nwide", {KvDbFault::FileValue}},
-                    FileCase{"Handle", "  0\r\nCIRCLE\r\n  5\r\n@\r\n", "  0\r\nCIRCLE\r\n  5\r\n2\r\n",
+                    FileCase{"Handle",
+                             "  0\r\nCIRCLE\r\n  5\r\n@\r\n",
+                             "  0\r\nCIRCLE\r\n  5\r\n2\r\n",
                              {KvDbFault::DuplicateHandle}}),
     [](const auto& one) { return one.param.name; });
 
