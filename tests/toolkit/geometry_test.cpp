@@ -154,6 +154,31 @@ TEST_F(GeometryTest, InsideClosedCurves) {
   EXPECT_EQ(IM_GetVertexPoints(&endless, vertices), 0);
 }
 
+TEST_F(GeometryTest, InsideCurvesFarFromTheOrigin) {
+  // The first rays of every point meet a vertex, wherever the drawing lies.
+  for (const double offset : {0.0, 1234.5678, 1e6 + 0.1, 4.5e8 + 0.3}) {
+    const auto at = [&](double x, double y) { return KvGePoint3d(x + offset, y - offset / 3, 0); };
+    KvDbPolyline comb;
+    constexpr double kTeeth[][2] = {{0, 0},   {10, 0},   {10, 1.1}, {4, 2.3}, {9.7, 3.3},
+                                    {4, 4.7}, {10, 5.9}, {10, 8},   {0, 8}};
+    unsigned int index = 0;
+    for (const auto& tooth : kTeeth) {
+      const KvGePoint3d p = at(tooth[0], tooth[1]);
+      comb.addVertexAt(static_cast<int>(index++), {p.x, p.y});
+    }
+    comb.setClosed(true);
+    for (const auto& tooth : kTeeth) {
+      SCOPED_TRACE(testing::Message() << offset << ", level with " << tooth[0] << " " << tooth[1]);
+      if (tooth[1] > 0 && tooth[1] < 8) {
+        EXPECT_EQ(IM_IsPointInsideCurve(&comb, at(1.3, tooth[1])), 0);
+        EXPECT_EQ(IM_IsPointInsideCurve(&comb, at(-1.3, tooth[1])), 1);
+      }
+    }
+    EXPECT_EQ(IM_IsPointInsideCurve(&comb, at(8, 2.3)), 1);
+    EXPECT_EQ(IM_IsPointInsideCurve(&comb, at(8, 4.7)), 1);
+  }
+}
+
 TEST_F(GeometryTest, PickBoxIsMeasuredInTheView) {
   setViewHeight(1080);  // of a screen of 1080 pixels
   const ImSetSysVar box(L"PICKBOX", 5, 1);
