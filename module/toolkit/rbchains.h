@@ -91,7 +91,7 @@ MEK_API int IM_DelHandleFromRb(resbuf* head);
 MEK_API CString IM_GetRbEntType(resbuf* const head);
 /// Extents in the world's XY plane (Z 0) of the entity that a record tells of: the one of its handle, or one
 /// made of it for the moment, invisible. The record leaves as it came, but for a group 60 that may be
-/// appended. 5100 or -5001.
+/// appended. 5100 or -5001: also for a record that only begins a block or a sequence, and while one is begun.
 MEK_API int IM_getRbextentWCS(resbuf* head, double* minPoint, double* maxPoint);
 /// Points of codes 10 to 18 go through the matrix (rows of four, the translation in the fourth column),
 /// values of code 40 through its scale. All else stays. Always 1.

@@ -3,6 +3,7 @@
 
 #include "host/database/entcalls.h"
 #include "host/database/entity.h"
+#include "host/database/entmake.h"
 #include "host/database/names.h"
 #include "module/toolkit/rbchains.h"
 
@@ -34,10 +35,24 @@ bool findByHandle(resbuf* record, kvds_name name) {
   return kvdbHandEnt(handle, name) == RTNORM;
 }
 
+/// A block, polyline or reference that was begun and not ended; null for none.
+KvDbPendingEntities* begun() {
+  KvDbDatabase* database = kvdbDatabaseOrWorking(nullptr);
+  KvDbPendingEntities* pending = database ? database->pendingEntities() : nullptr;
+  return pending && !pending->isEmpty() ? pending : nullptr;
+}
+
 bool makeInvisible(resbuf* record, kvds_name name) {
+  // What the caller has begun would take the entity in.
+  if (begun()) return false;
+  kvds_name before = {0, 0};
+  kvdbEntLast(before);
   IM_SetRbValueOf(record, 1, kVisibilityCode, 1);
   if (kvdbEntMake(record) != RTNORM) return false;
-  return kvdbEntLast(name) == RTNORM && !kvds_isNull(name);
+  const bool isMade = kvdbEntLast(name) == RTNORM && !kvds_isNull(name) && !kvds_equal(name, before);
+  // A record that only begins something has no extents, and the newest entity is somebody else's.
+  if (KvDbPendingEntities* pending = isMade ? nullptr : begun()) pending->drop();
+  return isMade;
 }
 
 bool extentsOf(const kvds_name name, double* minPoint, double* maxPoint) {

@@ -150,6 +150,33 @@ TEST_F(RbRecordTest, ExtentsOfARecordLeaveTheDrawingAsItWas) {
   EXPECT_EQ(IM_getRbextentWCS(nullptr, least, greatest), RTERROR);
 }
 
+TEST_F(RbRecordTest, ExtentsOfWhatOnlyBeginsTakeNothingOfTheDrawing) {
+  const KvDbObjectId own = add(new KvDbLine({0, 0, 0}, {5, -1, 0}));
+  const double center[3] = {10, 20, 7};
+  double least[3], greatest[3];
+  for (resbuf* record :
+       {kvutBuildList(RTDXF0, L"POLYLINE", 66, 1, 0), kvutBuildList(RTDXF0, L"BLOCK", 2, L"B", 10, center, 0),
+        kvutBuildList(RTDXF0, L"LAYER", 2, L"A", 70, 0, 0),
+        kvutBuildList(RTDXF0, L"VERTEX", 10, center, 0)}) {
+    const Chain chain(record);
+    EXPECT_EQ(IM_getRbextentWCS(record, least, greatest), RTERROR);
+    EXPECT_TRUE(own.isValid());
+  }
+  // Nothing is left open: a circle is one of the space again, and is measured.
+  const Chain circle(kvutBuildList(RTDXF0, L"CIRCLE", 10, center, 40, 2.0, 0));
+  EXPECT_EQ(IM_getRbextentWCS(circle.head, least, greatest), RTNORM);
+  // A caller's own block takes nothing in.
+  const Chain head(kvutBuildList(RTDXF0, L"BLOCK", 2, L"B", 10, center, 70, 0, 0)),
+      end(kvutBuildList(RTDXF0, L"ENDBLK", 0));
+  ASSERT_EQ(kvdbEntMake(head.head), RTNORM);
+  EXPECT_EQ(IM_getRbextentWCS(circle.head, least, greatest), RTERROR);
+  EXPECT_EQ(kvdbEntMake(end.head), RTKWORD);
+  auto* block = open<KvDbBlockTableRecord>(drawing().recordId(KvDbTable::Block, L"B"));
+  EXPECT_TRUE(block->entities().isEmpty());
+  block->close();
+  EXPECT_TRUE(own.isValid());
+}
+
 TEST_F(RbRecordTest, PointsAndLengthsGoThroughTheMatrix) {
   double matrix[4][4] = {{0, -2, 0, 10}, {2, 0, 0, 0}, {0, 0, 2, 0}, {0, 0, 0, 1}};
   const Chain chain(kvutBuildList(10, kPoint, 40, 1.5, 50, 90.0, 18, kPoint, 0));
