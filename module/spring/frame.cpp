@@ -109,6 +109,10 @@ void EntitySet::add(const EntityName& entity) {
 
 // --- Commands
 
+SpringFrame::SpringFrame(const double* point) : point_{point[0], point[1], point[2]} {
+  kvdbEntLast(before_.name);
+}
+
 KvGePoint3d SpringFrame::at(const KvGePoint2d& local) const {
   if (turn_) return {point_.x + 2 * *turn_ - local.x, point_.y - local.y, point_.z};
   return {point_.x + local.x, point_.y + local.y, point_.z};
@@ -181,7 +185,8 @@ void SpringFrame::eraseLast() {
 
 EntityName SpringFrame::last() {
   EntityName entity;
-  if (!hasFailed_ && kvdbEntLast(entity.name) == RTERROR) {
+  if (hasFailed_) return entity;
+  if (kvdbEntLast(entity.name) == RTERROR || kvds_equal(entity.name, before_.name)) {
     kvdbFail(L"entity is not found!");
     hasFailed_ = true;
   }

@@ -55,7 +55,7 @@ class EntitySet {
 
 class SpringFrame {
  public:
-  explicit SpringFrame(const double* point) : point_{point[0], point[1], point[2]} {}
+  explicit SpringFrame(const double* point);
 
   /// From here on everything is turned by half a turn about (x, 0).
   void turnAbout(double x) { turn_ = x; }
@@ -83,7 +83,8 @@ class SpringFrame {
   void hatch(const EntitySet& outlines);
   void eraseLast();
 
-  /// The newest entity. When there is none it is reported, and the frame fails.
+  /// The newest entity. When there is none, or none since the frame was made, it is reported, and the frame
+  /// fails: what stood there before belongs to no spring.
   EntityName last();
   bool hasFailed() const { return hasFailed_; }
   /// The next entity that is drawn is the first of a set; `collected` gives it with all that came after it.
@@ -112,7 +113,7 @@ class SpringFrame {
   KvGePoint3d point_;
   std::optional<double> turn_;
   bool hasFailed_ = false, isCollecting_ = false;
-  EntityName marker_;
+  EntityName before_, marker_;
 };
 
 /// Whether a block can have the name in SpringBlockName.

@@ -241,6 +241,14 @@ TEST_F(SpringTest, WhatCannotBeFoundIsReported) {
   EXPECT_EQ(GB1239_YI_1(point, 2, 20, 1e300), -5001);
   EXPECT_GE(shown.Find(L"entity is not found!"), 0) << platform::utf8From(shown);
   EXPECT_TRUE(all<KvDbEntity>().empty());
+  // Nor does an entity of the user's go into the block in its place.
+  const KvDbObjectId own = add(new KvDbLine({0, 0, 0}, {1, 0, 0}));
+  answer(L"10,20\n30\n");
+  shown.Empty();
+  EXPECT_EQ(GB1239_YI_1(point, 2, 20, 1e300), -5001);
+  EXPECT_GE(shown.Find(L"entity is not found!"), 0);
+  EXPECT_TRUE(own.isValid());
+  EXPECT_EQ(all<KvDbEntity>().size(), 1u);
 }
 
 TEST_F(SpringTest, SimplifiedCompressionStandsOnItsRows) {
