@@ -15,7 +15,7 @@ void fail(const CString& text) {
   if (KvEdEditor* now = editor()) now->fail(text);
 }
 void say(const CString& text) {
-  if (KvEdEditor* now = editor()) now->printLine(text);
+  if (KvEdEditor* now = editor(); now && !now->isQuiet()) now->printLine(text);
 }
 
 KvGeMatrix3d userToWorld() {

@@ -266,6 +266,12 @@ CString KvEdEditor::commandNames() const {
   return names;
 }
 
+bool KvEdEditor::isQuiet() const {
+  KvEdVarValue echo;
+  const bool isKnown = variables_.get(L"CMDECHO", echo) == Kvad::eOk && std::holds_alternative<int>(echo);
+  return running_ > 1 && isKnown && std::get<int>(echo) == 0;
+}
+
 int KvEdEditor::runningFlags() const {
   return running_ == 0 ? 0 : frames_[running_ - 1]->command->commandFlags();
 }

@@ -349,6 +349,7 @@ int Selecting::run(const void* first, const void* second) {
 }
 
 void Selecting::tell(int found) {
+  if (editor_.isQuiet()) return;
   CString text;
   if (picks_.size() == static_cast<std::size_t>(found) && !isRemoving_)
     text.Format(L"%d found", found);
