@@ -10,8 +10,9 @@
 #include "siblings/tools/cli/nest_command.h"
 #include "siblings/tools/cli/pack_command.h"
 #include "siblings/tools/cli/query_command.h"
-#include "siblings/tools/drawing_commands.h"
 #include "siblings/tools/cli/spring_command.h"
+#include "siblings/tools/drawing_commands.h"
+#include "siblings/tools/nest_frames.h"
 #include "siblings/tools/springs.h"
 
 namespace {
@@ -63,10 +64,8 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {L"KMLAYERS", layersCommand},
-    {L"KMQUERY", queryCommand},
-    {L"KMXDATA", xdataCommand},
-    {L"KMSPRING", springCommand},
+    {L"KMLAYERS", layersCommand}, {L"KMNEST", nestCommand},     {L"KMQUERY", queryCommand},
+    {L"KMXDATA", xdataCommand},   {L"KMSPRING", springCommand},
 };
 
 }  // namespace

@@ -294,7 +294,7 @@ TEST_F(NestCommand, PlansReportsAndExitCodes) {
       {{table, "--sheet", "1x1", "--strip", "5"}, 2, "give either --sheet or --strip"},
       {{table, "--sheet", "594"}, 2, "expected a size such as 594x841, found \"594\""},
       {{table, "--sheet", "594x-1"}, 2, "expected a size"},
-      {{table, "--sheet", "5x5", "-o", "plan.dwg"}, 2, "ends in .svg"},
+      {{table, "--sheet", "5x5", "-o", "plan.pdf"}, 2, "ends in .svg, .dxf or .dwg, found \"plan.pdf\""},
       {{table, "--sheet", "5x5", "--gap", "-1"}, 2, "--gap"},
       {{"--sheet", "5x5"}, 2, "items"},
       {{path("none.csv"), "--sheet", "5x5"}, 1, "none.csv"},
