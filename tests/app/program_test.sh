@@ -88,3 +88,17 @@ cp -a "$tree" "$work/plain"
 rm "$work/plain/Professional/KVX8x64/KmSymbb.kvx"
 if out=$(printf 'KMLAYERS\nList\n' | "$work/plain/bin/korvane" 2>&1); then fail "KMLAYERS without its module gave 0" "$out"; fi
 grep -qF 'The symbol module (KmSymbb.kvx)' <<<"$out" || fail "KMLAYERS without its module" "$out"
+
+# Frames of a drawing onto sheets, and back by one step of undo.
+printf 'RECTANG\n0,0\n210,297\nRECTANG\n900,100\n1320,397\nCIRCLE\n5000,0\n50\n' >"$work/frames.scr"
+"$korvane" --script "$work/frames.scr" --save "$work/frames.dxf" >/dev/null || fail "frames"
+printf 'KMNEST\nALL\n\n600\n420\n5\n\n\n1000,500\n' >"$work/nest.scr"
+out=$("$korvane" "$work/frames.dxf" --script "$work/nest.scr" --save "$work/nested.dxf") || fail "KMNEST" "$out"
+grep -qF '3 of 3 frames placed on ' <<<"$out" || fail "KMNEST" "$out"
+cmp -s "$work/frames.dxf" "$work/nested.dxf" && fail "KMNEST moved nothing"
+echo U >>"$work/nest.scr"
+"$korvane" "$work/frames.dxf" --script "$work/nest.scr" --save "$work/undone.dxf" >/dev/null || fail "undoing KMNEST"
+cmp "$work/frames.dxf" "$work/undone.dxf" || fail "one U did not bring the frames back"
+out=$("$korvane" nest "$work/frames.dxf" --sheet 600x420 --gap 5 -o "$work/plan.dxf") || fail "nesting a drawing" "$out"
+grep -qF ', 3 of 3 items placed, ' <<<"$out" || fail "nesting a drawing" "$out"
+grep -qE 'LABELS: 3$' <<<"$("$korvane" info "$work/plan.dxf")" || fail "the plan's labels"
