@@ -164,7 +164,9 @@ void auditEntity(KvDbObject& object, KvDbAudit& audit) {
     return id.isValid() && id.stub()->object && id.stub()->object->isKindOf(wanted);
   };
   const KvDbObjectId zero = audit.database().layerZero();
-  if (!isOf(entity.layerId(), KvDbLayerTableRecord::desc()))
+  // A vertex or an attribute without a layer of its own stands on its owner's.
+  const bool isOwned = entity.layerId().isNull() && isOf(entity.ownerId(), KvDbEntity::desc());
+  if (!isOwned && !isOf(entity.layerId(), KvDbLayerTableRecord::desc()))
     audit.found(KvDbFault::NoLayer, object, L"is on no layer", [zero](KvDbObject& homeless) {
       return static_cast<KvDbEntity&>(homeless).setLayer(zero, false) == Kvad::eOk;
     });

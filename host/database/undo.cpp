@@ -6,13 +6,31 @@
 
 namespace {
 
-/// The state of an object at the end of `bytes`; its length.
-std::uint32_t keepState(const KvDbStub& stub, std::vector<std::byte>& bytes) {
-  KvDbMemoryFiler filer(KvDbDwgFiler::Purpose::Undo);
-  stub.object->dwgOutFields(filer);
-  bytes.insert(bytes.end(), filer.bytes().begin(), filer.bytes().end());
-  return static_cast<std::uint32_t>(filer.bytes().size());
-}
+/// Files into and out of a step's own bytes, which it holds while it lives: no copy for each object.
+class StateFiler : public KvDbMemoryFiler {
+ public:
+  explicit StateFiler(std::vector<std::byte>& bytes) : KvDbMemoryFiler(Purpose::Undo), home_(bytes) {
+    bytes_.swap(home_);
+  }
+  ~StateFiler() override { bytes_.swap(home_); }
+  StateFiler(const StateFiler&) = delete;
+  StateFiler& operator=(const StateFiler&) = delete;
+
+  std::uint32_t size() const { return static_cast<std::uint32_t>(bytes_.size()); }
+  /// Puts the object's state at the end; its length.
+  std::uint32_t keep(const KvDbObject& object) {
+    const std::uint32_t before = size();
+    object.dwgOutFields(*this);
+    return size() - before;
+  }
+  void putBack(KvDbObject& object, std::uint32_t offset) {
+    at_ = offset;
+    object.dwgInFields(*this);
+  }
+
+ private:
+  std::vector<std::byte>& home_;
+};
 
 }  // namespace
 
@@ -61,7 +79,7 @@ void KvDbUndoRecorder::noteChange(KvDbStub& stub) {
   if (depth_ == 0 || stub.undoSerial == serial_) return;
   stub.undoSerial = serial_;
   const auto offset = static_cast<std::uint32_t>(current_.bytes.size());
-  const std::uint32_t size = keepState(stub, current_.bytes);
+  const std::uint32_t size = StateFiler(current_.bytes).keep(*stub.object);
   current_.entries.push_back({&stub, offset, size, false, stub.isErased});
 }
 
@@ -74,23 +92,26 @@ void KvDbUndoRecorder::noteCreation(KvDbStub& stub) {
 /// Puts the kept states back and keeps the present ones in their place.
 void KvDbUndoRecorder::exchange(Group& group, bool backwards) {
   Group present;
-  const auto swapOne = [&](const Entry& entry) {
-    KvDbStub& stub = *entry.stub;
-    if (stub.database) stub.database->tellObservers(stub);
-    Entry fresh{&stub, static_cast<std::uint32_t>(present.bytes.size()), 0, entry.isCreation, stub.isErased};
-    if (!entry.isCreation) {
-      fresh.size = keepState(stub, present.bytes);
-      KvDbMemoryFiler filer(KvDbDwgFiler::Purpose::Undo);
-      filer.setBytes(std::span(group.bytes).subspan(entry.offset, entry.size));
-      stub.object->dwgInFields(filer);
-    }
-    stub.isErased = entry.wasErased;
-    present.entries.push_back(fresh);
-  };
-  if (backwards)
-    std::for_each(group.entries.rbegin(), group.entries.rend(), swapOne);
-  else
-    std::for_each(group.entries.begin(), group.entries.end(), swapOne);
+  present.entries.reserve(group.entries.size());
+  present.bytes.reserve(group.bytes.size());
+  {
+    StateFiler from(group.bytes), to(present.bytes);
+    const auto swapOne = [&](const Entry& entry) {
+      KvDbStub& stub = *entry.stub;
+      if (stub.database) stub.database->tellObservers(stub);
+      Entry fresh{&stub, to.size(), 0, entry.isCreation, stub.isErased};
+      if (!entry.isCreation) {
+        fresh.size = to.keep(*stub.object);
+        from.putBack(*stub.object, entry.offset);
+      }
+      stub.isErased = entry.wasErased;
+      present.entries.push_back(fresh);
+    };
+    if (backwards)
+      std::for_each(group.entries.rbegin(), group.entries.rend(), swapOne);
+    else
+      std::for_each(group.entries.begin(), group.entries.end(), swapOne);
+  }
   // Kept in the order of the changes, whichever way it was walked.
   if (backwards) std::reverse(present.entries.begin(), present.entries.end());
   group = std::move(present);

@@ -105,6 +105,20 @@ TEST_F(AuditTest, NumbersOutOfAllBounds) {
   EXPECT_EQ(entityCount(), 5);
 }
 
+TEST_F(AuditTest, EntitiesWithoutALayerComeToLayerZero) {
+  KvDbBlockTableRecord* block = space();
+  auto* line = new KvDbLine({0, 0, 0}, {1, 1, 0});
+  ASSERT_EQ(block->appendKvDbEntity(line), Kvad::eOk);
+  line->close();
+  block->close();
+  ASSERT_TRUE(line->layerId().isNull());
+  KvDbAudit mend(drawing, true);
+  mend.run();
+  EXPECT_EQ(codesOf(mend), Codes{300});
+  EXPECT_EQ(mend.fixCount(), 1u);
+  EXPECT_EQ(line->layer(), L"0");
+}
+
 TEST_F(AuditTest, ABlockInsideItselfAtAnyDepth) {
   auto* outer = makeBlock(L"OUTER");
   auto* inner = makeBlock(L"INNER");
