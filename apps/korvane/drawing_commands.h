@@ -8,7 +8,8 @@ struct InfoOptions {
   std::string drawing;
   bool json = false;
 };
-/// Version, extents of each space, counts by type and layer, applications with extended data, types that the host doesn't model.
+/// Version, extents of each space, counts by type and layer, applications with extended data, types that the
+/// host doesn't model.
 int runInfo(const InfoOptions& options);
 
 struct AuditOptions {

@@ -20,6 +20,12 @@ def run(*command):
     return done.returncode, done.stdout + done.stderr
 
 
+def numbers(extents):
+    """Each coordinate by its layout, corner and axis."""
+    return {(name, corner, axis): value for name, box in extents.items() if box
+            for corner in ("min", "max") for axis, value in enumerate(box[corner])}
+
+
 def main():
     korvane, examples = sys.argv[1], sys.argv[2]
     audits = "--audit" in sys.argv
@@ -57,8 +63,16 @@ def main():
             for key in ("version", "codePage", "entities", "blocks", "types", "layers"):
                 if contents[0][key] != contents[1][key]:
                     problems.append(f"{text} and {binary}: {key} differ: {contents[0][key]} and {contents[1][key]}")
+            # Text rounds to sixteen digits, so boxes agree to fewer.
+            boxes = [numbers(c["extents"]) for c in contents]
+            if not boxes[0] or list(boxes[0]) != list(boxes[1]) or any(abs(boxes[0][k] - boxes[1][k]) > 1e-9 for k in boxes[0]):
+                problems.append(f"{text} and {binary}: extents differ: {boxes[0]} and {boxes[1]}")
         for name in sorted(os.listdir(os.path.join(examples, "malformed"))):
             target = os.path.join(work, "mended-" + name)
+            code, output = run(korvane, "audit", "--json", os.path.join(examples, "malformed", name))
+            told = json.loads(output)
+            if code != 1 or told["errorCount"] < 1 or told["fixCount"] or len(told["errors"]) > told["errorCount"]:
+                problems.append(f"{name}: faults not told: {output[:300]}")
             code, output = run(korvane, "audit", os.path.join(examples, "malformed", name), "--fix", "-o", target)
             if code or run(korvane, target, "--save", target + ".dxf")[0]:
                 problems.append(f"{name}: not mended: {output[-300:]}")
