@@ -13,7 +13,7 @@
 #include "host/entities/blockreference.h"
 #include "host/entities/hatch.h"
 #include "module/spring/coils.h"
-#include "tests/toolkit/support.h"
+#include "tests/toolkit/symbol_support.h"
 
 namespace {
 
@@ -81,7 +81,7 @@ std::string argumentText(const resbuf& node) {
   return text.str();
 }
 
-class SpringTest : public test::ToolkitTest {
+class SpringTest : public test::SymbolHost {
  protected:
   SpringTest() {
     std::wcscpy(SpringBlockName, L"KM_SPRING");
@@ -147,6 +147,7 @@ class SpringTest : public test::ToolkitTest {
 };
 
 TEST_F(SpringTest, CommandsAreThoseThatWereAccepted) {
+  use(Module::Real);  // the standard's own layers
   for (const NamedView& view : kViews) {
     commands.clear();
     for (const Sizes& s : kSizes) {

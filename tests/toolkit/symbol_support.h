@@ -29,9 +29,11 @@ class SymbolHost : public ToolkitTest {
       return;
     }
     const fs::path tree = KORVANE_TREE_DIR;
-    fs::copy_file(which == Module::Fake ? fs::path(KORVANE_FAKE_SYMBOLS)
-                                        : tree / "Professional" / "KVX8x64" / "KmSymbb.kvx",
-                  file);
+    fs::path source = tree / "Professional" / "KVX8x64" / "KmSymbb.kvx";
+#ifdef KORVANE_FAKE_SYMBOLS
+    if (which == Module::Fake) source = KORVANE_FAKE_SYMBOLS;
+#endif
+    fs::copy_file(source, file);
     fs::create_directories(data / "korvane" / "templates");
     for (const auto& entry : fs::directory_iterator(tree / "share" / "korvane" / "templates"))
       fs::copy(entry.path(), data / "korvane" / "templates" / entry.path().filename());
