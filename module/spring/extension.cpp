@@ -34,6 +34,10 @@ struct Body {
   int whole;
   /// The first wire centre on the lower row.
   double start() const { return D - d + d / 2 + pitch / 4; }
+  /// The wire centre next to a hook, as that hook sees it.
+  double outermost(bool isRight) const {
+    return isRight ? H0 - (start() + pitch / 2 + (whole - 1) * pitch) : start();
+  }
   /// Where the wire of the end coil crosses the axis, behind it.
   KvGePoint2d middle() const { return {D - d + d / 2, 0}; }
   KvGePoint2d hookCenter() const { return {(D - d) / 2, 0}; }
@@ -85,38 +89,65 @@ void drawArcs(SpringFrame& frame, const Body& body, const HookLine& hook) {
                    hook.leavesArc);
 }
 
-Segment mirrored(Segment segment) {
-  segment.from.y = -segment.from.y;
-  segment.to.y = -segment.to.y;
-  return segment;
+/// The rear quarter turn from the body's middle to the outermost wire centre: its edges, from the coil to the
+/// middle.
+struct Quarter {
+  Segment left, right;
+};
+
+/// `coil` is the outermost wire centre's place along the axis: with a part of a coil the last one stands
+/// farther from its hook than the first.
+Quarter quarterTo(const Body& body, double coil) {
+  const KvGePoint2d center(coil, -body.D / 2), middle = body.middle();
+  const double slant = std::atan2(center.x - middle.x, body.D / 2), radius = body.d / 2;
+  return {{polar(center, kPi + slant, radius), polar(middle, kPi + slant, radius)},
+          {polar(center, slant, radius), polar(middle, slant, radius)}};
 }
 
-/// A hook with both outlines, up to what hides the wire: the edge of a front strand, or of the rear quarter
-/// turn by which the first coil begins.
-void drawHook(SpringFrame& frame, const Body& body, const Segment& nearEdge, const Segment& farEdge) {
+/// An outline of the wire from where it leaves the hook's arcs: to the bend at the body's middle, and on to
+/// the coil.
+struct Bend {
+  Bend(const HookLine& hook, const Segment& quarter) : from(hook.straight.from), to(quarter.from) {
+    const auto meeting = lineCrossing(hook.straight, quarter);
+    corner = meeting ? *meeting : hook.straight.to;
+  }
+  KvGePoint2d from, corner, to;
+};
+
+/// A hook's two outlines and its free end; the outer one's bend comes first.
+std::pair<Bend, Bend> drawHook(SpringFrame& frame, const Body& body, const Quarter& quarter) {
   const double radius = (body.D - body.d) / 2;
   const HookLine outer = hookLine(body, radius, body.d / 2), inner = hookLine(body, radius, -body.d / 2);
   drawArcs(frame, body, outer);
   drawArcs(frame, body, inner);
   frame.line(polar(body.hookCenter(), kHookEnd, outer.hookRadius),
              polar(body.hookCenter(), kHookEnd, inner.hookRadius));
-  for (const auto& [line, edge] : {std::pair(&outer, &nearEdge), std::pair(&inner, &farEdge)}) {
-    const auto end = lineCrossing(line->straight, *edge);
-    frame.line(line->straight.from, end ? *end : line->straight.to);
+  return {Bend(outer, quarter.left), Bend(inner, quarter.right)};
+}
+
+/// What shows of a bend beside a front strand: each crossing of the strand's edge hides what follows, or
+/// brings it out again.
+void drawBeside(SpringFrame& frame, const Bend& bend, const Segment& edge) {
+  bool isHidden = false;
+  for (const Segment& part : {Segment{bend.from, bend.corner}, Segment{bend.corner, bend.to}}) {
+    KvGePoint2d from = part.from;
+    if (const auto cut = crossing(part, edge)) {
+      if (!isHidden) frame.line(from, *cut);
+      from = *cut;
+      isHidden = !isHidden;
+    }
+    if (!isHidden) frame.line(from, part.to);
   }
 }
 
-/// The rear quarter turn from the body's middle to the first wire centre: its edges, from the coil to the
-/// middle.
-struct Quarter {
-  Segment left, right;
-};
-
-Quarter quarterOf(const Body& body) {
-  const KvGePoint2d coil(body.start(), -body.D / 2), middle = body.middle();
-  const double slant = std::atan2(coil.x - middle.x, body.D / 2), radius = body.d / 2;
-  return {{polar(coil, kPi + slant, radius), polar(middle, kPi + slant, radius)},
-          {polar(coil, slant, radius), polar(middle, slant, radius)}};
+/// The edge of the end coil's front strand on the hook's side, in the frame's own sense there.
+Segment outerEdge(const CoilRow& coils, const Body& body, bool isRight) {
+  Segment edge = isRight ? coils.rightFlank(coils.count() - 1) : coils.leftFlank(0);
+  for (KvGePoint2d* end : {&edge.from, &edge.to}) {
+    end->y = -end->y;  // the row is mirrored
+    if (isRight) *end = {body.H0 - end->x, -end->y};
+  }
+  return edge;
 }
 
 int drawFull(const double* point, double d, double D, double H0, double n) {
@@ -128,18 +159,10 @@ int drawFull(const double* point, double d, double D, double H0, double n) {
   coils.drawFull();
   for (const bool isRight : {false, true}) {
     if (isRight) frame.turnAbout(H0 / 2);
-    // Seen from its own end, the front strand hides both outlines; the quarter turn stands out below.
-    const int coil = isRight ? coils.count() - 1 : 0;
-    Segment edge = isRight ? coils.rightFlank(coil) : coils.leftFlank(coil);
-    edge = mirrored(edge);
-    if (isRight) {
-      for (KvGePoint2d* end : {&edge.from, &edge.to}) *end = {H0 - end->x, -end->y};
-      // With a part of a coil the last strand stands before its place at the end.
-    }
-    drawHook(frame, body, edge, edge);
-    const Quarter quarter = quarterOf(body);
-    const HookLine outer = hookLine(body, (D - d) / 2, d / 2);
-    if (const auto end = crossing(quarter.left, outer.straight)) frame.line(quarter.left.from, *end);
+    const auto [outer, inner] = drawHook(frame, body, quarterTo(body, body.outermost(isRight)));
+    const Segment edge = outerEdge(coils, body, isRight);
+    drawBeside(frame, outer, edge);
+    drawBeside(frame, inner, edge);
   }
   frame.turnBack();
   frame.centerLines(H0, D / 2);
@@ -155,12 +178,10 @@ int drawSection(const double* point, double d, double D, double H0, double n) {
   coils.drawRear();
   for (const bool isRight : {false, true}) {
     if (isRight) frame.turnAbout(H0 / 2);
-    const Quarter quarter = quarterOf(body);
-    const HookLine outer = hookLine(body, (D - d) / 2, d / 2), inner = hookLine(body, (D - d) / 2, -d / 2);
-    drawHook(frame, body, quarter.left, quarter.right);
-    for (const auto& [edge, line] : {std::pair(&quarter.left, &outer), std::pair(&quarter.right, &inner)}) {
-      const auto end = lineCrossing(*edge, line->straight);
-      frame.line(edge->from, end ? *end : edge->to);
+    const auto [outer, inner] = drawHook(frame, body, quarterTo(body, body.outermost(isRight)));
+    for (const Bend& bend : {outer, inner}) {
+      frame.line(bend.from, bend.corner);
+      frame.line(bend.corner, bend.to);
     }
   }
   frame.turnBack();
@@ -189,14 +210,13 @@ int drawSimplified(const double* point, double d, double D, double H0, double n)
     frame.line(lower(i), upper(i));
     if (i + 1 < body.whole) frame.line(upper(i), lower(i + 1));
   }
-  const KvGePoint2d last = upper(body.whole - 1);
   for (const bool isRight : {false, true}) {
     if (isRight) frame.turnAbout(H0 / 2);
     const HookLine hook = hookLine(body, D / 2, 0);
     drawArcs(frame, body, hook);
     frame.line(hook.straight);
     // From the middle of the body's end to the outermost point of the zigzag.
-    frame.line(body.middle(), isRight ? KvGePoint2d(H0 - last.x, -last.y) : lower(0));
+    frame.line(body.middle(), {body.outermost(isRight), -D / 2});
   }
   frame.turnBack();
   frame.centerLines(H0, std::nullopt);
