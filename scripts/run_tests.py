@@ -20,6 +20,8 @@ def listed(build, areas):
 
 def run(test):
     """(name, passed, failed, output)"""
+    if "command" not in test:
+        return test["name"], 0, 1, "its executable is not built"
     timeout = next((p["value"] for p in test.get("properties", []) if p["name"] == "TIMEOUT"), 900)
     with tempfile.TemporaryDirectory() as folder:
         report = os.path.join(folder, "report.json")
