@@ -114,6 +114,12 @@ class TracerTest : public testing::Test {
     space->close();
     return *sketch;
   }
+  void weighByBlock(Sketch& sketch) {
+    KvDbEntity* open = nullptr;
+    ASSERT_EQ(kvdbOpenObject(open, sketch.objectId(), KvDb::kForWrite), Kvad::eOk);
+    open->setLineWeight(static_cast<KvDb::LineWeight>(KvDb::kLnWtByBlock));
+    open->close();
+  }
   Sketch::Draw referenceTo(KvDbEntity& inner) {
     return [&inner](KvGiWorldDraw& draw) { draw.geometry().draw(&inner); };
   }
@@ -156,9 +162,9 @@ TEST_F(TracerTest, ColoursOfNestedBlocks) {
 TEST_F(TracerTest, ByBlockGoesThroughTwoLevels) {
   const KvDbObjectId red = layer(L"RED", 1, 70);
   Sketch& inner = add(shortLine, {}, 0);
-  inner.setLineWeight(static_cast<KvDb::LineWeight>(KvDb::kLnWtByBlock));
+  weighByBlock(inner);
   Sketch& middle = add(referenceTo(inner), {}, 0);
-  middle.setLineWeight(static_cast<KvDb::LineWeight>(KvDb::kLnWtByBlock));
+  weighByBlock(middle);
   Sketch& outer = add(referenceTo(middle), red, 4);
   recorder.trace(&outer);
   ASSERT_EQ(recorder.strokes.size(), 1u);
