@@ -242,6 +242,17 @@ bool KvDbLinetypeTableRecord::dxfInGroup(const KvDxfGroup& group, std::wstring_v
   }
 }
 
+void KvDbDimStyleTableRecord::dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
+                                           KvDxfResolver& resolver) {
+  constexpr int kFlagsCode = 70;
+  bool hasFlags = false;
+  for (const KvDxfGroup& group : groups) {
+    const bool isVariable = group.code == kFlagsCode && hasFlags;
+    hasFlags = hasFlags || group.code == kFlagsCode;
+    if (isVariable || !dxfInGroup(group, marker, resolver)) keepUnknown(marker, group);
+  }
+}
+
 void KvDbDimStyleTableRecord::setVariables(const std::vector<KvDbStoredGroup>& groups) {
   assertWriteEnabled();
   std::vector<KvDxfGroup> views;

@@ -148,6 +148,9 @@ class KvDbDimStyleTableRecord : public KvDbSymbolTableRecord {
  public:
   /// Replaces the variables' groups.
   void setVariables(const std::vector<KvDbStoredGroup>& groups);
+  /// One variable has the group code of the record's flags: in files it stands behind them.
+  void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
+                    KvDxfResolver& resolver) override;
 
  protected:
   const wchar_t* fileMarker() const override { return L"AcDbDimStyleTableRecord"; }

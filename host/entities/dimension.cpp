@@ -229,7 +229,7 @@ Kvad::ErrorStatus KvDbDimension::setTextRotation(double angle) {
   return std::isfinite(angle) ? setPoint(textRotation_, KvDbAngle::ofRadians(angle)) : Kvad::eInvalidInput;
 }
 Kvad::ErrorStatus KvDbDimension::setHorizontalRotation(double angle) {
-  return std::isfinite(angle) ? setPoint(horizontal_, KvDbAngle::ofRadians(angle)) : Kvad::eInvalidInput;
+  return std::isfinite(angle) ? setPoint(horizontal_, KvDbAngle::ofRadians(-angle)) : Kvad::eInvalidInput;
 }
 Kvad::ErrorStatus KvDbDimension::setNormal(const KvGeVector3d& normal) {
   return normal.isZeroLength() ? Kvad::eInvalidInput : setPoint(normal_, normal.normal());
@@ -242,13 +242,21 @@ Kvad::ErrorStatus KvDbDimension::getMeasurement(double& value) const {
   return Kvad::eOk;
 }
 
-CString KvDbDimension::formattedMeasurement() const {
+CString KvDbDimension::contentsOf(const CString& text) const {
   double value = 0;
   if (getMeasurement(value) != Kvad::eOk) return {};
   const wchar_t* prefix = isA() == KvDbDiametricDimension::desc() ? L"\x2205"
                           : isA() == KvDbRadialDimension::desc()  ? L"R"
                                                                   : L"";
-  return kvdbDimensionText(dimVars(), value, isAngular(), prefix);
+  KvDbDimVars vars = dimVars();
+  // A factor below 0 is meant for layouts alone.
+  const bool isInModel = !database() || blockId() == database()->modelSpaceId();
+  if (vars.real(KvDbDimVar::Lfac) < 0 && isInModel) vars.set(KvDbDimVar::Lfac, 1.0);
+  return kvdbDimensionContents(vars, text, value, isAngular(), prefix);
+}
+
+CString KvDbDimension::formattedMeasurement() const {
+  return contentsOf(L"<>");
 }
 
 Kvad::ErrorStatus KvDbDimension::recomputeDimBlock(bool force) {

@@ -17,8 +17,8 @@ class KvDbDimension : public KvDbEntity {
   Kvad::ErrorStatus recomputeDimBlock(bool force = true);
   KvDbObjectId dimBlockId() const;
 
-  /// Empty or "<>": the measured value; "<>" in it stands for that; "\X" parts what stands above from what
-  /// stands below the line; a blank: no text.
+  /// Empty or "<>": the measured value; "<>" in it stands for that, "[]" for the value in alternate units;
+  /// "\X" parts what stands above from what stands below the line; a blank: no text.
   const CString& dimensionText() const { return text_; }
   Kvad::ErrorStatus setDimensionText(const wchar_t* text);
   /// The value as the variables want it, in the codes of paragraph text.
@@ -46,7 +46,9 @@ class KvDbDimension : public KvDbEntity {
   Kvad::ErrorStatus useDefaultTextPosition();
   double textRotation() const { return textRotation_.radians(); }
   Kvad::ErrorStatus setTextRotation(double angle);
-  double horizontalRotation() const { return horizontal_.radians(); }
+  /// Which way counts as level: the angle of that direction in the plane, against which texts are turned and
+  /// ordinates measured. Files hold it with the other sign (group 51).
+  double horizontalRotation() const { return -horizontal_.radians(); }
   Kvad::ErrorStatus setHorizontalRotation(double angle);
   KvGeVector3d normal() const { return normal_; }
   Kvad::ErrorStatus setNormal(const KvGeVector3d& normal);
@@ -68,6 +70,8 @@ class KvDbDimension : public KvDbEntity {
  protected:
   explicit KvDbDimension(std::int16_t type) : type_(static_cast<std::int16_t>(type | kOwnBlock)) {}
   friend class KvDbDimLayout;
+  /// A text with the measured value in its places.
+  CString contentsOf(const CString& text) const;
   virtual KvDbFields ownFields() const = 0;
   /// Points that go with the dimension, world coordinates.
   virtual std::vector<KvGePoint3d*> points() = 0;
@@ -234,4 +238,7 @@ class KvDbOrdinateDimension : public KvDbDimension {
   Kvad::ErrorStatus setLeaderEndPoint(const KvGePoint3d& point) { return setPoint(fourth_, point); }
   bool isUsingXAxis() const { return (type_ & kOrdinateX) != 0; }
   Kvad::ErrorStatus useXAxis(bool on);
+
+ protected:
+  void turnBy(double angle) override { setHorizontalRotation(horizontalRotation() + angle); }
 };

@@ -37,6 +37,13 @@ bool layOutLinear(KvDbDimLayout& layout, KvGePoint2d first, KvGePoint2d second, 
   track.draw = [&](double from, double to) {
     if (to - from > 1e-9) layout.line(track.at(from), track.at(to));
   };
+  track.placeOf = [=](KvGePoint2d p) {
+    return std::pair((p - start).dotProduct(along), along.crossProduct(p - start));
+  };
+  // Away from what is measured; a point on the line leaves the side open.
+  const double side = (feet[0] - first).dotProduct(lean) + (feet[1] - second).dotProduct(lean);
+  const KvGeVector2d away = side < 0 ? -lean : lean;
+  track.rise = [=](int) { return away; };
   layout.measureLine(track);
   for (const KvGePoint2d& p : {first, second, feet[1]}) layout.definitionPoint(p);
   return true;
@@ -68,6 +75,12 @@ bool layOutAngle(KvDbDimLayout& layout, KvGePoint2d center, double radius, doubl
   track.draw = [&](double from, double to) {
     if (to - from > 1e-9) layout.arc(center, radius, start + from / radius, (to - from) / radius);
   };
+  track.placeOf = [=](KvGePoint2d p) {
+    // Measured from the middle, so that both ends have a beyond.
+    const double bearing = kvge::normalizedAngle((p - center).angle() - start - sweep / 2 + kvge::kPi);
+    return std::pair((bearing - kvge::kPi + sweep / 2) * radius, radius - (p - center).length());
+  };
+  track.rise = [=](int which) { return direction(which == 1 ? start : start + sweep); };
   layout.measureLine(track);
   for (const KvGePoint2d& p : {first, second}) layout.definitionPoint(p);
   return true;
@@ -88,9 +101,8 @@ bool layOutRadius(KvDbDimLayout& layout, KvGePoint2d center, KvGePoint2d rim, bo
   const double needed = layout.textWidth() + 2 * gap + (isDiameter ? 2 : 1) * arrowSize;
   const bool isOutside = layout.isUserPlaced() ? (layout.userPlace() - center).length() > radius
                                                : leader > 0 || (room < needed && !vars.on(V::Tix));
-  const double level = 0;
   const bool isLevel = vars.on(isOutside ? V::Toh : V::Tih);
-  const double angle = isLevel ? level : layout.readable(along.angle());
+  const double angle = isLevel ? layout.level() : layout.readable(along.angle());
   const KvGeVector2d up = layout.above(angle);
   const bool isAbove = vars.whole(V::Tad) != 0;
   const double lift = isAbove ? layout.textHeight() / 2 + gap : 0;
@@ -122,7 +134,8 @@ bool layOutRadius(KvDbDimLayout& layout, KvGePoint2d center, KvGePoint2d rim, bo
     }
     layout.centerMark(center, radius);
     // A level text hangs on a short level line.
-    const KvGeVector2d way = isLevel ? KvGeVector2d(along.x < 0 ? -1 : 1, 0) : along;
+    const KvGeVector2d flat = direction(layout.level());
+    const KvGeVector2d way = !isLevel ? along : along.dotProduct(flat) < 0 ? -flat : flat;
     KvGePoint2d hook = elbow;
     if (isLevel) {
       hook = elbow + way * arrowSize;

@@ -42,10 +42,8 @@ KvDbDimLayout::KvDbDimLayout(const KvDbDimension& dimension)
   worldToPlane_ = KvGeMatrix3d::worldToPlane(dimension.normal());
   height_ = (worldToPlane_ * dimension.definition_).z;
   // The texts, measured before anything is placed.
-  CString text = dimension.dimensionText();
-  if (text == L" ") return;
-  if (text.IsEmpty()) text = L"<>";
-  text.Replace(CString(L"<>"), dimension.formattedMeasurement());
+  CString text = dimension.contentsOf(dimension.dimensionText());
+  if (text.IsEmpty()) return;
   CString below;
   if (const int parted = text.Find(L"\\X"); parted >= 0) {
     below = text.Mid(parted + 2);
@@ -65,6 +63,7 @@ KvDbDimLayout::KvDbDimLayout(const KvDbDimension& dimension)
     made->setContents(contents);
     made->setNormal(dimension.normal());
     made->setAttachment(KvDbMText::kMiddleCenter);
+    fillBehind(*made);
     return made;
   };
   upper_ = make(text);
@@ -73,6 +72,18 @@ KvDbDimLayout::KvDbDimLayout(const KvDbDimension& dimension)
   if (below.IsEmpty()) return;
   lower_ = make(below);
   textWidth_ = std::max(textWidth_, lower_->actualWidth());
+}
+
+void KvDbDimLayout::fillBehind(KvDbMText& text) const {
+  enum { kNothing = 0, kBackground = 1, kColor = 2 };
+  const int fill = vars_.whole(V::Tfill);
+  if (fill != kBackground && fill != kColor) return;
+  // As far beyond the text as the gap.
+  const double border = 1 + std::fabs(size(V::Gap)) / text.textHeight();
+  if (fill == kBackground)
+    text.setBackgroundFillAsGround(border);
+  else
+    text.setBackgroundFill(std::clamp(vars_.whole(V::TfillClr), 0, kKvColorByLayer), border);
 }
 
 KvGePoint2d KvDbDimLayout::inPlane(const KvGePoint3d& world) const {
@@ -127,16 +138,15 @@ bool KvDbDimLayout::isTick() const {
   return vars_.real(V::Tsz) > 0;
 }
 
-CString KvDbDimLayout::arrowName(int which) const {
-  const KvDbObjectId id = vars_.on(V::Sah) ? vars_.id(which == 2 ? V::Blk2 : V::Blk1) : vars_.id(V::Blk);
-  return kvdbRecordName(id);
+KvDbObjectId KvDbDimLayout::arrowBlock(int which) const {
+  return vars_.on(V::Sah) ? vars_.id(which == 2 ? V::Blk2 : V::Blk1) : vars_.id(V::Blk);
 }
 
 double KvDbDimLayout::arrowLength() const {
   return isTick() ? size(V::Tsz) : size(V::Asz);
 }
 
-void KvDbDimLayout::arrow(KvGePoint2d tip, KvGeVector2d point, int which) {
+const KvDbDimLayout::ArrowShape* KvDbDimLayout::shapeOf(int which) const {
   using S = ArrowShape;
   // Sizes as the standard arrows are usually drawn.
   static constexpr S kShapes[] = {
@@ -150,17 +160,34 @@ void KvDbDimLayout::arrow(KvGePoint2d tip, KvGeVector2d point, int which) {
       {L"_ARCHTICK", S::Tick, 0.075, 0, 0},    {L"_NONE", S::Nothing, 0, 0, 0},
       {L"_BOXFILLED", S::Filled, 0.5, 1, 1},   {L"_BOXBLANK", S::Outline, 0.5, 1, 1},
   };
+  const CString name = isTick() ? CString(L"_OBLIQUE") : kvdbRecordName(arrowBlock(which));
+  for (const S& each : kShapes)
+    if (name.CompareNoCase(each.name) == 0 ||
+        (name.GetLength() > 0 && name.CompareNoCase(each.name + (*each.name ? 1 : 0)) == 0))
+      return &each;
+  return nullptr;
+}
+
+bool KvDbDimLayout::isStroke(int which) const {
+  const ArrowShape* shape = shapeOf(which);
+  return shape && (shape->form == ArrowShape::Tick || shape->form == ArrowShape::Nothing);
+}
+
+double KvDbDimLayout::arrowCut(int which) const {
+  const ArrowShape* shape = shapeOf(which);
+  if (shape && shape->form == ArrowShape::Tick) return -size(V::Dle);
+  if (!shape && !blockOf(arrowBlock(which))) return 0;
+  return (shape ? shape->shorten : 1) * arrowLength();
+}
+
+void KvDbDimLayout::arrow(KvGePoint2d tip, KvGeVector2d point, int which) {
+  using S = ArrowShape;
   const double unit = arrowLength();
   if (!(unit > 0)) return;
   const KvGeVector2d x = point * unit, y = x.perpVector();
   const auto at = [&](double along, double across) { return tip + x * along + y * across; };
-  const CString name = isTick() ? CString(L"_OBLIQUE") : arrowName(which);
-  const S* shape = nullptr;
-  for (const S& each : kShapes)
-    if (name.CompareNoCase(each.name) == 0 ||
-        (name.GetLength() > 0 && name.CompareNoCase(each.name + (*each.name ? 1 : 0)) == 0))
-      shape = shape ? shape : &each;
-  const KvDbObjectId block = vars_.on(V::Sah) ? vars_.id(which == 2 ? V::Blk2 : V::Blk1) : vars_.id(V::Blk);
+  const S* shape = shapeOf(which);
+  const KvDbObjectId block = arrowBlock(which);
   if (!shape) {
     // An arrow of the user's own: a block one unit long, pointing along X.
     if (!blockOf(block)) return;
@@ -242,10 +269,10 @@ void KvDbDimLayout::arrow(KvGePoint2d tip, KvGeVector2d point, int which) {
 double KvDbDimLayout::readable(double angle) const {
   // Seen with the dimension's horizontal direction level: from below, or from the right.
   constexpr double kSlack = 1e-9;
-  const double level = dimension_.horizontalRotation();
-  double turned = kvge::normalizedAngle(angle - level);
+  double turned = kvge::normalizedAngle(angle - level());
   if (turned > kvge::kPi / 2 + kSlack && turned <= 3 * kvge::kPi / 2 + kSlack) turned -= kvge::kPi;
-  return turned + level;
+  // Read from right to left, a text stands on its head.
+  return turned + level() + (vars_.on(V::TxtDirection) ? kvge::kPi : 0);
 }
 
 KvGeVector2d KvDbDimLayout::above(double angle) const {
@@ -255,7 +282,7 @@ KvGeVector2d KvDbDimLayout::above(double angle) const {
 void KvDbDimLayout::text(KvGePoint2d middle, double angle) {
   middle_ = {middle.x, middle.y, height_};
   if (!upper_) return;
-  if (const double own = dimension_.textRotation(); own != 0) angle = own + dimension_.horizontalRotation();
+  if (const double own = dimension_.textRotation(); own != 0) angle = own + level();
   angle = readable(angle);
   const KvGeVector2d up = direction(angle).perpVector();
   const double gap = std::fabs(size(V::Gap));
@@ -295,104 +322,4 @@ void KvDbDimLayout::centerMark(KvGePoint2d center, double radius) {
     line(center + way * (2 * mark), center + way * (radius + mark));
     line(center - way * (2 * mark), center - way * (radius + mark));
   }
-}
-
-// --- Where arrows and text go
-// --------------------------------------------------------------------------------------------------
-
-void KvDbDimLayout::measureLine(const Track& track) {
-  const double gap = std::fabs(size(V::Gap)), arrowSize = arrowLength(), length = track.length;
-  const double middle = length / 2;
-  const auto angleAt = [&](double place) { return track.tangent(place).angle(); };
-  const bool isLevelInside = vars_.on(V::Tih), isLevelOutside = vars_.on(V::Toh);
-  const double level = dimension_.horizontalRotation();
-  // How much of the line a text of its own direction takes.
-  const auto taken = [&](bool isLevel, double place) {
-    if (!hasText()) return 0.0;
-    const double turn = isLevel ? angleAt(place) - level : 0;
-    return std::fabs(textWidth_ * std::cos(turn)) + std::fabs(textHeight_ * std::sin(turn)) + 2 * gap;
-  };
-  const double wanted = taken(isLevelInside, middle);
-  const bool ticksOnly = isTick();
-  const double arrows = ticksOnly ? 0 : 2 * arrowSize;
-  // What fits between the extension lines, and what moves out first when not all does.
-  enum { kBothOut = 0, kArrowsFirst = 1, kTextFirst = 2, kBest = 3 };
-  bool arrowsInside = true, textInside = true;
-  if (length < wanted + arrows) {
-    const bool textFits = length >= wanted, arrowsFit = length >= arrows + gap;
-    switch (vars_.whole(V::Atfit)) {
-      case kBothOut:
-        arrowsInside = textInside = false;
-        break;
-      case kArrowsFirst:
-        arrowsInside = false;
-        textInside = textFits;
-        break;
-      case kTextFirst:
-        textInside = false;
-        arrowsInside = arrowsFit;
-        break;
-      default:
-        textInside = textFits;
-        arrowsInside = !textFits && arrowsFit;
-    }
-    if (vars_.on(V::Tix)) textInside = true;
-    if (ticksOnly) arrowsInside = true;
-  }
-  if (!hasText()) textInside = true;
-  const bool isLevel = textInside ? isLevelInside : isLevelOutside;
-  // Where the text stands along the line.
-  double place = middle;
-  enum { kCentered = 0, kNearFirst = 1, kNearSecond = 2, kOverFirst = 3, kOverSecond = 4 };
-  const int just = vars_.whole(V::Just);
-  if (!textInside)
-    place = length + (arrowsInside ? 0 : 2 * arrowSize) + taken(isLevel, length) / 2;
-  else if (just == kNearFirst || just == kOverFirst)
-    place = std::min(middle, wanted / 2 + arrowSize);
-  else if (just == kNearSecond || just == kOverSecond)
-    place = std::max(middle, length - wanted / 2 - arrowSize);
-  const double lineAngle = angleAt(std::clamp(place, 0.0, length));
-  const double textAngle = isLevel ? level : readable(lineAngle);
-  const bool runsAlong = std::fabs(std::sin(textAngle - lineAngle)) < 1e-6;
-  enum { kBreak = 0, kAbove = 1, kOutside = 2, kJapanese = 3, kBelow = 4 };
-  const int tad = vars_.whole(V::Tad);
-  const bool isInLine = !hasText() || tad == kBreak || !runsAlong;
-  KvGePoint2d at = track.at(place);
-  if (!isInLine) {
-    const double off = textHeight_ / 2 + gap;
-    at = at + above(lineAngle) * (tad == kBelow ? -off : off);
-  } else if (tad == kBreak && vars_.real(V::Tvp) != 0) {
-    at = at + above(lineAngle) * (size(V::Tvp) > 0 ? textHeight_ * vars_.real(V::Tvp) : 0);
-  }
-  if (isUserPlaced()) at = userPlace();
-  // The dimension line, with room for text and arrows.
-  const double cut = ticksOnly ? -size(V::Dle) : arrowsInside ? arrowSize : 0;
-  const bool isDrawnInside = arrowsInside || vars_.on(V::Tofl) || ticksOnly;
-  if (isDrawnInside) {
-    const double from = vars_.on(V::Sd1) ? middle : cut, to = vars_.on(V::Sd2) ? middle : length - cut;
-    const bool isBroken = hasText() && isInLine && textInside && !isUserPlaced();
-    if (isBroken) {
-      track.draw(from, std::max(from, place - wanted / 2));
-      track.draw(std::min(to, place + wanted / 2), to);
-    } else {
-      track.draw(from, to);
-    }
-  }
-  if (!arrowsInside && !vars_.on(V::Soxd)) {
-    line(track.at(0) - track.tangent(0) * arrowSize, track.at(0) - track.tangent(0) * (2 * arrowSize));
-    line(track.at(length) + track.tangent(length) * arrowSize,
-         track.at(length) + track.tangent(length) * (2 * arrowSize));
-  }
-  // Beside the line, a text that stands over its end needs the line below it.
-  if (!textInside && hasText() && !isUserPlaced()) {
-    const double beyond = length + (arrowsInside ? 0 : 2 * arrowSize);
-    const double end = isInLine ? beyond : place + taken(isLevel, length) / 2 - gap;
-    if (end > beyond) line(track.at(beyond), track.at(end));
-    if (arrowsInside && isInLine) line(track.at(length), track.at(length) + track.tangent(length) * gap);
-  }
-  if (!vars_.on(V::Sd1) && (arrowsInside || !vars_.on(V::Soxd)))
-    arrow(track.at(0), track.tangent(0) * (arrowsInside ? -1.0 : 1.0), 1);
-  if (!vars_.on(V::Sd2) && (arrowsInside || !vars_.on(V::Soxd)))
-    arrow(track.at(length), track.tangent(length) * (arrowsInside ? 1.0 : -1.0), 2);
-  text(at, textAngle);
 }

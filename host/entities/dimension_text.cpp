@@ -1,6 +1,7 @@
 // Measured values as texts.
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 #include "host/entities/internal/dimlayout.h"
 
@@ -34,57 +35,117 @@ CString scientific(double value, int decimals) {
   return text;
 }
 
+/// How a length is written.
+struct LengthLook {
+  enum Unit : std::uint8_t {
+    kScientific = 1,
+    kDecimal = 2,
+    kEngineering = 3,
+    kArchitectural = 4,
+    kFractional = 5
+  };
+  /// DIMFRAC.
+  enum Fraction : std::uint8_t { kLevel = 0, kDiagonal = 1, kNotStacked = 2 };
+  int unit = kDecimal;
+  int fraction = kNotStacked;
+  int decimals = 0, zeros = 0;
+  wchar_t separator = L'.';
+  double fractionHeight = 1;  ///< times the text's
+};
+
+CString stackOf(const CString& upper, const wchar_t* between, const CString& lower, double height,
+                int alignment = 0) {
+  CString codes;
+  if (alignment != 0) codes.Format(L"\\A%d;", alignment);
+  CString size;
+  if (height != 1 && height > 0) size.Format(L"\\H%gx;", height);
+  return L"{" + codes + size + L"\\S" + upper + between + lower + L";}";
+}
+
+/// What DIMZIN says of feet and inches in its low bits: 0 leaves out zero feet and zero inches, 1 nothing, 2
+/// zero inches, 3 zero feet.
+constexpr int kFeetAndInches = 3;
+bool leavesOutFeet(int zeros) {
+  return (zeros & kFeetAndInches) == 0 || (zeros & kFeetAndInches) == 3;
+}
+bool leavesOutInches(int zeros) {
+  return (zeros & kFeetAndInches) == 0 || (zeros & kFeetAndInches) == 2;
+}
+
 /// Feet and inches, or inches with a fraction of 2 to the power of the decimals.
-CString fractional(double value, int decimals, bool hasFeet) {
-  const long parts = 1L << std::clamp(decimals, 0, kMostDecimals);
+CString fractional(const LengthLook& look, double value, bool hasFeet) {
+  const long parts = 1L << std::clamp(look.decimals, 0, kMostDecimals);
   const double all = std::round(std::fabs(value) * static_cast<double>(parts));
-  if (!(all < 1e15)) return scientific(value, decimals);
+  if (!(all < 1e15)) return scientific(value, look.decimals);
   auto units = static_cast<long long>(all);
   long long above = units % parts, below = parts;
   units /= parts;
   while (above > 0 && above % 2 == 0) above /= 2, below /= 2;
-  CString text = value < 0 ? L"-" : L"";
   const long long feet = hasFeet ? units / 12 : 0, inches = units - feet * 12;
-  CString part;
-  if (feet > 0) {
-    part.Format(L"%lld'-", feet);
+  CString text = value < 0 && all > 0 ? L"-" : L"", part;
+  const bool showsFeet = hasFeet && (feet > 0 || !leavesOutFeet(look.zeros));
+  if (showsFeet) {
+    part.Format(L"%lld'", feet);
     text += part;
+    if (inches == 0 && above == 0 && leavesOutInches(look.zeros)) return text;
+    text += L"-";
   }
-  part.Format(L"%lld", inches);
-  text += part;
-  if (above > 0) {
-    part.Format(L" %lld/%lld", above, below);
+  if (inches > 0 || above == 0 || showsFeet) {
+    part.Format(L"%lld", inches);
     text += part;
+    if (above > 0 && look.fraction == LengthLook::kNotStacked) text += L" ";
+  }
+  if (above > 0) {
+    CString upper, lower;
+    upper.Format(L"%lld", above);
+    lower.Format(L"%lld", below);
+    text += look.fraction == LengthLook::kNotStacked
+                ? upper + L"/" + lower
+                : stackOf(upper, look.fraction == LengthLook::kDiagonal ? L"#" : L"/", lower,
+                          look.fractionHeight);
   }
   return hasFeet ? text + L"\"" : text;
 }
 
-CString lengthText(const KvDbDimVars& vars, double value, int decimals, int zeros) {
-  enum { kScientific = 1, kDecimal = 2, kEngineering = 3, kArchitectural = 4, kFractional = 5 };
-  const auto separator = static_cast<wchar_t>(vars.whole(V::Dsep));
-  switch (vars.whole(V::Lunit)) {
-    case kScientific:
-      return scientific(value, decimals);
-    case kArchitectural:
-      return fractional(value, decimals, true);
-    case kFractional:
-      return fractional(value, decimals, false);
-    case kEngineering: {
-      const double feet = std::floor(std::fabs(value) / 12);
-      CString text;
-      text.Format(L"%s%.0f'-", value < 0 ? L"-" : L"", feet);
-      return text + number(std::fabs(value) - feet * 12, decimals, zeros, L'.') + L"\"";
-    }
-    default:
-      return number(value, decimals, zeros, separator > 32 ? separator : L'.');
+CString engineering(const LengthLook& look, double value) {
+  // Rounded first, so that twelve inches become a foot.
+  const double unit = std::pow(10.0, -std::clamp(look.decimals, 0, kMostDecimals));
+  const double all = std::round(std::fabs(value) / unit) * unit, feet = std::floor(all / 12 + 1e-12);
+  const double inches = std::max(all - feet * 12, 0.0);
+  CString text = value < 0 && all > 0 ? L"-" : L"", part;
+  if (feet > 0 || !leavesOutFeet(look.zeros)) {
+    part.Format(L"%.0f'", feet);
+    text += part;
+    if (inches < unit / 2 && leavesOutInches(look.zeros)) return text;
+    text += L"-";
   }
+  return text + number(inches, look.decimals, look.zeros, L'.') + L"\"";
+}
+
+CString lengthText(const LengthLook& look, double value) {
+  switch (look.unit) {
+    case LengthLook::kScientific:
+      return scientific(value, look.decimals);
+    case LengthLook::kArchitectural:
+      return fractional(look, value, true);
+    case LengthLook::kFractional:
+      return fractional(look, value, false);
+    case LengthLook::kEngineering:
+      return engineering(look, value);
+    default:
+      return number(value, look.decimals, look.zeros, look.separator);
+  }
+}
+
+wchar_t separatorOf(const KvDbDimVars& vars) {
+  const auto separator = static_cast<wchar_t>(vars.whole(V::Dsep));
+  return separator > 32 ? separator : L'.';
 }
 
 CString angleText(const KvDbDimVars& vars, double radians, int decimals) {
   enum { kDegrees = 0, kMinutes = 1, kGrads = 2, kRadians = 3 };
   const int zeros = vars.whole(V::Azin) << 2;
-  const auto separator = static_cast<wchar_t>(vars.whole(V::Dsep));
-  const wchar_t point = separator > 32 ? separator : L'.';
+  const wchar_t point = separatorOf(vars);
   const double degrees = kvdxfDegrees(radians);
   switch (vars.whole(V::Aunit)) {
     case kMinutes: {
@@ -108,44 +169,128 @@ CString angleText(const KvDbDimVars& vars, double radians, int decimals) {
   }
 }
 
-CString withPost(const KvDbDimVars& vars, const CString& value, const CString& prefix) {
-  CString post = vars.text(V::Post);
+/// The value with what stands before and behind it; `place` in `post` stands for the value.
+CString withPost(CString post, const wchar_t* place, const CString& value, const CString& prefix) {
   if (post.IsEmpty()) return prefix + value;
-  if (post.Find(L"<>") < 0) return prefix + value + post;
-  post.Replace(CString(L"<>"), value);
+  if (post.Find(place) < 0) return prefix + value + post;
+  post.Replace(CString(place), value);
   return post;
+}
+
+/// A value with its tolerances or limits.
+struct ValueLook {
+  std::function<CString(double value, bool isStacked)> nominal;
+  std::function<CString(double value)> tolerance;
+  CString post, prefix;
+  const wchar_t* place;
+};
+
+CString valueText(const KvDbDimVars& vars, const ValueLook& look, double value, double plus, double minus) {
+  const double height = vars.real(V::Tfac);
+  if (vars.on(V::Lim)) {
+    const CString upper = look.nominal(value + plus, true), lower = look.nominal(value - minus, true);
+    return withPost(look.post, look.place, stackOf(upper, L"^ ", lower, height), look.prefix);
+  }
+  const CString text = withPost(look.post, look.place, look.nominal(value, false), look.prefix);
+  if (!vars.on(V::Tol) || (plus == 0 && minus == 0)) return text;
+  if (plus == minus) return text + L"\x00B1" + look.tolerance(plus);
+  const auto signedText = [&](double number) {
+    return (number < 0 ? L"-" : number > 0 ? L"+" : L" ") + look.tolerance(std::fabs(number));
+  };
+  return text +
+         stackOf(signedText(plus), L"^", signedText(-minus), height, std::clamp(vars.whole(V::TolJ), 0, 2));
+}
+
+double rounded(double value, double unit) {
+  return unit > 0 ? std::round(value / unit) * unit : value;
+}
+
+CString lengthValueText(const KvDbDimVars& vars, double value, const wchar_t* prefix) {
+  LengthLook look{vars.whole(V::Lunit), vars.whole(V::Frac), vars.whole(V::Dec),
+                  vars.whole(V::Zin),   separatorOf(vars),   vars.real(V::Tfac)};
+  ValueLook whole{[=](double number, bool isStacked) {
+                    LengthLook own = look;
+                    if (isStacked) own.fraction = LengthLook::kNotStacked;
+                    return lengthText(own, number);
+                  },
+                  [=, &vars](double number) {
+                    LengthLook own = look;
+                    own.fraction = LengthLook::kNotStacked;
+                    own.decimals = vars.whole(V::Tdec);
+                    own.zeros = vars.whole(V::Tzin);
+                    return lengthText(own, number);
+                  },
+                  vars.text(V::Post), prefix, L"<>"};
+  value = rounded(value * std::fabs(vars.real(V::Lfac)), vars.real(V::Rnd));
+  return valueText(vars, whole, value, vars.real(V::Tp), vars.real(V::Tm));
+}
+
+/// DIMALTU: architectural and fractional units stand in it twice, with stacked fractions and without.
+LengthLook alternateLook(const KvDbDimVars& vars) {
+  constexpr int kPlainArchitectural = 6, kPlainFractional = 7;
+  LengthLook look{vars.whole(V::AltU), LengthLook::kNotStacked, vars.whole(V::AltD),
+                  vars.whole(V::AltZ), separatorOf(vars),       vars.real(V::Tfac)};
+  if (look.unit == LengthLook::kArchitectural || look.unit == LengthLook::kFractional)
+    look.fraction = LengthLook::kLevel;
+  if (look.unit == kPlainArchitectural) look.unit = LengthLook::kArchitectural;
+  if (look.unit == kPlainFractional) look.unit = LengthLook::kFractional;
+  return look;
+}
+
+CString angleValueText(const KvDbDimVars& vars, double radians, const wchar_t* prefix) {
+  const int decimals = vars.whole(V::Adec) >= 0 ? vars.whole(V::Adec) : vars.whole(V::Dec);
+  // Tolerances of angles are given in degrees.
+  const ValueLook whole{
+      [=, &vars](double degrees, bool) { return angleText(vars, kvdxfRadians(degrees), decimals); },
+      [&](double degrees) { return angleText(vars, kvdxfRadians(degrees), vars.whole(V::Tdec)); },
+      vars.text(V::Post), prefix, L"<>"};
+  return valueText(vars, whole, kvdxfDegrees(radians), vars.real(V::Tp), vars.real(V::Tm));
 }
 
 }  // namespace
 
 CString kvdbDimensionText(const KvDbDimVars& vars, double value, bool isAngle, const wchar_t* prefix) {
-  const int adec = vars.whole(V::Adec);
-  const int decimals = isAngle && adec >= 0 ? adec : vars.whole(V::Dec);
-  if (!isAngle) {
-    value *= std::fabs(vars.real(V::Lfac));
-    if (const double unit = vars.real(V::Rnd); unit > 0) value = std::round(value / unit) * unit;
+  return isAngle ? angleValueText(vars, value, prefix) : lengthValueText(vars, value, prefix);
+}
+
+CString kvdbAlternateDimensionText(const KvDbDimVars& vars, double value, const wchar_t* prefix) {
+  const LengthLook look = alternateLook(vars);
+  const double factor = vars.real(V::AltF);
+  const ValueLook whole{[=](double number, bool isStacked) {
+                          LengthLook own = look;
+                          if (isStacked) own.fraction = LengthLook::kNotStacked;
+                          return lengthText(own, number);
+                        },
+                        [=, &vars](double number) {
+                          LengthLook own = look;
+                          own.fraction = LengthLook::kNotStacked;
+                          own.decimals = vars.whole(V::AltTd);
+                          own.zeros = vars.whole(V::AltTz);
+                          return lengthText(own, number);
+                        },
+                        vars.text(V::APost), prefix, L"[]"};
+  value = rounded(value * std::fabs(vars.real(V::Lfac)) * factor, vars.real(V::AltRnd));
+  return L"[" + valueText(vars, whole, value, vars.real(V::Tp) * factor, vars.real(V::Tm) * factor) + L"]";
+}
+
+CString kvdbWholeDimensionText(const KvDbDimVars& vars, double value, bool isAngle, const wchar_t* prefix) {
+  const CString text = kvdbDimensionText(vars, value, isAngle, prefix);
+  if (isAngle || !vars.on(V::Alt)) return text;
+  // Where the line parts the text, the other units stand below it.
+  const bool isParted = text.Right(2) == L"\\X";
+  return text + (isParted ? L"" : L" ") + kvdbAlternateDimensionText(vars, value, prefix);
+}
+
+CString kvdbDimensionContents(const KvDbDimVars& vars, const CString& text, double value, bool isAngle,
+                              const wchar_t* prefix) {
+  if (text == L" ") return {};
+  if (text.IsEmpty()) return kvdbWholeDimensionText(vars, value, isAngle, prefix);
+  CString whole = text;
+  if (!isAngle && text.Find(L"[]") >= 0) {
+    whole.Replace(CString(L"<>"), kvdbDimensionText(vars, value, isAngle, prefix));
+    whole.Replace(CString(L"[]"), kvdbAlternateDimensionText(vars, value, prefix));
+  } else {
+    whole.Replace(CString(L"<>"), kvdbWholeDimensionText(vars, value, isAngle, prefix));
   }
-  const auto one = [&](double number, int places, int zeros) {
-    // Tolerances of angles are given in degrees.
-    return isAngle ? angleText(vars, kvdxfRadians(number), places) : lengthText(vars, number, places, zeros);
-  };
-  const double shown = isAngle ? kvdxfDegrees(value) : value;
-  const double plus = vars.real(V::Tp), minus = vars.real(V::Tm);
-  if (vars.on(V::Lim)) {
-    const CString upper = one(shown + plus, decimals, vars.whole(V::Zin)),
-                  lower = one(shown - minus, decimals, vars.whole(V::Zin));
-    return withPost(vars, L"{\\S" + upper + L"^ " + lower + L";}", prefix);
-  }
-  const CString nominal =
-      isAngle ? angleText(vars, value, decimals) : lengthText(vars, value, decimals, vars.whole(V::Zin));
-  CString text = withPost(vars, nominal, prefix);
-  if (!vars.on(V::Tol) || (plus == 0 && minus == 0)) return text;
-  const int places = vars.whole(V::Tdec), zeros = vars.whole(V::Tzin);
-  if (plus == minus) return text + L"\x00B1" + one(plus, places, zeros);
-  const auto signedText = [&](double number) {
-    return (number < 0 ? L"-" : number > 0 ? L"+" : L" ") + one(std::fabs(number), places, zeros);
-  };
-  CString height;
-  if (vars.real(V::Tfac) != 1) height.Format(L"\\H%gx;", vars.real(V::Tfac));
-  return text + L"{" + height + L"\\S" + signedText(plus) + L"^" + signedText(-minus) + L";}";
+  return whole;
 }

@@ -108,6 +108,7 @@ using Chain = std::unique_ptr<resbuf, ChainCloser>;
 
 constexpr int kTextData = 1000, kBraceData = 1002, kHandleData = 1005, kRealData = 1040, kIntData = 1070;
 constexpr const wchar_t* kApplication = L"ACAD";
+constexpr int kFillOfColor = 2;  // of DIMTFILL
 
 }  // namespace
 
@@ -149,11 +150,7 @@ KvDbDimVars KvDbDimVars::ofStyle(KvDbObjectId style) {
     if (section.marker.view() == L"AcDbSymbolTableRecord") continue;
     // A record that says anything leaves out what has the value in inches, whatever the drawing's system.
     if (!section.groups.isEmpty()) vars = KvDbDimVars(false);
-    for (const KvDxfGroup& group : section.groups) {
-      // 70 is the record's own flags there.
-      if (group.code == 70) continue;
-      vars.take(group.code, group, style.database());
-    }
+    for (const KvDxfGroup& group : section.groups) vars.take(group.code, group, style.database());
   }
   return vars;
 }
@@ -254,8 +251,8 @@ Kvad::ErrorStatus KvDbDimVars::writeOverrides(KvDbEntity& entity, const KvDbDimV
 void KvDbDimVars::writeTo(KvDbDimStyleTableRecord& record) const {
   std::vector<KvDbStoredGroup> groups;
   for (const Row& row : kTable) {
-    // The record's flags have the code of one variable, and files leave that one out.
-    if (row.variable == V::TfillClr) continue;
+    // The record's flags have the code of this one: it is written only where it means something.
+    if (row.variable == V::TfillClr && whole(V::Tfill) != kFillOfColor) continue;
     KvDbStoredGroup group;
     group.code = row.code;
     group.kind = kvdxfKind(row.code);

@@ -224,6 +224,24 @@ Kvad::ErrorStatus KvDbMText::transformBy(const KvGeMatrix3d& matrix) {
   return Kvad::eOk;
 }
 
+Kvad::ErrorStatus KvDbMText::setBackgroundFill(int colorIndex, double border) {
+  constexpr double kWidest = 5;
+  if (colorIndex < 0 || colorIndex > kKvColorByLayer || !(border > 0)) return Kvad::eInvalidInput;
+  assertWriteEnabled();
+  fill_ = kFillColor;
+  fillColor_ = colorIndex;
+  fillRgb_ = -1;
+  fillScale_ = std::clamp(border, 1.0, kWidest);
+  return Kvad::eOk;
+}
+
+Kvad::ErrorStatus KvDbMText::setBackgroundFillAsGround(double border) {
+  constexpr int kForeground = 7;
+  if (const auto status = setBackgroundFill(kForeground, border); status != Kvad::eOk) return status;
+  fill_ = kFillColor | kFillBackground;
+  return Kvad::eOk;
+}
+
 void KvDbMText::drawBackground(KvGiWorldDraw& draw, const KvLtParagraphs& laid) const {
   const bool isColor = (fill_ & kFillColor) != 0 && (fill_ & kFillBackground) == 0;
   if (!isColor || fillColor_ < 0) return;
