@@ -4,9 +4,9 @@
 #include "host/commands/internal/support.h"
 #include "host/entities/curves.h"
 #include "host/entities/dimension.h"
+#include "host/entities/leader.h"
 #include "host/entities/mtext.h"
 #include "host/entities/polyline.h"
-#include "host/entities/viewport.h"
 #include "host/geometry/polyline.h"
 
 namespace kvcmd {

@@ -10,8 +10,8 @@
 #include "host/entities/blockreference.h"
 #include "host/entities/dimension.h"
 #include "host/entities/hatch.h"
+#include "host/entities/leader.h"
 #include "host/entities/mtext.h"
-#include "host/entities/viewport.h"
 
 namespace {
 

@@ -2,12 +2,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "host/database/block.h"
 #include "host/database/database.h"
-#include "host/entities/blockreference.h"
 #include "host/entities/internal/dimlayout.h"
-#include "host/entities/polyline.h"
-#include "host/geometry/polyline.h"
 
 namespace {
 
@@ -18,21 +14,7 @@ KvGeVector2d direction(double angle) {
   return {cosine, sine};
 }
 
-const KvDbBlockTableRecord* blockOf(KvDbObjectId id) {
-  return id.isValid() ? KvDbBlockTableRecord::cast(id.stub()->object) : nullptr;
-}
-
 }  // namespace
-
-/// A standard arrow: an outline in units of the arrow's size, its tip at the origin, pointing along X.
-struct KvDbDimLayout::ArrowShape {
-  enum Form : std::uint8_t { Filled, Outline, Lines, Disc, Circle, Tick, Nothing };
-  const wchar_t* name;
-  Form form;
-  double width;    ///< half the width at one unit of length; of discs and circles the radius
-  double center;   ///< of discs and circles, along X
-  double shorten;  ///< how much of the dimension line the arrow takes
-};
 
 KvDbDimLayout::KvDbDimLayout(const KvDbDimension& dimension)
     : dimension_(dimension), vars_(dimension.dimVars()) {
@@ -146,124 +128,22 @@ double KvDbDimLayout::arrowLength() const {
   return isTick() ? size(V::Tsz) : size(V::Asz);
 }
 
-const KvDbDimLayout::ArrowShape* KvDbDimLayout::shapeOf(int which) const {
-  using S = ArrowShape;
-  // Sizes as the standard arrows are usually drawn.
-  static constexpr S kShapes[] = {
-      {L"", S::Filled, 1.0 / 6, 0, 1},         {L"_CLOSEDFILLED", S::Filled, 1.0 / 6, 0, 1},
-      {L"_CLOSED", S::Outline, 1.0 / 6, 0, 0}, {L"_CLOSEDBLANK", S::Outline, 1.0 / 6, 0, 1},
-      {L"_OPEN", S::Lines, 1.0 / 6, 0, 0},     {L"_OPEN30", S::Lines, 0.26794919, 0, 0},
-      {L"_OPEN90", S::Lines, 1, 0, 0},         {L"_DOT", S::Disc, 0.5, 0, 0.5},
-      {L"_DOTSMALL", S::Disc, 0.25, 0, 0},     {L"_DOTBLANK", S::Circle, 0.5, 0, 0.5},
-      {L"_SMALL", S::Circle, 0.25, 0, 0},      {L"_ORIGIN", S::Circle, 0.5, 0, 0},
-      {L"_ORIGIN2", S::Circle, 0.5, 0, 0.5},   {L"_OBLIQUE", S::Tick, 0, 0, 0},
-      {L"_ARCHTICK", S::Tick, 0.075, 0, 0},    {L"_NONE", S::Nothing, 0, 0, 0},
-      {L"_BOXFILLED", S::Filled, 0.5, 1, 1},   {L"_BOXBLANK", S::Outline, 0.5, 1, 1},
-  };
-  const CString name = isTick() ? CString(L"_OBLIQUE") : kvdbRecordName(arrowBlock(which));
-  for (const S& each : kShapes)
-    if (name.CompareNoCase(each.name) == 0 ||
-        (name.GetLength() > 0 && name.CompareNoCase(each.name + (*each.name ? 1 : 0)) == 0))
-      return &each;
-  return nullptr;
+KvDbArrowHead KvDbDimLayout::head(int which) const {
+  return isTick() ? KvDbArrowHead::tick(arrowLength()) : KvDbArrowHead(arrowBlock(which), arrowLength());
 }
 
 bool KvDbDimLayout::isStroke(int which) const {
-  const ArrowShape* shape = shapeOf(which);
-  return shape && (shape->form == ArrowShape::Tick || shape->form == ArrowShape::Nothing);
+  return head(which).isStroke();
 }
 
 double KvDbDimLayout::arrowCut(int which) const {
-  const ArrowShape* shape = shapeOf(which);
-  if (shape && shape->form == ArrowShape::Tick) return -size(V::Dle);
-  if (!shape && !blockOf(arrowBlock(which))) return 0;
-  return (shape ? shape->shorten : 1) * arrowLength();
+  const KvDbArrowHead arrow = head(which);
+  return arrow.isTick() ? -size(V::Dle) : arrow.cut();
 }
 
 void KvDbDimLayout::arrow(KvGePoint2d tip, KvGeVector2d point, int which) {
-  using S = ArrowShape;
-  const double unit = arrowLength();
-  if (!(unit > 0)) return;
-  const KvGeVector2d x = point * unit, y = x.perpVector();
-  const auto at = [&](double along, double across) { return tip + x * along + y * across; };
-  const S* shape = shapeOf(which);
-  const KvDbObjectId block = arrowBlock(which);
-  if (!shape) {
-    // An arrow of the user's own: a block one unit long, pointing along X.
-    if (!blockOf(block)) return;
-    auto reference = std::make_unique<KvDbBlockReference>(KvGePoint3d(), block);
-    reference->setNormal(dimension_.normal());
-    reference->setPosition(toWorld(tip));
-    reference->setScaleFactors({unit, unit, unit});
-    reference->setRotation(point.angle());
-    add(std::move(reference), V::ClrD);
-    return;
-  }
-  const double w = shape->width;
-  const auto solid = [&](KvGePoint2d a, KvGePoint2d b, KvGePoint2d c, KvGePoint2d d) {
-    auto made = std::make_unique<KvDbSolid>();
-    made->setNormal(dimension_.normal());
-    const KvGePoint2d corners[] = {a, b, c, d};
-    for (int i = 0; i < 4; ++i) made->setPointAt(i, toWorld(corners[i]));
-    add(std::move(made), V::ClrD);
-  };
-  switch (shape->form) {
-    case S::Filled:
-      if (shape->center > 0)
-        solid(at(-1, -w), at(0, -w), at(-1, w), at(0, w));
-      else
-        solid(at(-1, w), at(-1, -w), tip, tip);
-      break;
-    case S::Outline:
-      if (shape->center > 0) {
-        line(at(0, -w), at(0, w));
-        line(at(-1, -w), at(0, -w));
-        line(at(-1, w), at(0, w));
-        line(at(-1, -w), at(-1, w));
-      } else {
-        line(tip, at(-1, w));
-        line(tip, at(-1, -w));
-        line(at(-1, w), at(-1, -w));
-      }
-      break;
-    case S::Lines:
-      line(tip, at(-1, w));
-      line(tip, at(-1, -w));
-      break;
-    case S::Disc: {
-      // A closed path of two half circles as wide as the radius: its middle line runs at half of it.
-      auto disc = std::make_unique<KvDbPolyline>();
-      const KvGePoint2d left = at(-w / 2, 0), right = at(w / 2, 0);
-      disc->addVertexAt(0, left, 1);
-      disc->addVertexAt(1, right, 1);
-      disc->setClosed(true);
-      disc->setConstantWidth(w * unit);
-      disc->setNormal(dimension_.normal());
-      disc->setElevation(height_);
-      add(std::move(disc), V::ClrD);
-      break;
-    }
-    case S::Circle:
-      add(std::make_unique<KvDbCircle>(toWorld(tip), dimension_.normal(), w * unit), V::ClrD);
-      break;
-    case S::Tick: {
-      const KvGeVector2d slope = (x + y) * 0.5;
-      if (w == 0) {
-        line(tip - slope, tip + slope);
-      } else {
-        auto thick = std::make_unique<KvDbPolyline>();
-        thick->addVertexAt(0, tip - slope);
-        thick->addVertexAt(1, tip + slope);
-        thick->setConstantWidth(2 * w * unit);
-        thick->setNormal(dimension_.normal());
-        thick->setElevation(height_);
-        add(std::move(thick), V::ClrD);
-      }
-      break;
-    }
-    case S::Nothing:
-      break;
-  }
+  const KvGeVector3d way = planeToWorld_ * KvGeVector3d(point.x, point.y, 0);
+  for (auto& part : head(which).parts(toWorld(tip), way, dimension_.normal())) add(std::move(part), V::ClrD);
 }
 
 double KvDbDimLayout::readable(double angle) const {

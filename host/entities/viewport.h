@@ -1,31 +1,6 @@
 #pragma once
-// Viewports of layouts, and leaders: entities whose groups are kept as files have them, with calls for what
-// is asked.
-#include "host/database/entity.h"
-
-/// Reads and changes single groups of one section.
-class KvDbKeptEntity : public KvDbProxyEntity {
-  KVRX_DECLARE(KvDbKeptEntity)
- protected:
-  KvDbKeptEntity(const wchar_t* type, const wchar_t* marker)
-      : KvDbProxyEntity(CString(type)), marker_(marker) {}
-  /// Of the first group of a code; the default where there is none.
-  double real(int code, double standard = 0) const;
-  std::int64_t whole(int code, std::int64_t standard = 0) const;
-  KvGePoint3d point(int code, const KvGePoint3d& standard = {}) const;
-  std::vector<KvDxfGroup> all(int code) const;
-  /// Replaces the first group of the code, or appends one. eInvalidInput for numbers that aren't finite.
-  Kvad::ErrorStatus putReal(int code, double value);
-  Kvad::ErrorStatus putWhole(int code, std::int64_t value);
-  Kvad::ErrorStatus putPoint(int code, const KvGePoint3d& value, int dimensions = 3);
-  /// Hands every group through `change`, in order; it answers false for one that goes away.
-  void rewrite(const std::function<bool(KvDxfGroup&)>& change, const std::vector<KvDxfGroup>& behind = {});
-
- private:
-  Kvad::ErrorStatus put(const KvDxfGroup& group);
-  const KvDbGroupList* section() const;
-  const wchar_t* marker_;
-};
+// Viewports of layouts.
+#include "host/entities/keptentity.h"
 
 /// A window of a layout onto model space.
 class KvDbViewport : public KvDbKeptEntity {
@@ -75,20 +50,4 @@ class KvDbViewport : public KvDbKeptEntity {
 
  private:
   static constexpr int kClipFlag = 0x10000, kOffFlag = 0x20000;
-};
-
-/// A line with an arrow that leads to a note.
-class KvDbLeader : public KvDbKeptEntity {
-  KVRX_DECLARE(KvDbLeader)
- public:
-  KvDbLeader() : KvDbKeptEntity(L"LEADER", L"AcDbLeader") {}
-  int numVertices() const { return static_cast<int>(all(10).size()); }
-  /// eInvalidIndex.
-  Kvad::ErrorStatus getVertexAt(int index, KvGePoint3d& vertex) const;
-  Kvad::ErrorStatus setVertexAt(int index, const KvGePoint3d& vertex);
-  Kvad::ErrorStatus appendVertex(const KvGePoint3d& vertex);
-  bool hasArrowHead() const { return whole(71, 1) != 0; }
-  Kvad::ErrorStatus setHasArrowHead(bool has) { return putWhole(71, has); }
-  Kvad::ErrorStatus transformBy(const KvGeMatrix3d& matrix) override;
-  bool subWorldDraw(KvGiWorldDraw* draw) override;
 };

@@ -4,7 +4,7 @@
 
 #include "host/database/header.h"
 #include "host/database/tables.h"
-#include "host/entities/viewport.h"
+#include "host/entities/leader.h"
 #include "siblings/symbols/layers.h"
 #include "siblings/symbols/records.h"
 

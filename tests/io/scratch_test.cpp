@@ -17,6 +17,7 @@
 #include "host/entities/curves.h"
 #include "host/entities/dimension.h"
 #include "host/entities/hatch.h"
+#include "host/entities/leader.h"
 #include "host/entities/mtext.h"
 #include "host/entities/oldpolyline.h"
 #include "host/entities/polyline.h"

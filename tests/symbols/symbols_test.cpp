@@ -7,7 +7,7 @@
 #include "host/database/header.h"
 #include "host/entities/blockreference.h"
 #include "host/entities/hatch.h"
-#include "host/entities/viewport.h"
+#include "host/entities/leader.h"
 #include "host/io/drawing_file.h"
 #include "siblings/symbols/exports.h"
 #include "siblings/symbols/layer_table.h"

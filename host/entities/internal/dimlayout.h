@@ -1,5 +1,6 @@
 #pragma once
 // The parts of a dimension's block: lines, arrows, text, in the plane of the dimension.
+#include "host/entities/arrowhead.h"
 #include "host/entities/curves.h"
 #include "host/entities/dimension.h"
 #include "host/entities/mtext.h"
@@ -72,13 +73,11 @@ class KvDbDimLayout {
   std::vector<std::unique_ptr<KvDbEntity>> takeParts() { return std::move(parts_); }
 
  private:
-  struct ArrowShape;
   template <class T>
   T& add(std::unique_ptr<T> part, KvDbDimVar color);
   KvGePoint3d toWorld(KvGePoint2d p) const;
   KvDbObjectId arrowBlock(int which) const;
-  /// Null for a block of the user's own.
-  const ArrowShape* shapeOf(int which) const;
+  KvDbArrowHead head(int which) const;
   void fillBehind(KvDbMText& text) const;
 
   /// Where arrows and text of a dimension line stand.
