@@ -78,6 +78,7 @@ bool plotOnto(KvDbDatabase& database, const std::string& name, const KvPlotOptio
               KvGrCanvas& canvas) {
   const KvPlotResult result = kvgrPlot(database, options, canvas);
   if (const std::string warning = KvLtFace::takeWarning(); !warning.empty()) complain(warning);
+  for (const std::string& warning : result.warnings) complain(name + ": " + warning);
   if (!result.isPlotted) complain(name + ": " + result.error);
   return result.isPlotted;
 }
@@ -161,7 +162,9 @@ int runPlot(const PlotCommandOptions& command) {
 
 bool plotDrawing(KvDbDatabase& database, const std::string& output) {
   std::string error;
-  const bool isPlotted = kvgrPlotToFile(database, KvPlotOptions(), output, error);
+  std::vector<std::string> warnings;
+  const bool isPlotted = kvgrPlotToFile(database, KvPlotOptions(), output, error, &warnings);
+  for (const std::string& warning : warnings) complain(warning);
   if (const std::string warning = KvLtFace::takeWarning(); !warning.empty()) complain(warning);
   if (!isPlotted) complain(error);
   return isPlotted;

@@ -2,6 +2,7 @@
 // A drawing in memory: its objects by id and handle, its tables, its state of change and of undo recording.
 #include <cstdint>
 #include <deque>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <typeindex>
@@ -206,12 +207,18 @@ class KvDbDatabase {
   Kvad::ErrorStatus setTilemode(bool isModel);
   bool isApplicationKnown(const CString& name) const { return !recordId(KvDbTable::RegApp, name).isNull(); }
 
-  /// The content of a drawing file, strictly read, into a drawing made without default content; the last three
-  /// arguments are for the signature. Statuses of kvdbReadDrawing (host/io/drawing_file.h, where both stand).
+  /// The content of a drawing file, strictly read, into a drawing made without default content; the last
+  /// three arguments are for the signature. Statuses of kvdbReadDrawing (host/io/drawing_file.h, where both
+  /// stand).
   Kvad::ErrorStatus readDwgFile(const wchar_t* file, int share = 1, bool convertCodePage = false,
                                 const wchar_t* password = nullptr);
   /// In the form that goes with the name; whole or not at all. Statuses of kvdbSaveDrawing.
   Kvad::ErrorStatus saveAs(const wchar_t* file) const;
+
+  /// The folder of the file that the drawing was read from: what it refers to is looked for there. Native;
+  /// empty for one that was read from no file.
+  const std::filesystem::path& folder() const { return folder_; }
+  void setFolder(std::filesystem::path folder) { folder_ = std::move(folder); }
 
   KvDbFileExtras& extras() { return extras_; }
   const KvDbFileExtras& extras() const { return extras_; }
@@ -327,6 +334,7 @@ class KvDbDatabase {
   std::unique_ptr<KvDbTransactionManager> transactions_;
   std::unique_ptr<KvDbLayoutManager> layouts_;
   KvDbFileExtras extras_;
+  std::filesystem::path folder_;
   std::unique_ptr<KvDbHeader> header_;
   int modifiedWord_ = 0;
   int openCount_ = 0;

@@ -137,7 +137,7 @@ class KvDbProxyEntity : public KvDbEntity {
   void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
                     KvDxfResolver& resolver) override;
   void dxfInEnd(KvDxfResolver& resolver) override;
-  /// What can be drawn of types that are not modelled: the block of a table, the frame of an image.
+  /// What can be drawn of types that are not modelled: the block of a table.
   bool subWorldDraw(KvGiWorldDraw* draw) override;
   std::unique_ptr<KvDbObject> makeSame() const override;
 

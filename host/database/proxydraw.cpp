@@ -46,40 +46,10 @@ bool drawTable(const KvDbEntity& table, KvGiGeometry& geometry) {
   return true;
 }
 
-/// An image, or a wipeout: the outline that is clipped out of it, in its pixels; else the whole frame.
-bool drawFrame(const KvDbGroupList& groups, KvGiGeometry& geometry) {
-  KvGePoint3d origin, size(1, 1, 0);
-  KvGeVector3d u = KvGeVector3d::kXAxis, v = KvGeVector3d::kYAxis;
-  std::vector<KvGePoint3d> corners;
-  for (const KvDxfGroup& group : groups) {
-    if (group.code == 10) origin = group.point;
-    if (group.code == 11) u = group.point.asVector();
-    if (group.code == 12) v = group.point.asVector();
-    if (group.code == 13) size = group.point;
-    if (group.code == 14) corners.push_back(group.point);
-  }
-  constexpr double kHalf = 0.5;  // pixels are counted from their middles
-  if (corners.size() < 2) corners = {{-kHalf, -kHalf, 0}, {size.x - kHalf, size.y - kHalf, 0}};
-  if (corners.size() == 2) {
-    const KvGePoint3d a = corners[0], b = corners[1];
-    corners = {a, {b.x, a.y, 0}, b, {a.x, b.y, 0}};
-  }
-  // Rows of pixels run downwards.
-  for (KvGePoint3d& corner : corners)
-    corner = origin + u * (corner.x + kHalf) + v * (size.y - corner.y - kHalf);
-  corners.push_back(corners.front());
-  geometry.polyline(static_cast<int>(corners.size()), corners.data());
-  return true;
-}
-
 }  // namespace
 
 bool KvDbProxyEntity::subWorldDraw(KvGiWorldDraw* draw) {
   const std::wstring_view type = fileTypeView();
   if (type == L"ACAD_TABLE") return drawTable(*this, draw->geometry());
-  const wchar_t* marker = type == L"IMAGE"     ? L"AcDbRasterImage"
-                          : type == L"WIPEOUT" ? L"AcDbWipeout"
-                                               : nullptr;
-  const KvDbGroupList* groups = marker ? sectionOf(*this, marker) : nullptr;
-  return groups && drawFrame(*groups, draw->geometry());
+  return false;
 }

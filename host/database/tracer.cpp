@@ -5,6 +5,7 @@
 
 #include "host/database/block.h"
 #include "host/database/database.h"
+#include "host/database/draworder.h"
 #include "host/database/internal/outline_clip.h"
 
 namespace {
@@ -52,7 +53,7 @@ bool KvGiTracer::traceBlock(KvDbObjectId block) {
   const KvDbBlockTableRecord* record =
       block.stub() ? KvDbBlockTableRecord::cast(block.stub()->object) : nullptr;
   if (!record) return isStopped_;
-  for (KvDbObjectId id : record->entities())
+  for (KvDbObjectId id : kvdbDrawOrder(*record))
     if (id.stub() && trace(id.stub()->object)) break;
   return isStopped_;
 }
@@ -310,8 +311,12 @@ void KvGiTracer::strokeWorld(const KvGePoint3d* points, int count, std::size_t c
                                    [&](const KvGePoint3d* part, int n) { strokeWorld(part, n, clip + 1); });
 }
 
-void KvGiTracer::fillWorld(std::vector<KvGePoint3d>& points, std::vector<int>& counts) {
+void KvGiTracer::cutArea(std::vector<KvGePoint3d>& points, std::vector<int>& counts) const {
   for (const Clip& clip : clips_)
     if (clip.outline) clip.outline->clipArea(points, counts);
+}
+
+void KvGiTracer::fillWorld(std::vector<KvGePoint3d>& points, std::vector<int>& counts) {
+  cutArea(points, counts);
   if (!counts.empty()) fill({points.data(), counts.data(), static_cast<int>(counts.size())});
 }

@@ -53,7 +53,7 @@ class KvGiTracer : public KvGiWorldDraw, private KvGiGeometry, private KvGiSubEn
   /// Draws one drawable; to be called for each entity of a space in order. Erased and invisible entities and
   /// those on frozen layers give nothing. True when the sink wants no more.
   bool trace(KvGiDrawable* drawable) { return draw(drawable); }
-  /// All entities of a block, in order.
+  /// All entities of a block, in their order of drawing (kvdbDrawOrder).
   bool traceBlock(KvDbObjectId block);
 
   KvGiGeometry& geometry() override { return *this; }
@@ -83,6 +83,10 @@ class KvGiTracer : public KvGiWorldDraw, private KvGiGeometry, private KvGiSubEn
   /// One line of text, from its own coordinates (the base line's start at 0, capitals 1 high before the
   /// look's height applies) to the world; true: the sink has taken it. By default it comes as areas.
   virtual bool takeText(const KvGeMatrix3d& toWorld, const KvGiTextLook& look, const CString& text);
+  /// An area, cut by the clips, that covers what came before it.
+  virtual void cover(const KvGiArea&) {}
+  /// A picture in world coordinates.
+  virtual void takeImage(const KvGiImage&) {}
   /// A closed outline in world coordinates that clips what follows, until the call of endClip. False: the
   /// tracer cuts strokes and areas itself.
   virtual bool beginClip(const std::vector<KvGePoint2d>& outline, bool isInverted);
@@ -164,6 +168,8 @@ class KvGiTracer : public KvGiWorldDraw, private KvGiGeometry, private KvGiSubEn
   bool polypoint(int count, const KvGePoint3d* points) override;
   bool shell(int points, const KvGePoint3d* vertices, int faceListSize, const std::int32_t* faces) override;
   bool mesh(int rows, int columns, const KvGePoint3d* vertices) override;
+  bool mask(int count, const KvGePoint3d* points) override;
+  bool image(const KvGiImage& image) override;
   bool ray(const KvGePoint3d& base, const KvGePoint3d& through) override;
   bool xline(const KvGePoint3d& first, const KvGePoint3d& second) override;
   bool draw(KvGiDrawable* drawable) override;
@@ -184,6 +190,8 @@ class KvGiTracer : public KvGiWorldDraw, private KvGiGeometry, private KvGiSubEn
   void strokeModel(const KvGePoint3d* points, int count);
   void strokeWorld(const KvGePoint3d* points, int count, std::size_t clip = 0);
   void fillWorld(std::vector<KvGePoint3d>& points, std::vector<int>& counts);
+  /// What the clips leave of an area, in place.
+  void cutArea(std::vector<KvGePoint3d>& points, std::vector<int>& counts) const;
   void conic(const KvGePoint3d& center, const KvGeVector3d& u, const KvGeVector3d& v, double start,
              double sweep, KvGiArcType type);
   bool strokeExactly(const KvGiPath& path, const KvGeMatrix3d& toModel);

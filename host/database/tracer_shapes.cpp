@@ -262,6 +262,28 @@ bool KvGiTracer::mesh(int rows, int columns, const KvGePoint3d* vertices) {
   return isStopped_;
 }
 
+bool KvGiTracer::mask(int count, const KvGePoint3d* points) {
+  if (count < 3 || !points || !isShown()) return isStopped_;
+  scratch_.clear();
+  for (int i = 0; i < count; ++i) scratch_.push_back(toWorld(points[i]));
+  if (!areDrawable(scratch_.data(), scratch_.size())) return isStopped_;
+  outlineCounts_.assign(1, count);
+  cutArea(scratch_, outlineCounts_);
+  if (!outlineCounts_.empty())
+    cover({scratch_.data(), outlineCounts_.data(), static_cast<int>(outlineCounts_.size())});
+  return isStopped_;
+}
+
+bool KvGiTracer::image(const KvGiImage& image) {
+  if (!isShown()) return isStopped_;
+  const auto turned = [&](const KvGeVector3d& v) { return isIdentity_ ? v : transforms_.back() * v; };
+  const KvGiImage placed{toWorld(image.origin), turned(image.width), turned(image.height), image.file};
+  if (isDrawable(placed.origin) && isDrawable(placed.origin + placed.width) &&
+      isDrawable(placed.origin + placed.height))
+    takeImage(placed);
+  return isStopped_;
+}
+
 void KvGiTracer::endless(const KvGePoint3d& base, const KvGeVector3d& direction, bool isBothWays) {
   if (endlessBox_.isEmpty() || !isShown()) return;
   const KvGePoint3d p = toWorld(base);

@@ -23,6 +23,13 @@ bool KvGiGeometry::path(const KvGiPath& path) {
   return polyline(static_cast<int>(points.size()), points.data(), &path.normal);
 }
 
+bool KvGiGeometry::mask(int, const KvGePoint3d*) {
+  return false;
+}
+bool KvGiGeometry::image(const KvGiImage&) {
+  return false;
+}
+
 bool KvGiGeometry::segments(const KvGePoint3d* poles, const unsigned char* degrees, int count) {
   if (!poles || !degrees || count <= 0) return false;
   std::vector<KvGePoint3d> points;

@@ -110,6 +110,13 @@ struct KvGiClipBoundary {
   bool isInverted = false;  ///< what lies inside is hidden
 };
 
+/// A picture of points that lies in the drawing.
+struct KvGiImage {
+  KvGePoint3d origin;          ///< its lower left corner
+  KvGeVector3d width, height;  ///< along its lower and its left edge
+  CString file;                ///< as the drawing names it
+};
+
 /// The vertices of a polyline from a segment on, each with its widths; `count` 0: all. Stands with the class
 /// of polylines.
 std::vector<KvGiPathVertex> kvgiVerticesOf(const KvDbPolyline& polyline, int from, int count, KvGiPath& path);
@@ -150,6 +157,10 @@ class KvGiGeometry {
   virtual bool shell(int points, const KvGePoint3d* vertices, int faceListSize,
                      const std::int32_t* faces) = 0;
   virtual bool mesh(int rows, int columns, const KvGePoint3d* vertices) = 0;
+  /// An area in the colour of the ground: it covers what was drawn before it. By default nothing.
+  virtual bool mask(int count, const KvGePoint3d* points);
+  /// By default nothing.
+  virtual bool image(const KvGiImage& image);
   virtual bool ray(const KvGePoint3d& base, const KvGePoint3d& through) = 0;
   virtual bool xline(const KvGePoint3d& first, const KvGePoint3d& second) = 0;
   /// Another drawable with traits of its own; "by block" in it means the traits of this moment. Layer state
@@ -173,6 +184,8 @@ class KvGiWorldDraw {
   /// True while the sink asks only for extents or for what can be picked; entities may leave out costly
   /// fills.
   virtual bool isOutlineOnly() const { return false; }
+  /// True for a plot: what only helps at the screen is left out.
+  virtual bool isForPaper() const { return false; }
   /// The drawing; null for entities outside one.
   virtual class KvDbDatabase* database() const { return nullptr; }
 };

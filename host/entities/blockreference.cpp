@@ -6,6 +6,7 @@
 #include "host/database/block.h"
 #include "host/database/database.h"
 #include "host/database/dictionary.h"
+#include "host/database/draworder.h"
 #include "host/entities/attribute.h"
 #include "host/entities/curve.h"
 #include "host/entities/internal/spatialfilter.h"
@@ -230,7 +231,7 @@ bool KvDbBlockReference::subWorldDraw(KvGiWorldDraw* draw) {
   if (!open.isFirst()) return false;
   const KvDbSpatialFilter filter = kvdbSpatialFilterOf(*this);
   KvGiGeometry& geometry = draw->geometry();
-  const KvDbObjectIdArray entities = record->entities();
+  const KvDbObjectIdArray entities = kvdbDrawOrder(*record);
   forCells(false, [&](const KvGeMatrix3d& transform) {
     geometry.pushModelTransform(transform);
     if (filter.isOn()) geometry.pushClipBoundary(filter.boundary());

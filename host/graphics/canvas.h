@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/geometry/point.h"
+#include "host/graphics/picture.h"
 #include "host/lettering/font.h"
 
 struct KvGrPen {
@@ -16,7 +17,7 @@ struct KvGrPen {
   friend bool operator==(const KvGrPen&, const KvGrPen&) = default;
 };
 
-/// A place for a glyph: x' = a x + c y + e, y' = b x + d y + f.
+/// A place for a glyph or a picture: x' = a x + c y + e, y' = b x + d y + f.
 struct KvGrMatrix {
   double a = 1, b = 0, c = 0, d = 1, e = 0, f = 0;
 };
@@ -37,6 +38,8 @@ class KvGrCanvas {
                             const KvGrPen& pen, bool isClosed) = 0;
   /// Outlines by the even-odd rule.
   virtual void fill(const KvGePoint2d* points, const int* counts, int outlines, std::uint32_t rgb) = 0;
+  /// A picture in the place of the unit square: its lower left corner at 0, 0, its upper right one at 1, 1.
+  virtual void picture(const std::shared_ptr<const KvGrPicture>& picture, const KvGrMatrix& place) = 0;
   virtual void glyph(const KvLtGlyph& glyph, const KvGrMatrix& place, std::uint32_t rgb) = 0;
   /// What follows shows only inside the outline (or, inverted, outside) until popClip. They nest.
   virtual void pushClip(const std::vector<KvGePoint2d>& outline, bool isInverted) = 0;

@@ -90,6 +90,21 @@ class PdfCanvas : public KvGrCanvas {
     page_ += "f*\n";
   }
 
+  void picture(const std::shared_ptr<const KvGrPicture>& picture, const KvGrMatrix& m) override {
+    endPath();
+    const auto known = std::find(pictures_.begin(), pictures_.end(), picture);
+    const auto index = known - pictures_.begin();
+    if (known == pictures_.end()) pictures_.push_back(picture);
+    page_ += "q ";
+    for (double v : {m.a, m.b, m.c, m.d, m.e, m.f}) {
+      put(page_, microns(v));
+      page_ += ' ';
+    }
+    page_ += "cm/i";
+    put(page_, static_cast<std::int64_t>(index));
+    page_ += " Do Q\n";
+  }
+
   void glyph(const KvLtGlyph& glyph, const KvGrMatrix& m, std::uint32_t rgb) override {
     endPath();
     setFill(rgb);
@@ -137,6 +152,13 @@ class PdfCanvas : public KvGrCanvas {
       put(resources, static_cast<std::int64_t>(glyphForm(*glyph)));
       resources += " 0 R";
     }
+    for (std::size_t i = 0; i < pictures_.size(); ++i) {
+      resources += "/i";
+      put(resources, static_cast<std::int64_t>(i));
+      resources += ' ';
+      put(resources, static_cast<std::int64_t>(pictureObject(*pictures_[i])));
+      resources += " 0 R";
+    }
     resources += ">>>>";
     std::string tree = "<</Type/Pages/Count ";
     put(tree, static_cast<std::int64_t>(pages_.size()));
@@ -165,6 +187,34 @@ class PdfCanvas : public KvGrCanvas {
     body += bytes;
     body += "\nendstream";
     return object(std::move(body));
+  }
+  int pictureObject(const KvGrPicture& picture) {
+    std::string entries = "/Type/XObject/Subtype/Image/BitsPerComponent 8/Width ";
+    put(entries, static_cast<std::int64_t>(picture.width));
+    entries += "/Height ";
+    put(entries, static_cast<std::int64_t>(picture.height));
+    if (picture.isJpeg && picture.components != 4) {
+      entries += picture.components == 1 ? "/ColorSpace/DeviceGray" : "/ColorSpace/DeviceRGB";
+      std::string body = "<<" + entries + "/Filter/DCTDecode/Length ";
+      put(body, static_cast<std::int64_t>(picture.file.size()));
+      return object(body + ">>stream\n" + picture.file + "\nendstream");
+    }
+    std::string colors, opacity;
+    for (const std::uint32_t pixel : picture.pixels) {
+      const std::uint32_t alpha = pixel >> 24;
+      for (int shift : {16, 8, 0}) {
+        const std::uint32_t v = (pixel >> shift) & 0xFFu;
+        colors += static_cast<char>(alpha == 0 ? 255 : std::min(255u, (v * 255 + alpha / 2) / alpha));
+      }
+      if (!picture.isOpaque) opacity += static_cast<char>(alpha);
+    }
+    if (!picture.isOpaque) {
+      const int mask = stream(opacity, entries + "/ColorSpace/DeviceGray");
+      entries += "/SMask ";
+      put(entries, static_cast<std::int64_t>(mask));
+      entries += " 0 R";
+    }
+    return stream(colors, entries + "/ColorSpace/DeviceRGB");
   }
   int glyphForm(const KvLtGlyph& glyph) {
     std::string path;
@@ -279,6 +329,7 @@ class PdfCanvas : public KvGrCanvas {
   bool hasPen_ = false, hasFill_ = false, isStroking_ = false;
   int depth_ = 0, pathPoints_ = 0;
   std::map<std::uint32_t, const KvLtGlyph*> glyphs_;
+  std::vector<std::shared_ptr<const KvGrPicture>> pictures_;
 };
 
 }  // namespace

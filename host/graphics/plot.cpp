@@ -42,7 +42,7 @@ std::optional<double> numberOf(std::string_view text) {
 class Plot {
  public:
   Plot(KvDbDatabase& database, const KvPlotOptions& options, KvGrCanvas& canvas)
-      : database_(database), options_(options), canvas_(canvas) {}
+      : database_(database), options_(options), canvas_(canvas), pictures_(database.folder()) {}
 
   KvPlotResult run() {
     block_ = database_.modelSpaceId();
@@ -50,6 +50,7 @@ class Plot {
     if (!choosePage() || !chooseView()) return result_;
     draw();
     result_.isPlotted = true;
+    result_.warnings = pictures_.takeWarnings();
     return result_;
   }
 
@@ -181,6 +182,7 @@ class Plot {
     if (isSheet_)
       for (const ViewportRecord& viewport : viewports()) drawViewport(viewport, linetypeScale);
     ViewLook look;
+    look.pictures = &pictures_;
     look.toPage = sheetToPage();
     look.dashScale = scale_ * linetypeScale;
     look.visible = visible_;
@@ -209,6 +211,7 @@ class Plot {
         KvGeMatrix3d::translation({viewport.center.x, viewport.center.y, 0}) * KvGeMatrix3d::scaling(zoom) *
         KvGeMatrix3d::translation({-viewport.viewCenter.x, -viewport.viewCenter.y, 0}) * toView;
     ViewLook look;
+    look.pictures = &pictures_;
     look.toPage = sheetToPage() * toSheet;
     look.frozenLayers = viewport.frozenLayers;
     // With PSLTSCALE dashes are as long in every viewport as on the sheet.
@@ -255,6 +258,7 @@ class Plot {
   KvDbDatabase& database_;
   const KvPlotOptions& options_;
   KvGrCanvas& canvas_;
+  kvgr::Pictures pictures_;
   KvPlotResult result_;
   LayoutRecord layout_;
   KvDbObjectId block_;

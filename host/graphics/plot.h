@@ -47,22 +47,24 @@ struct KvPlotOptions {
 /// What became of one plot.
 struct KvPlotResult {
   bool isPlotted = false;
-  std::string error;             ///< when it isn't
-  double width = 0, height = 0;  ///< of the page, millimetres
-  double scale = 0;              ///< millimetres for one drawing unit
-  KvGePoint2d origin;            ///< of the drawing, in millimetres on the page
+  std::string error;                  ///< when it isn't
+  std::vector<std::string> warnings;  ///< pictures that can't be shown, and why
+  double width = 0, height = 0;       ///< of the page, millimetres
+  double scale = 0;                   ///< millimetres for one drawing unit
+  KvGePoint2d origin;                 ///< of the drawing, in millimetres on the page
 };
 
 /// Draws one page on the canvas. Fails, with words, for an unknown layout, an empty drawing, a window without
 /// extent, a second page on a canvas that has one; nothing is begun then.
 KvPlotResult kvgrPlot(KvDbDatabase& database, const KvPlotOptions& options, KvGrCanvas& canvas);
 
-/// The form that goes with a file's name: ".svg", ".pdf", ".png" (at that many points per inch). Null for any other
-/// ending.
+/// The form that goes with a file's name: ".svg", ".pdf", ".png" (at that many points per inch). Null for any
+/// other ending.
 std::unique_ptr<KvGrCanvas> kvgrCanvasFor(const std::filesystem::path& file, double resolution = 150);
-/// One plot as a file, whole or not at all. False, with words, for another ending and for all that kvgrPlot refuses.
+/// One plot as a file, whole or not at all. False, with words, for another ending and for all that kvgrPlot
+/// refuses. `warnings`, where given, gets those of the plot.
 bool kvgrPlotToFile(KvDbDatabase& database, const KvPlotOptions& options, const std::filesystem::path& file,
-                    std::string& error);
+                    std::string& error, std::vector<std::string>* warnings = nullptr);
 
 /// The names of the layouts, in tab order, "Model" left out.
 std::vector<CString> kvgrLayoutNames(const KvDbDatabase& database);

@@ -11,13 +11,14 @@ std::unique_ptr<KvGrCanvas> kvgrCanvasFor(const std::filesystem::path& file, dou
 }
 
 bool kvgrPlotToFile(KvDbDatabase& database, const KvPlotOptions& options, const std::filesystem::path& file,
-                    std::string& error) {
+                    std::string& error, std::vector<std::string>* warnings) {
   const auto canvas = kvgrCanvasFor(file);
   if (!canvas) {
     error = "\"" + file.string() + "\": the plot's name ends in .svg, .pdf or .png";
     return false;
   }
   const KvPlotResult result = kvgrPlot(database, options, *canvas);
+  if (warnings) *warnings = result.warnings;
   if (!result.isPlotted) {
     error = file.string() + ": " + result.error;
     return false;

@@ -118,11 +118,47 @@ void PlotTracer::stroke(const KvGePoint3d* points, int count) {
 }
 
 void PlotTracer::fill(const KvGiArea& area) {
+  fillFlat(area, inkColor());
+}
+
+void PlotTracer::cover(const KvGiArea& area) {
+  fillFlat(area, options_.background);
+}
+
+void PlotTracer::fillFlat(const KvGiArea& area, std::uint32_t rgb) {
   flat_.clear();
   std::size_t total = 0;
   for (int i = 0; i < area.outlines; ++i) total += static_cast<std::size_t>(area.counts[i]);
   for (std::size_t i = 0; i < total; ++i) flat_.push_back(kvge::planar(area.points[i]));
-  canvas_.fill(flat_.data(), area.counts, area.outlines, inkColor());
+  canvas_.fill(flat_.data(), area.counts, area.outlines, rgb);
+}
+
+void PlotTracer::takeImage(const KvGiImage& image) {
+  const auto picture = look_.pictures ? look_.pictures->find(image.file) : nullptr;
+  if (!picture) {
+    drawImageFrame(image);
+    return;
+  }
+  canvas_.picture(picture, {image.width.x, image.width.y, image.height.x, image.height.y, image.origin.x,
+                            image.origin.y});
+}
+
+void PlotTracer::drawImageFrame(const KvGiImage& image) {
+  constexpr double kShare = 0.9, kHighest = 1.0 / 6;  // of the frame's width and height
+  const KvGePoint3d corners[] = {image.origin, image.origin + image.width,
+                                 image.origin + image.width + image.height, image.origin + image.height,
+                                 image.origin};
+  stroke(corners, 5);
+  const double width = image.width.length(), height = image.height.length();
+  KvGiTextLook look;
+  const KvLtLine line = kvltMeasureLine(look, image.file.view());
+  if (!(line.width() > 0) || !(width > 0) || !(height > 0)) return;
+  look.height = std::min(width * kShare / line.width(), height * kHighest);
+  look.isRaw = true;
+  const KvGeVector3d along = image.width / width, up = KvGeVector3d(-along.y, along.x, 0);
+  const KvGePoint3d middle = image.origin + (image.width + image.height) / 2;
+  const KvGePoint3d start = middle - along * (line.width() * look.height / 2) - up * (look.height / 2);
+  takeText(KvGeMatrix3d().setCoordSystem(start, along, up, KvGeVector3d::kZAxis), look, image.file);
 }
 
 bool PlotTracer::strokeConic(const KvGePoint3d& center, const KvGeVector3d& u, const KvGeVector3d& v,
@@ -219,6 +255,11 @@ void BoxTracer::fill(const KvGiArea& area) {
   const KvGePoint3d* at = area.points;
   for (int i = 0; i < area.outlines; ++i)
     for (int k = 0; k < area.counts[i]; ++k) box_.add(*at++);
+}
+void BoxTracer::takeImage(const KvGiImage& image) {
+  for (const KvGePoint3d& corner : {image.origin, image.origin + image.width, image.origin + image.height,
+                                    image.origin + image.width + image.height})
+    box_.add(corner);
 }
 bool BoxTracer::strokeConic(const KvGePoint3d& center, const KvGeVector3d& u, const KvGeVector3d& v,
                             double start, double sweep) {

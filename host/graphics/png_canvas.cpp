@@ -74,6 +74,29 @@ class PngCanvas : public KvGrCanvas {
     setColor(rgb);
     cairo_fill(cairo_.get());
   }
+  void picture(const std::shared_ptr<const KvGrPicture>& picture, const KvGrMatrix& m) override {
+    if (!cairo_) return;
+    const double w = picture->width, h = picture->height;
+    const KvGePoint2d corner(m.e + m.c, m.f + m.d);
+    cairo_matrix_t place{scale_ * m.a / w, -scale_ * m.b / w, -scale_ * m.c / h,
+                         scale_ * m.d / h, x(corner),         y(corner)};
+    // A matrix that can't be inverted would end all further drawing; so would one that Cairo's numbers can't
+    // hold.
+    constexpr double kLeast = 1e-4, kMost = 1e4;
+    const double area = std::fabs(place.xx * place.yy - place.xy * place.yx);
+    if (!(area > kLeast * kLeast && area < kMost * kMost)) return;
+    cairo_surface_t* source = cairo_image_surface_create_for_data(
+        reinterpret_cast<unsigned char*>(const_cast<std::uint32_t*>(picture->pixels.data())),
+        CAIRO_FORMAT_ARGB32, picture->width, picture->height, picture->width * 4);
+    cairo_save(cairo_.get());
+    cairo_transform(cairo_.get(), &place);
+    cairo_rectangle(cairo_.get(), 0, 0, w, h);
+    cairo_set_source_surface(cairo_.get(), source, 0, 0);
+    cairo_pattern_set_extend(cairo_get_source(cairo_.get()), CAIRO_EXTEND_PAD);
+    cairo_fill(cairo_.get());
+    cairo_restore(cairo_.get());
+    cairo_surface_destroy(source);
+  }
   void glyph(const KvLtGlyph& glyph, const KvGrMatrix& m, std::uint32_t rgb) override {
     if (!cairo_) return;
     const auto place = [&](KvGePoint2d p) {

@@ -16,6 +16,18 @@ constexpr double kGlyphUnits = 1000;  // for one capital's height
 /// A path grows no longer than this, so that readers needn't hold it whole.
 constexpr std::size_t kLongestPath = 1 << 16;
 
+/// RFC 4648.
+void putBase64(std::string& out, const std::string& bytes) {
+  constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  for (std::size_t i = 0; i < bytes.size(); i += 3) {
+    const std::size_t count = std::min<std::size_t>(3, bytes.size() - i);
+    std::uint32_t group = 0;
+    for (std::size_t k = 0; k < 3; ++k)
+      group = group << 8 | (k < count ? static_cast<unsigned char>(bytes[i + k]) : 0u);
+    for (std::size_t k = 0; k < 4; ++k) out += k <= count ? kDigits[(group >> (18 - 6 * k)) & 63u] : '=';
+  }
+}
+
 class SvgCanvas : public KvGrCanvas {
  public:
   void beginPage(double width, double height, std::uint32_t background) override {
@@ -88,6 +100,22 @@ class SvgCanvas : public KvGrCanvas {
     out_ += path_;
     out_ += "\"/>\n";
     path_.clear();
+  }
+
+  void picture(const std::shared_ptr<const KvGrPicture>& picture, const KvGrMatrix& m) override {
+    flush();
+    out_ += "<image width=\"1\" height=\"1\" preserveAspectRatio=\"none\" transform=\"matrix(";
+    // Rows of points run downwards, as the page does.
+    for (double v : {m.a, -m.b, -m.c, m.d}) {
+      put(out_, microns(v));
+      out_ += ' ';
+    }
+    put(out_, microns(m.c + m.e));
+    out_ += ' ';
+    put(out_, microns(height_ - m.d - m.f));
+    out_ += picture->isJpeg ? ")\" href=\"data:image/jpeg;base64," : ")\" href=\"data:image/png;base64,";
+    putBase64(out_, picture->file);
+    out_ += "\"/>\n";
   }
 
   void glyph(const KvLtGlyph& glyph, const KvGrMatrix& m, std::uint32_t rgb) override {

@@ -112,6 +112,7 @@ Kvad::ErrorStatus kvdbReadDrawing(KvDbDatabase& database, const std::filesystem:
     report.error = messageOf(platform::wideFromUtf8(status.message()));
     return statusOf(status);
   }
+  database.setFolder(std::filesystem::absolute(path).parent_path());
   return kvdbParseDrawing(database, bytes, report, mode);
 }
 

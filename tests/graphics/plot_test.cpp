@@ -32,7 +32,7 @@ class Paper : public KvGrCanvas {
   };
   std::vector<Stroke> strokes;
   std::vector<std::vector<KvGePoint2d>> clips;
-  std::vector<KvGrMatrix> glyphs;
+  std::vector<KvGrMatrix> glyphs, pictures;
   int fills = 0, open = 0, pages = 0;
 
   void beginPage(double, double, std::uint32_t) override { ++pages; }
@@ -47,6 +47,9 @@ class Paper : public KvGrCanvas {
     strokes.push_back({{poles, poles + total}, pen, open});
   }
   void fill(const KvGePoint2d*, const int*, int, std::uint32_t) override { ++fills; }
+  void picture(const std::shared_ptr<const KvGrPicture>&, const KvGrMatrix& place) override {
+    pictures.push_back(place);
+  }
   void glyph(const KvLtGlyph&, const KvGrMatrix& place, std::uint32_t) override { glyphs.push_back(place); }
   void pushClip(const std::vector<KvGePoint2d>& outline, bool) override {
     clips.push_back(outline);

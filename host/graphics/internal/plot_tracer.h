@@ -6,6 +6,7 @@
 #include "host/database/tracer.h"
 #include "host/graphics/canvas.h"
 #include "host/graphics/dashes.h"
+#include "host/graphics/internal/pictures.h"
 #include "host/graphics/plot.h"
 
 namespace kvgr {
@@ -16,6 +17,7 @@ struct ViewLook {
   double dashScale = 1;  ///< millimetres for a linetype's unit
   KvGeBox3d visible;     ///< on the page
   std::unordered_set<KvDbObjectId> frozenLayers;
+  Pictures* pictures = nullptr;
 };
 
 class PlotTracer : public KvGiTracer {
@@ -25,6 +27,9 @@ class PlotTracer : public KvGiTracer {
  protected:
   void stroke(const KvGePoint3d* points, int count) override;
   void fill(const KvGiArea& area) override;
+  bool isForPaper() const override { return true; }
+  void cover(const KvGiArea& area) override;
+  void takeImage(const KvGiImage& image) override;
   bool strokeConic(const KvGePoint3d& center, const KvGeVector3d& u, const KvGeVector3d& v, double start,
                    double sweep) override;
   bool strokeSegments(const KvGePoint3d* poles, const unsigned char* degrees, int count) override;
@@ -40,6 +45,9 @@ class PlotTracer : public KvGiTracer {
     bool hasTexts = false;
   };
   const Pattern* patternOf(KvDbObjectId linetype, double scale);
+  void fillFlat(const KvGiArea& area, std::uint32_t rgb);
+  /// In place of a picture that can't be shown: its outline and its name.
+  void drawImageFrame(const KvGiImage& image);
   void strokeFlat(std::span<const KvGePoint2d> points, bool isCurve);
   void drawSign(const KvDbLinetypeDash& dash, const KvGrDashPlace& place, double scale);
   KvGrPen pen();
@@ -63,6 +71,9 @@ class BoxTracer : public KvGiTracer {
  protected:
   void stroke(const KvGePoint3d* points, int count) override;
   void fill(const KvGiArea& area) override;
+  bool isForPaper() const override { return true; }
+  void cover(const KvGiArea& area) override { fill(area); }
+  void takeImage(const KvGiImage& image) override;
   bool strokeConic(const KvGePoint3d& center, const KvGeVector3d& u, const KvGeVector3d& v, double start,
                    double sweep) override;
   bool strokeSegments(const KvGePoint3d* poles, const unsigned char* degrees, int count) override;
