@@ -1,4 +1,5 @@
 // BLOCK and INSERT.
+#include "host/commands/internal/erased.h"
 #include "host/commands/internal/rows.h"
 #include "host/commands/internal/support.h"
 #include "host/database/block.h"
@@ -90,7 +91,7 @@ void runBlock() {
     change<KvDbEntity>(id, [&](KvDbEntity& entity) { entity.transformBy(toBlock); });
   change<KvDbBlockTableRecord>(block,
                                [](KvDbBlockTableRecord& record) { record.setOrigin(KvGePoint3d::kOrigin); });
-  erase(ids);
+  eraseForOops(ids);
 }
 
 /// A block of that name, or of the drawing file that the name is; null, with a word, when there is neither.
@@ -194,7 +195,30 @@ void addAttributes(KvDbObjectId reference, const KvDbBlockTableRecord& block) {
   }
 }
 
-void runInsert() {
+/// Rows and columns of a reference; false when the command is to end.
+bool askArray(KvDbBlockReference& reference) {
+  constexpr int kMost = 32767;
+  int rows = 1, columns = 1;
+  double rowSpacing = 0, columnSpacing = 0;
+  const auto count = [](const wchar_t* prompt, int& value) {
+    do {
+      if (Ask(prompt).flags(KVED_NOZERO | KVED_NONEG).whole(value) == Got::Cancelled) return false;
+      if (value > kMost) say(L"A number of at most 32767 expected.");
+    } while (value > kMost);
+    return true;
+  };
+  if (!count(L"\nEnter number of rows (---) <1>: ", rows) ||
+      !count(L"\nEnter number of columns (|||) <1>: ", columns))
+    return false;
+  if (rows > 1 && Ask(L"\nEnter distance between rows (---): ").distance(rowSpacing) != Got::Value)
+    return false;
+  if (columns > 1 && Ask(L"\nSpecify distance between columns (|||): ").distance(columnSpacing) != Got::Value)
+    return false;
+  reference.setArray(rows, columns, rowSpacing, columnSpacing);
+  return true;
+}
+
+void insertBlock(bool isArrayed) {
   if (!drawing()) return;
   KvEdVarValue last;
   CString name;
@@ -211,6 +235,7 @@ void runInsert() {
   }
   // A leading asterisk inserts the parts themselves.
   const bool wantsParts = name.GetAt(0) == L'*';
+  if (wantsParts && isArrayed) return fail(L"The parts of a block can't be set out in rows.");
   const KvDbObjectId block = blockToInsert(wantsParts ? name.Mid(1) : name);
   if (block.isNull()) return;
   if (usesBlock(block, drawing()->currentSpaceId())) {
@@ -223,6 +248,7 @@ void runInsert() {
   reference->setPosition(place.point);
   reference->setScaleFactors({place.x, place.y, place.z});
   reference->setRotation(place.rotation);
+  if (isArrayed && !askArray(*reference)) return;
   reference->transformBy(userToWorld());
   if (wantsParts) {
     KvDbVoidPtrArray parts;
@@ -233,6 +259,13 @@ void runInsert() {
   const KvDbObjectId id = add(std::move(reference));
   addAttributes(id, *look<KvDbBlockTableRecord>(block));
   editor()->variables().set(L"INSNAME", name);
+}
+
+void runInsert() {
+  insertBlock(false);
+}
+void runMinsert() {
+  insertBlock(true);
 }
 
 constexpr KvCommandRow kBlockRows[] = {
@@ -249,6 +282,11 @@ constexpr KvCommandRow kInsertRows[] = {
      L"[Scale/Rotate]:\nEnter X scale factor, specify opposite corner, or [Corner/XYZ] <1>:\nEnter Y scale "
      L"factor <use X "
      L"scale factor>:\nSpecify rotation angle <0>:\nthen the values of attributes"},
+    {L"MINSERT", L"", KVRX_CMD_MODAL, runMinsert, L"Places a block in rows and columns, as one object.",
+     L"Enter block name or [?]:\nSpecify insertion point or [Scale/Rotate]:\nEnter X scale factor, specify "
+     L"opposite corner, or [Corner/XYZ] <1>:\nEnter Y scale factor <use X scale factor>:\nSpecify rotation "
+     L"angle <0>:\nEnter number of rows (---) <1>:\nEnter number of columns (|||) <1>:\nEnter distance "
+     L"between rows (---):\nSpecify distance between columns (|||):\nthen the values of attributes"},
 };
 
 }  // namespace

@@ -1,109 +1,58 @@
-// ERASE and what takes steps back: UNDO, U, REDO.
+// ERASE, OOPS, SELECT.
+#include "host/commands/internal/erased.h"
 #include "host/commands/internal/rows.h"
 #include "host/commands/internal/support.h"
-#include "host/database/undo.h"
-#include "platform/text/number.h"
 
 namespace kvcmd {
 namespace {
 
+class LastErased : public KvDbAttachment {
+ public:
+  KvDbObjectIdArray ids;
+};
+
 void runErase() {
   const KvDbObjectIdArray ids = select();
-  erase(ids);
+  eraseForOops(ids);
 }
 
-constexpr KvCommandRow kEraseRows[] = {
+void runOops() {
+  if (!drawing()) return;
+  int back = 0;
+  for (KvDbObjectId id : drawing()->attachment<LastErased>().ids) {
+    KvDbEntity* entity = nullptr;
+    if (!id.isErased() || kvdbOpenObject(entity, id, KvDb::kForWrite, true) != Kvad::eOk) continue;
+    // What stood in a block that is gone stays with it.
+    const bool hasHome = entity->ownerId().isValid();
+    if (hasHome && entity->erase(false) == Kvad::eOk) ++back;
+    entity->close();
+  }
+  if (back == 0) say(L"There is nothing to bring back.");
+}
+
+void runSelect() {
+  if (drawing()) select(nullptr, true);
+}
+
+constexpr KvCommandRow kRows[] = {
     {L"ERASE", L"E DELETE", KVRX_CMD_USEPICKSET, runErase, L"Erases objects.",
      L"Select objects: (empty: ends)"},
-};
-
-/// A command's own changes are a step of their own; while steps are walked it has to be closed.
-class OutsideTheStep {
- public:
-  explicit OutsideTheStep(KvDbUndoRecorder& undo) : undo_(undo) { undo_.endGroup(); }
-  ~OutsideTheStep() { undo_.beginGroup(); }
-  OutsideTheStep(const OutsideTheStep&) = delete;
-  OutsideTheStep& operator=(const OutsideTheStep&) = delete;
-
- private:
-  KvDbUndoRecorder& undo_;
-};
-
-bool isNested() {
-  return editor() && editor()->runningCommands() > 1;
-}
-
-void stepBack(int count) {
-  KvDbUndoRecorder& undo = drawing()->undoRecorder();
-  const OutsideTheStep outside(undo);
-  int done = 0;
-  while (done < count && undo.undo()) ++done;
-  if (done < count) say(done == 0 ? L"Nothing to undo." : L"Everything has been undone.");
-}
-
-/// Inside another command a mark is a place in that command's own step.
-void runUndo() {
-  if (!drawing()) return;
-  KvDbUndoRecorder& undo = drawing()->undoRecorder();
-  CString reply;
-  Ask ask(L"\nEnter the number of operations to undo or [Mark/Back/BEgin/End] <1>: ");
-  if (ask.text(reply) == Got::Cancelled) return;
-  const CString keyword = kvedMatchKeyword(L"Mark Back BEgin End", reply);
-  if (keyword == L"Mark" || keyword == L"BEgin") {
-    if (isNested()) {
-      undo.setSavePoint();
-    } else {
-      const OutsideTheStep outside(undo);
-      undo.mark();
-    }
-  } else if (keyword == L"Back") {
-    if (isNested()) {
-      if (undo.hasSavePoint())
-        undo.rollBack();
-      else
-        say(L"There is no mark.");
-    } else {
-      const OutsideTheStep outside(undo);
-      undo.undoToMark();
-    }
-  } else if (keyword == L"End") {
-    if (isNested()) undo.releaseSavePoint();
-  } else {
-    const int count = reply.IsEmpty() ? 1 : _wtoi(reply);
-    if (count < 1)
-      fail(L"A number of operations expected.");
-    else if (isNested())
-      fail(L"Steps can't be undone while another command runs.");
-    else
-      stepBack(count);
-  }
-}
-
-void runU() {
-  if (drawing() && !isNested()) stepBack(1);
-}
-
-void runRedo() {
-  if (!drawing() || isNested()) return;
-  KvDbUndoRecorder& undo = drawing()->undoRecorder();
-  const OutsideTheStep outside(undo);
-  if (!undo.redo()) say(L"Nothing to redo.");
-}
-
-constexpr KvCommandRow kUndoRows[] = {
-    {L"U", L"", KVRX_CMD_MODAL, runU, L"Takes the last command back.", L""},
-    {L"UNDO", L"", KVRX_CMD_MODAL, runUndo, L"Takes commands back, by number or to a mark.",
-     L"Enter the number of operations to undo or [Mark/Back/BEgin/End] <1>:"},
-    {L"REDO", L"MREDO", KVRX_CMD_MODAL, runRedo, L"Brings back what was undone last.", L""},
+    {L"OOPS", L"", KVRX_CMD_MODAL, runOops,
+     L"Brings back what ERASE, BLOCK or WBLOCK took away last, and leaves all that was drawn since.", L""},
+    {L"SELECT", L"", KVRX_CMD_USEPICKSET, runSelect,
+     L"Selects objects, which the next command finds as the previous set (P).", L"Select objects:"},
 };
 
 }  // namespace
 
-std::span<const KvCommandRow> eraseRows() {
-  return kEraseRows;
+void eraseForOops(const KvDbObjectIdArray& ids) {
+  if (ids.isEmpty()) return;
+  erase(ids);
+  drawing()->attachment<LastErased>().ids = ids;
 }
-std::span<const KvCommandRow> undoRows() {
-  return kUndoRows;
+
+std::span<const KvCommandRow> eraseRows() {
+  return kRows;
 }
 
 }  // namespace kvcmd

@@ -8,6 +8,28 @@
 #include "host/geometry/line.h"
 
 namespace kvcmd {
+
+void extendPolyline(KvDbPolyline& polyline, const KvGePoint3d& to, bool atEnd) {
+  const int last = polyline.numVerts() - 1, segment = atEnd ? last - 1 : 0;
+  const KvGePoint3d local = KvGeMatrix3d::worldToPlane(polyline.normal()) * to;
+  double bulge = 0;
+  polyline.getBulgeAt(segment, bulge);
+  if (bulge != 0) {
+    KvGePoint2d from, end;
+    KvGeCircArc3d arc;
+    polyline.getArcSegAt(segment, arc);
+    polyline.getPointAt(segment, from);
+    polyline.getPointAt(segment + 1, end);
+    const KvGePoint3d middle = KvGeMatrix3d::worldToPlane(polyline.normal()) * arc.center();
+    const KvGePoint2d center(middle.x, middle.y), target(local.x, local.y);
+    const double a = ((atEnd ? from : target) - center).angle(),
+                 b = ((atEnd ? target : end) - center).angle();
+    const double sweep = kvge::normalizedAngle(bulge > 0 ? b - a : a - b);
+    polyline.setBulgeAt(segment, (bulge > 0 ? 1 : -1) * std::tan(sweep / 4));
+  }
+  polyline.setPointAt(atEnd ? last : 0, {local.x, local.y});
+}
+
 namespace {
 
 /// The bearing of a world point in an arc's plane.
@@ -49,27 +71,6 @@ std::optional<KvGePoint3d> firstBeyond(const KvDbCurve& curve, bool atEnd, const
     }
   }
   return best;
-}
-
-void extendPolyline(KvDbPolyline& polyline, const KvGePoint3d& to, bool atEnd) {
-  const int last = polyline.numVerts() - 1, segment = atEnd ? last - 1 : 0;
-  const KvGePoint3d local = KvGeMatrix3d::worldToPlane(polyline.normal()) * to;
-  double bulge = 0;
-  polyline.getBulgeAt(segment, bulge);
-  if (bulge != 0) {
-    KvGePoint2d from, end;
-    KvGeCircArc3d arc;
-    polyline.getArcSegAt(segment, arc);
-    polyline.getPointAt(segment, from);
-    polyline.getPointAt(segment + 1, end);
-    const KvGePoint3d middle = KvGeMatrix3d::worldToPlane(polyline.normal()) * arc.center();
-    const KvGePoint2d center(middle.x, middle.y), target(local.x, local.y);
-    const double a = ((atEnd ? from : target) - center).angle(),
-                 b = ((atEnd ? target : end) - center).angle();
-    const double sweep = kvge::normalizedAngle(bulge > 0 ? b - a : a - b);
-    polyline.setBulgeAt(segment, (bulge > 0 ? 1 : -1) * std::tan(sweep / 4));
-  }
-  polyline.setPointAt(atEnd ? last : 0, {local.x, local.y});
 }
 
 /// Draws the end that is nearer to a point (world) out to the first edge.

@@ -126,15 +126,13 @@ void setLinetype() {
 void setWeight() {
   double weight = 0;
   if (Ask(L"\nEnter lineweight (0.0mm - 2.11mm): ").flags(KVED_NONEG).real(weight) != Got::Value) return;
-  constexpr double kWidest = 2.11, kHundredths = 100;
+  constexpr double kWidest = 2.11;
   if (weight > kWidest) {
     fail(L"A line weight of at most 2.11 mm expected.");
     return;
   }
   changeLayers(L"\nEnter name list of layer(s) for the lineweight <current>: ",
-               [&](KvDbLayerTableRecord& layer) {
-                 layer.setLineWeight(static_cast<KvDb::LineWeight>(weight * kHundredths + 0.5));
-               });
+               [&](KvDbLayerTableRecord& layer) { layer.setLineWeight(lineWeightOf(weight)); });
 }
 
 void setPlot() {

@@ -1,5 +1,6 @@
 // OFFSET, JOIN, STRETCH.
 #include "host/commands/internal/flatcurve.h"
+#include "host/commands/internal/polychain.h"
 #include "host/commands/internal/rows.h"
 #include "host/commands/internal/trimming.h"
 #include "host/entities/blockreference.h"
@@ -13,24 +14,7 @@
 namespace kvcmd {
 namespace {
 
-using Vertex = KvDbPolyline::Vertex;
-
-std::vector<Vertex> verticesOf(const KvDbPolyline& polyline) {
-  std::vector<Vertex> vertices(static_cast<std::size_t>(polyline.numVerts()));
-  for (int i = 0; i < polyline.numVerts(); ++i) {
-    Vertex& v = vertices[static_cast<std::size_t>(i)];
-    polyline.getPointAt(i, v.point);
-    polyline.getBulgeAt(i, v.bulge);
-    polyline.getWidthsAt(i, v.startWidth, v.endWidth);
-  }
-  return vertices;
-}
-
-void setVertices(KvDbPolyline& polyline, const std::vector<Vertex>& vertices) {
-  while (polyline.numVerts() > 0) polyline.removeVertexAt(polyline.numVerts() - 1);
-  for (const Vertex& v : vertices)
-    polyline.addVertexAt(polyline.numVerts(), v.point, v.bulge, v.startWidth, v.endWidth);
-}
+using Vertex = PolyChainVertex;
 
 /// A segment of a polyline moved sideways, to the left when positive; its bulge keeps its sign.
 struct Moved {
@@ -207,61 +191,6 @@ void runOffset() {
     onCurrentLayer ? add(std::move(made)) : addBeside(id, std::move(made));
     if (erases) change<KvDbEntity>(id, [](KvDbEntity& entity) { entity.erase(); });
   }
-}
-
-/// An open curve as the vertices of a polyline in the user system's plane; the last one ends it. Empty for
-/// what can't be part of one.
-std::vector<Vertex> chainOf(KvDbObjectId id) {
-  const KvGeMatrix3d toFlat = userToWorld().inverse();
-  if (const auto* polyline = look<KvDbPolyline>(id)) {
-    if (polyline->isClosed() || std::fabs(std::fabs(polyline->normal().dotProduct(userNormal())) - 1) > 1e-9)
-      return {};
-    std::vector<Vertex> vertices = verticesOf(*polyline);
-    const bool isTurned = polyline->normal().dotProduct(userNormal()) < 0;
-    for (std::size_t i = 0; i < vertices.size(); ++i) {
-      KvGePoint3d world;
-      polyline->getPointAt(static_cast<int>(i), world);
-      vertices[i].point = kvge::planar(toFlat * world);
-      if (isTurned) vertices[i].bulge = -vertices[i].bulge;
-    }
-    return vertices;
-  }
-  const auto flat = flatCurveOf(id);
-  if (!flat || flat->kind == FlatCurve::Kind::Circle) return {};
-  Vertex first{flat->start}, last{flat->end};
-  if (flat->isRound())
-    first.bulge = std::tan(
-        kvge::normalizedAngle((flat->end - flat->center).angle() - (flat->start - flat->center).angle()) / 4);
-  return {first, last};
-}
-
-void reverse(std::vector<Vertex>& chain) {
-  std::vector<Vertex> turned(chain.rbegin(), chain.rend());
-  for (std::size_t i = 0; i + 1 < turned.size(); ++i) {
-    const Vertex& segment = chain[chain.size() - 2 - i];
-    turned[i].bulge = -segment.bulge;
-    turned[i].startWidth = segment.endWidth;
-    turned[i].endWidth = segment.startWidth;
-  }
-  turned.back().bulge = 0;
-  chain.swap(turned);
-}
-
-/// Puts `more` to an end of the chain that it touches; false when it touches none.
-bool attach(std::vector<Vertex>& chain, std::vector<Vertex> more) {
-  constexpr double kTouch = 1e-6;
-  const auto meets = [&](KvGePoint2d a, KvGePoint2d b) { return a.distanceTo(b) < kTouch; };
-  if (meets(chain.front().point, more.front().point) || meets(chain.front().point, more.back().point)) {
-    if (meets(chain.front().point, more.front().point)) reverse(more);
-    more.pop_back();
-    chain.insert(chain.begin(), more.begin(), more.end());
-    return true;
-  }
-  if (meets(chain.back().point, more.back().point)) reverse(more);
-  if (!meets(chain.back().point, more.front().point)) return false;
-  chain.pop_back();
-  chain.insert(chain.end(), more.begin(), more.end());
-  return true;
 }
 
 /// Lines on one line become one from the farthest end to the farthest.

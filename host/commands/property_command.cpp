@@ -65,19 +65,9 @@ void changeScale(const KvDbObjectIdArray& ids) {
 }
 
 void changeWeight(const KvDbObjectIdArray& ids) {
-  constexpr double kWidest = 2.11, kHundredths = 100;
-  double weight = 0;
-  Ask ask(L"\nEnter new lineweight in mm or [ByLayer/ByBlock/DEFAULT] <ByLayer>: ");
-  const Got got = ask.keywords(L"ByLayer ByBlock DEFAULT").flags(KVED_NONEG).real(weight);
-  if (got == Got::Cancelled) return;
-  auto value = KvDb::kLnWtByLayer;
-  if (got == Got::Keyword && ask.keyword == L"ByBlock") value = KvDb::kLnWtByBlock;
-  if (got == Got::Keyword && ask.keyword == L"DEFAULT") value = KvDb::kLnWtByLwDefault;
-  if (got == Got::Value) {
-    if (weight > kWidest) return say(L"A line weight of at most 2.11 mm expected.");
-    value = static_cast<KvDb::LineWeight>(weight * kHundredths + 0.5);
-  }
-  changeEach(ids, [&](KvDbEntity& entity) { entity.setLineWeight(value); });
+  const auto weight = askLineWeight(L"\nEnter new lineweight in mm or [ByLayer/ByBlock/DEFAULT] <ByLayer>: ",
+                                    KvDb::kLnWtByLayer);
+  if (weight) changeEach(ids, [&](KvDbEntity& entity) { entity.setLineWeight(*weight); });
 }
 
 void changeThickness(const KvDbObjectIdArray& ids) {

@@ -1,6 +1,7 @@
 // LINETYPE, STYLE, DIMSTYLE, GROUP, RENAME, PURGE.
 #include "host/base/wcmatch.h"
 #include "host/commands/internal/dimstyle.h"
+#include "host/commands/internal/records.h"
 #include "host/commands/internal/rows.h"
 #include "host/commands/internal/support.h"
 #include "host/database/block.h"
@@ -23,10 +24,7 @@ KvDbDimVars presentDimVars() {
   return vars;
 }
 
-namespace {
-
-/// Records of a table whose names match a list of names and patterns.
-KvDbObjectIdArray matching(KvDbTable table, CString patterns) {
+KvDbObjectIdArray recordsMatching(KvDbTable table, CString patterns) {
   KvDbObjectIdArray ids;
   patterns.MakeUpper();
   if (const auto* all = look<KvDbSymbolTable>(drawing()->tableId(table)))
@@ -35,24 +33,23 @@ KvDbObjectIdArray matching(KvDbTable table, CString patterns) {
   return ids;
 }
 
-void listRecords(KvDbTable table, const wchar_t* prompt) {
-  CString pattern = L"*";
-  if (Ask(prompt).text(pattern) == Got::Cancelled) return;
-  for (KvDbObjectId id : matching(table, pattern)) say(kvdbRecordName(id));
-}
-
-/// A new record under a name; null, with a word, for a name that no table takes.
-template <class Record>
-KvDbObjectId makeRecord(KvDbTable where, const CString& name) {
+KvDbObjectId addRecord(KvDbTable where, std::unique_ptr<KvDbSymbolTableRecord> record, const CString& name) {
   KvDbSymbolTable* table = nullptr;
   KvDbObjectId id;
   if (kvdbOpenObject(table, drawing()->tableId(where), KvDb::kForWrite) != Kvad::eOk) return id;
-  auto record = std::make_unique<Record>();
   if (record->setName(name) == Kvad::eOk && table->add(id, record.get()) == Kvad::eOk)
     record.release()->close();
   table->close();
   if (id.isNull()) fail(L"\"" + name + L"\" is no name for that.");
   return id;
+}
+
+namespace {
+
+void listRecords(KvDbTable table, const wchar_t* prompt) {
+  CString pattern = L"*";
+  if (Ask(prompt).text(pattern) == Got::Cancelled) return;
+  for (KvDbObjectId id : recordsMatching(table, pattern)) say(kvdbRecordName(id));
 }
 
 void loadLinetypes() {
@@ -347,7 +344,7 @@ bool isCurrent(KvDbObjectId id) {
 /// False when the user breaks off.
 bool purgeKind(KvDbTable table, const CString& names, bool verifies, int& purged) {
   KvDbObjectIdArray ids;
-  for (KvDbObjectId id : matching(table, names)) {
+  for (KvDbObjectId id : recordsMatching(table, names)) {
     const auto* block = look<KvDbBlockTableRecord>(id);
     if (!isFixed(table, kvdbRecordName(id)) && !isCurrent(id) &&
         !(block && (block->isSpace() || block->isLayout())))

@@ -1,4 +1,4 @@
-// HELP, SETVAR, SCRIPT, DELAY, REGEN, REDRAW, ZOOM, AUDIT.
+// HELP, SETVAR, SCRIPT, DELAY, REGEN, REDRAW, AUDIT.
 #include <chrono>
 #include <thread>
 #include <utility>
@@ -150,143 +150,6 @@ void runRedraw() {
   kvedRedraw(nullptr, 0);
 }
 
-/// Views that ZOOM came from, in each drawing.
-class ViewHistory : public KvDbAttachment {
- public:
-  std::vector<KvEdView> views;
-};
-
-void show(const KvEdView& view) {
-  constexpr std::size_t kMostViews = 10;
-  const KvEdView before = kvedViewOf(*drawing());
-  if (kvedSetViewOf(*drawing(), view) != Kvad::eOk) return fail(L"There is no such view.");
-  auto& views = drawing()->attachment<ViewHistory>().views;
-  views.push_back(before);
-  if (views.size() > kMostViews) views.erase(views.begin());
-  kvedUpdateDisplay();
-}
-
-/// The view with all of a box (world coordinates) in it.
-void showBox(KvEdView view, const KvDbExtents& box) {
-  const auto& size = editor()->screen().size;
-  const double screenRatio = static_cast<double>(size.width) / size.height;
-  const KvGeMatrix3d toView = view.worldToView();
-  KvGePoint2d low(INFINITY, INFINITY), high(-INFINITY, -INFINITY);
-  const KvGePoint3d ends[2] = {box.minPoint(), box.maxPoint()};
-  for (int i = 0; i < 8; ++i) {
-    const KvGePoint3d at = toView * KvGePoint3d(ends[i & 1].x, ends[i >> 1 & 1].y, ends[i >> 2].z);
-    low = {std::min(low.x, at.x), std::min(low.y, at.y)};
-    high = {std::max(high.x, at.x), std::max(high.y, at.y)};
-  }
-  constexpr double kRoom = 1.05;
-  const double height = std::max(high.y - low.y, (high.x - low.x) / screenRatio) * kRoom;
-  if (height > 0) view.height = height;
-  view.center = {(low.x + high.x) / 2, (low.y + high.y) / 2};
-  show(view);
-}
-
-std::optional<KvDbExtents> extentsOfSpace() {
-  KvDbExtents all;
-  if (const auto* space = look<KvDbBlockTableRecord>(drawing()->currentSpaceId()))
-    for (KvDbObjectId id : space->entities()) {
-      KvDbExtents own;
-      if (look<KvDbEntity>(id)->getGeomExtents(own) == Kvad::eOk) all.addExt(own);
-    }
-  return all.isEmpty() ? std::nullopt : std::optional(all);
-}
-
-void zoomExtents(bool withLimits) {
-  KvDbExtents box;
-  if (const auto all = extentsOfSpace()) box = *all;
-  if (withLimits || box.isEmpty()) {
-    const auto low = variable(L"LIMMIN", KvEdVarPoint{}),
-               high = variable(L"LIMMAX", KvEdVarPoint{420, 297, 0});
-    box.addPoint({low.x, low.y, 0});
-    box.addPoint({high.x, high.y, 0});
-  }
-  showBox(kvedViewOf(*drawing()), box);
-}
-
-void zoomPrevious() {
-  auto& views = drawing()->attachment<ViewHistory>().views;
-  if (views.empty()) return say(L"There is no previous view.");
-  kvedSetViewOf(*drawing(), views.back());
-  views.pop_back();
-  kvedUpdateDisplay();
-}
-
-void zoomCenter() {
-  KvEdView view = kvedViewOf(*drawing());
-  KvGePoint3d center;
-  if (Ask(L"\nSpecify center point: ").point(center) != Got::Value) return;
-  CString reply;
-  if (Ask(L"\nEnter magnification or height <" + numberText(view.height) + L">: ").text(reply) ==
-      Got::Cancelled)
-    return;
-  double value = view.height;
-  const bool isFactor = reply.GetLength() > 1 && (reply.Right(1) == L"x" || reply.Right(1) == L"X");
-  if (!reply.IsEmpty() &&
-      !platform::parseWhole((isFactor ? reply.Left(reply.GetLength() - 1) : reply).view(), value))
-    return fail(L"\"" + reply + L"\" is no height.");
-  if (!(value > 0)) return fail(L"A height above 0 expected.");
-  const KvGePoint3d at = view.worldToView() * toWorld(center);
-  view.center = {at.x, at.y};
-  view.height = isFactor ? view.height / value : value;
-  show(view);
-}
-
-/// A factor: of the limits' view when it stands alone, of the present one behind an x.
-void zoomBy(CString text) {
-  KvEdView view = kvedViewOf(*drawing());
-  double factor = 0;
-  const bool isOfView = text.GetLength() > 1 && (text.Right(1) == L"x" || text.Right(1) == L"X");
-  if (isOfView) text = text.Left(text.GetLength() - 1);
-  if (!platform::parseWhole(text.view(), factor) || !(factor > 0))
-    return fail(L"A scale factor (nX of the present view) or an option expected.");
-  if (!isOfView) {
-    const auto low = variable(L"LIMMIN", KvEdVarPoint{}),
-               high = variable(L"LIMMAX", KvEdVarPoint{420, 297, 0});
-    if (high.y > low.y) view.height = high.y - low.y;
-  }
-  view.height /= factor;
-  show(view);
-}
-
-void zoomWindow(const KvGePoint3d& first, const KvGePoint3d& second) {
-  if (flatDistance(first, second) == 0) return fail(L"Two different corners expected.");
-  KvDbExtents box;
-  box.addPoint(toWorld(first));
-  box.addPoint(toWorld({second.x, second.y, first.z}));
-  showBox(kvedViewOf(*drawing()), box);
-}
-
-void runZoom() {
-  if (!drawing()) return;
-  KvGePoint3d first, second;
-  Ask ask(
-      L"\nSpecify corner of window, enter a scale factor (nX), or [All/Center/Extents/Previous/Scale/Window] "
-      L"<Extents>: ");
-  ask.keywords(L"All Center Extents Previous Scale Window").flags(KVED_ARBITRARY);
-  Got got = ask.point(first);
-  if (got == Got::Value) {
-    if (Ask(L"\nSpecify opposite corner: ").corner(first, second) == Got::Value) zoomWindow(first, second);
-    return;
-  }
-  if (got == Got::Cancelled) return;
-  if (got == Got::Nothing || ask.keyword == L"Extents") return zoomExtents(false);
-  if (ask.keyword == L"All") return zoomExtents(true);
-  if (ask.keyword == L"Previous") return zoomPrevious();
-  if (ask.keyword == L"Center") return zoomCenter();
-  if (ask.keyword == L"Window") {
-    if (Ask(L"\nSpecify first corner: ").point(first) != Got::Value) return;
-    if (Ask(L"\nSpecify opposite corner: ").corner(first, second) == Got::Value) zoomWindow(first, second);
-    return;
-  }
-  CString factor = ask.keyword;
-  if (factor == L"Scale" && Ask(L"\nEnter a scale factor (nX): ").text(factor) != Got::Value) return;
-  zoomBy(factor);
-}
-
 void runAudit() {
   if (!drawing()) return;
   KvDbDatabase copy(false, true);
@@ -303,7 +166,7 @@ void runAudit() {
     say(text + finding.text);
   }
   const std::uint64_t total = audit.errorCount() + report.repairsLeftOut;
-  text.Format(L"%d faults found", static_cast<int>(total));
+  text.Format(total == 1 ? L"%d fault found" : L"%d faults found", static_cast<int>(total));
   say(text);
   if (total > 0) say(L"\"korvane audit --fix\" mends the saved file.");
 }
@@ -320,10 +183,6 @@ constexpr KvCommandRow kRows[] = {
     {L"SETVAR", L"SET", KVRX_CMD_TRANSPARENT, runSetvar,
      L"Shows and changes system variables; a variable's name typed as a command does so too.",
      L"Enter variable name or [?]:\nEnter new value for NAME <>: (empty: stays; a point empties a text)"},
-    {L"ZOOM", L"Z", KVRX_CMD_TRANSPARENT, runZoom, L"Shows more or less of the drawing.",
-     L"Specify corner of window, enter a scale factor (nX), or [All/Center/Extents/Previous/Scale/Window] "
-     L"<Extents>:\nSpecify opposite corner:\nSpecify center point: (after Center)\nEnter magnification or "
-     L"height <>: (after Center)"},
 };
 
 }  // namespace

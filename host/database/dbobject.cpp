@@ -275,9 +275,14 @@ void KvDbObject::writeAppGroups(KvDxfWriter& writer) const {
     for (const KvDxfGroup& group : block.groups) writer.group(group);
     writer.text(kAppGroupCode, L"}");
   }
-  if (!extra_->reactors.isEmpty()) {
+  // An object that was erased since is told of nothing any more; one that was never there stays, as the file
+  // has it.
+  KvDbObjectIdArray reactors;
+  for (KvDbObjectId id : extra_->reactors)
+    if (!id.isErased()) reactors.append(id);
+  if (!reactors.isEmpty()) {
     writer.text(kAppGroupCode, L"{ACAD_REACTORS");
-    for (KvDbObjectId id : extra_->reactors) writer.handle(330, id);
+    for (KvDbObjectId id : reactors) writer.handle(330, id);
     writer.text(kAppGroupCode, L"}");
   }
   if (!extra_->extensionDictionary.isNull()) {

@@ -162,8 +162,31 @@ class KvDbDimStyleTable : public KvDbSymbolTable {
   const KvRxClass* recordClass() const override { return KvDbDimStyleTableRecord::desc(); }
 };
 
-class KvDbViewTableRecord : public KvDbSymbolTableRecord {
+/// A record whose groups are kept one by one and read by their codes, of which each stands for one value.
+class KvDbStoredTableRecord : public KvDbSymbolTableRecord {
+  KVRX_DECLARE(KvDbStoredTableRecord)
+ public:
+  /// The default where the record lacks the group. Angles in degrees, as in files.
+  KvGePoint3d storedPoint(int code, const KvGePoint3d& standard) const;
+  double storedReal(int code, double standard) const;
+  int storedWhole(int code, int standard) const;
+  /// Replaces the group, or puts it behind the others; the record must be open for write.
+  void setStoredPoint(int code, const KvGePoint3d& point, int dimensions);
+  void setStoredReal(int code, double value);
+  void setStoredWhole(int code, int value);
+
+ private:
+  void store(const KvDxfGroup& group);
+};
+
+/// A named view: 10 centre and 40, 41 height and width in view coordinates, 11 direction to the eye, 12
+/// target, 42 lens length, 43, 44 clipping planes, 50 twist in degrees, 71 view mode; flag 1: of a layout.
+class KvDbViewTableRecord : public KvDbStoredTableRecord {
   KVRX_DECLARE(KvDbViewTableRecord)
+ public:
+  bool isOfLayout() const { return (flags_ & 1) != 0; }
+  void setIsOfLayout(bool is);
+
  protected:
   const wchar_t* fileMarker() const override { return L"AcDbViewTableRecord"; }
 };
@@ -174,7 +197,8 @@ class KvDbViewTable : public KvDbSymbolTable {
   const KvRxClass* recordClass() const override { return KvDbViewTableRecord::desc(); }
 };
 
-class KvDbUCSTableRecord : public KvDbSymbolTableRecord {
+/// A named coordinate system: 10 origin, 11 and 12 the directions of X and Y, world coordinates.
+class KvDbUCSTableRecord : public KvDbStoredTableRecord {
   KVRX_DECLARE(KvDbUCSTableRecord)
  protected:
   const wchar_t* fileMarker() const override { return L"AcDbUCSTableRecord"; }
@@ -186,21 +210,12 @@ class KvDbUCSTable : public KvDbSymbolTable {
   const KvRxClass* recordClass() const override { return KvDbUCSTableRecord::desc(); }
 };
 
-/// A tiled viewport. Several may bear one name. Its groups are kept one by one and read by code: 12 centre in
-/// view coordinates, 16 direction to the eye, 17 target, 40 height, 51 twist in degrees, and more.
-class KvDbViewportTableRecord : public KvDbSymbolTableRecord {
+/// A tiled viewport. Several may bear one name. 12 centre in view coordinates, 16 direction to the eye, 17
+/// target, 40 height, 51 twist in degrees, and more.
+class KvDbViewportTableRecord : public KvDbStoredTableRecord {
   KVRX_DECLARE(KvDbViewportTableRecord)
- public:
-  KvGePoint3d storedPoint(int code, const KvGePoint3d& standard) const;
-  double storedReal(int code, double standard) const;
-  void setStoredPoint(int code, const KvGePoint3d& point, int dimensions);
-  void setStoredReal(int code, double value);
-
  protected:
   const wchar_t* fileMarker() const override { return L"AcDbViewportTableRecord"; }
-
- private:
-  void store(const KvDxfGroup& group);
 };
 
 class KvDbViewportTable : public KvDbSymbolTable {

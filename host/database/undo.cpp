@@ -50,6 +50,21 @@ void KvDbUndoRecorder::endGroup(bool keep) {
   done_.push_back(std::move(current_));
   current_ = Group();
   undone_.clear();
+  keepToLimit();
+}
+
+void KvDbUndoRecorder::keepToLimit() {
+  if (limit_ < 0 || done_.size() <= static_cast<std::size_t>(limit_)) return;
+  const std::size_t gone = done_.size() - static_cast<std::size_t>(limit_);
+  done_.erase(done_.begin(), done_.begin() + static_cast<std::ptrdiff_t>(gone));
+  for (std::size_t& mark : marks_) mark = mark > gone ? mark - gone : 0;
+  if (gatheredFrom_) gatheredFrom_ = *gatheredFrom_ > gone ? *gatheredFrom_ - gone : 0;
+}
+
+void KvDbUndoRecorder::setLimit(int steps) {
+  limit_ = steps;
+  if (limit_ == 0) undone_.clear();
+  keepToLimit();
 }
 
 void KvDbUndoRecorder::setSavePoint() {
@@ -123,6 +138,7 @@ bool KvDbUndoRecorder::undo() {
   undone_.push_back(std::move(done_.back()));
   done_.pop_back();
   while (!marks_.empty() && marks_.back() > done_.size()) marks_.pop_back();
+  if (gatheredFrom_ && *gatheredFrom_ > done_.size()) gatheredFrom_.reset();
   return true;
 }
 
@@ -138,17 +154,46 @@ void KvDbUndoRecorder::mark() {
   marks_.push_back(done_.size());
 }
 
-void KvDbUndoRecorder::undoToMark() {
-  if (depth_ > 0) return;
-  const std::size_t target = marks_.empty() ? 0 : marks_.back();
+int KvDbUndoRecorder::undoToMark() {
+  if (depth_ > 0) return 0;
+  const std::size_t before = done_.size(), target = marks_.empty() ? 0 : marks_.back();
   if (!marks_.empty()) marks_.pop_back();
   while (done_.size() > target) undo();
+  return static_cast<int>(before - target);
+}
+
+bool KvDbUndoRecorder::beginGathering() {
+  if (depth_ > 0 || gatheredFrom_) return false;
+  gatheredFrom_ = done_.size();
+  return true;
+}
+
+void KvDbUndoRecorder::join(Group& group, const Group& behind) {
+  const auto offset = static_cast<std::uint32_t>(group.bytes.size());
+  group.bytes.insert(group.bytes.end(), behind.bytes.begin(), behind.bytes.end());
+  for (Entry entry : behind.entries) {
+    entry.offset += offset;
+    group.entries.push_back(entry);
+  }
+}
+
+bool KvDbUndoRecorder::endGathering() {
+  if (depth_ > 0 || !gatheredFrom_) return false;
+  const std::size_t first = *gatheredFrom_;
+  gatheredFrom_.reset();
+  if (done_.size() <= first + 1) return true;
+  for (std::size_t i = first + 1; i < done_.size(); ++i) join(done_[first], done_[i]);
+  done_.resize(first + 1);
+  // Marks that stood between the steps have no place any more.
+  std::erase_if(marks_, [&](std::size_t mark) { return mark > first + 1; });
+  return true;
 }
 
 void KvDbUndoRecorder::clear() {
   done_.clear();
   undone_.clear();
   marks_.clear();
+  gatheredFrom_.reset();
 }
 
 std::size_t KvDbUndoRecorder::memory() const {

@@ -5,6 +5,7 @@
 // states back and keeps the present ones for redo. Objects that came into being are erased by undo and
 // brought back by redo; they stay in memory, so their ids stay good. Changes outside a group make no step.
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "host/database/dbobject.h"
@@ -35,7 +36,18 @@ class KvDbUndoRecorder {
   /// A place to come back to; undoToMark undoes all steps since the last one and takes it away. Without a
   /// mark it undoes everything.
   void mark();
-  void undoToMark();
+  /// The number of steps that it took back.
+  int undoToMark();
+  /// Marks that stand now.
+  int markCount() const { return static_cast<int>(marks_.size()); }
+  /// From here on steps are gathered; the end makes one step of them. Undoing past the beginning ends the
+  /// gathering. False when steps are being gathered already, or are not; inside a group.
+  bool beginGathering();
+  bool endGathering();
+  bool isGathering() const { return gatheredFrom_.has_value(); }
+  /// How many steps are kept at most, the oldest go first; 0 keeps none. Below 0: all.
+  void setLimit(int steps);
+  int limit() const { return limit_; }
   /// Forgets all steps.
   void clear();
   /// Bytes that the kept states take.
@@ -60,11 +72,16 @@ class KvDbUndoRecorder {
     std::size_t entries, bytes;
   };
   static void exchange(Group& group, bool backwards);
+  /// The group behind another one, as one.
+  static void join(Group& group, const Group& behind);
+  void keepToLimit();
 
   std::vector<Group> done_, undone_;
   std::vector<std::size_t> marks_;  // numbers of steps at the marks
   Group current_;
   std::vector<SavePoint> savePoints_;
+  std::optional<std::size_t> gatheredFrom_;  // the number of steps where gathering began
+  int limit_ = -1;
   std::uint32_t serial_ = 0;
   int depth_ = 0;
 };

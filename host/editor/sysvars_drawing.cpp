@@ -297,6 +297,93 @@ double calendarDate() {
          (now.second + now.millisecond / 1000.0) / 1e6;
 }
 
+// Groups of a viewport's record that are variables.
+enum VportCode {
+  kSnapBase = 13,
+  kSnapUnit = 14,
+  kGridUnit = 15,
+  kSnapAngle = 50,
+  kSnapOn = 75,
+  kGridOn = 76
+};
+
+/// The active viewport's record; null when the drawing has none.
+KvDbObjectId activeViewport() {
+  return drawing() ? drawing()->recordId(KvDbTable::Viewport, L"*Active") : KvDbObjectId();
+}
+const KvDbViewportTableRecord* viewportRecord() {
+  const KvDbObjectId id = activeViewport();
+  return id.isValid() ? KvDbViewportTableRecord::cast(const_cast<const KvDbObject*>(id.stub()->object))
+                      : nullptr;
+}
+template <class Work>
+bool changeViewport(const Work& work) {
+  KvDbViewportTableRecord* record = nullptr;
+  if (kvdbOpenObject(record, activeViewport(), KvDb::kForWrite) != Kvad::eOk) return false;
+  work(*record);
+  record->close();
+  return true;
+}
+
+/// Variables that stand in the record of the active viewport.
+void defineDrawingAids(KvEdSysVars& variables) {
+  const auto define = [&](const wchar_t* name, KvEdVarType type, std::function<KvEdVarValue()> read,
+                          std::function<bool(const KvEdVarValue&)> write) {
+    KvEdVariable variable = computed(name, type, std::move(read));
+    variable.readOnly = false;
+    variable.scope = KvEdVarScope::Drawing;
+    variable.write = std::move(write);
+    if (type == RTSHORT) variable.highest = 1;
+    variables.define(std::move(variable));
+  };
+  const auto pair = [&](const wchar_t* name, int code, double standard, bool isSize) {
+    define(
+        name, RTPOINT,
+        [=] {
+          const KvGePoint3d plain(standard, standard, 0);
+          const KvDbViewportTableRecord* record = viewportRecord();
+          const KvGePoint3d held = record ? record->storedPoint(code, plain) : plain;
+          return KvEdVarPoint{held.x, held.y, 0};
+        },
+        [=](const KvEdVarValue& value) {
+          const auto& p = std::get<KvEdVarPoint>(value);
+          if (isSize && !(p.x >= 0 && p.y >= 0)) return false;
+          return changeViewport([&](KvDbViewportTableRecord& record) {
+            record.setStoredPoint(code, {p.x, p.y, 0}, 2);
+          });
+        });
+  };
+  const auto flag = [&](const wchar_t* name, int code) {
+    define(
+        name, RTSHORT,
+        [=] {
+          const KvDbViewportTableRecord* record = viewportRecord();
+          return record ? record->storedWhole(code, 0) : 0;
+        },
+        [=](const KvEdVarValue& value) {
+          return changeViewport(
+              [&](KvDbViewportTableRecord& record) { record.setStoredWhole(code, std::get<int>(value)); });
+        });
+  };
+  constexpr double kPlainSpacing = 10;
+  pair(L"SNAPBASE", kSnapBase, 0, false);
+  pair(L"SNAPUNIT", kSnapUnit, kPlainSpacing, true);
+  pair(L"GRIDUNIT", kGridUnit, kPlainSpacing, true);
+  flag(L"SNAPMODE", kSnapOn);
+  flag(L"GRIDMODE", kGridOn);
+  define(
+      L"SNAPANG", RTREAL,
+      [] {
+        const KvDbViewportTableRecord* record = viewportRecord();
+        return record ? kvdxfRadians(record->storedReal(kSnapAngle, 0)) : 0.0;
+      },
+      [](const KvEdVarValue& value) {
+        return changeViewport([&](KvDbViewportTableRecord& record) {
+          record.setStoredReal(kSnapAngle, kvdxfDegrees(std::get<double>(value)));
+        });
+      });
+}
+
 void defineViews(KvEdSysVars& variables) {
   variables.define(computed(L"VIEWCTR", RT3DPOINT, [] {
     const KvEdView view = currentView();
@@ -320,6 +407,15 @@ void defineViews(KvEdSysVars& variables) {
   variables.define(computed(L"UCSXDIR", RT3DPOINT, axis(0)));
   variables.define(computed(L"UCSYDIR", RT3DPOINT, axis(1)));
   variables.define(computed(L"UCSORG", RT3DPOINT, axis(3)));
+  variables.define(
+      computed(L"UNDOMARKS", RTSHORT, [] { return drawing() ? drawing()->undoRecorder().markCount() : 0; }));
+  variables.define(computed(L"UNDOCTL", RTSHORT, [] {
+    if (!drawing()) return 0;
+    enum { kOn = 1, kOneOnly = 2, kGathering = 8 };
+    const KvDbUndoRecorder& undo = drawing()->undoRecorder();
+    return (undo.limit() != 0 ? kOn : 0) | (undo.limit() == 1 ? kOneOnly : 0) |
+           (undo.isGathering() ? kGathering : 0);
+  }));
   variables.define(computed(L"DBMOD", RTSHORT, [] { return drawing() ? drawing()->modifiedWord() : 0; }));
   variables.define(computed(L"DATE", RTREAL, [] { return julianDate(); }));
   variables.define(computed(L"CDATE", RTREAL, [] { return calendarDate(); }));
@@ -342,6 +438,7 @@ void kvedDefineDrawingVariables(KvEdSysVars& variables) {
   }
   defineSpecial(variables);
   defineViews(variables);
+  defineDrawingAids(variables);
 }
 
 void kvedDefineEditorVariables(KvEdSysVars& variables, KvEdEditor& editor) {

@@ -139,10 +139,10 @@ Kvad::ErrorStatus KvDbRegion::booleanOper(BoolOperType operation, KvDbRegion* ot
       status != KvGeRegion::kOk)
     return statusOf(status);
   assertWriteEnabled();
-  shape_ = result;
+  setShape(result);
   if (other != this) {
     other->assertWriteEnabled();
-    other->shape_ = KvGeRegion();
+    other->setShape(KvGeRegion());
   }
   return Kvad::eOk;
 }
@@ -189,7 +189,7 @@ Kvad::ErrorStatus KvDbRegion::transformBy(const KvGeMatrix3d& matrix) {
   KvGeRegion moved = shape_;
   if (const auto status = moved.transformBy(matrix); status != KvGeRegion::kOk) return statusOf(status);
   assertWriteEnabled();
-  shape_ = moved;
+  setShape(moved);
   return Kvad::eOk;
 }
 
@@ -207,29 +207,44 @@ bool KvDbRegion::subWorldDraw(KvGiWorldDraw* draw) {
 // --- Filing
 // --------------------------------------------------------------------------------------------------------------------
 
+const KvDbRegion::Edges& KvDbRegion::filedEdges() const {
+  if (!filed_) {
+    std::vector<KvGeCurve3d::Ptr> edges;
+    shape_.explode(edges);
+    Edges numbers;
+    for (const KvGeCurve3d::Ptr& edge : edges) numbers.push_back({edge->kind(), numbersOf(*edge)});
+    filed_ = std::make_shared<const Edges>(std::move(numbers));
+  }
+  return *filed_;
+}
+
+void KvDbRegion::readEdges(Edges numbers) {
+  std::vector<KvGeCurve3d::Ptr> edges;
+  for (const EdgeNumbers& edge : numbers) edges.push_back(edgeOf(edge.kind, edge.numbers));
+  setShape(regionOf(edges));
+  if (!isNull()) filed_ = std::make_shared<const Edges>(std::move(numbers));
+}
+
 void KvDbRegion::dwgOutFields(KvDbDwgFiler& filer) const {
   KvDbProxyEntity::dwgOutFields(filer);
-  std::vector<KvGeCurve3d::Ptr> edges;
-  shape_.explode(edges);
+  const Edges& edges = filedEdges();
   filer.writeUInt32(static_cast<std::uint32_t>(edges.size()));
-  for (const KvGeCurve3d::Ptr& edge : edges) {
-    const std::vector<double> numbers = numbersOf(*edge);
-    filer.writeInt32(edge->kind());
-    filer.writeUInt32(static_cast<std::uint32_t>(numbers.size()));
-    for (double number : numbers) filer.writeDouble(number);
+  for (const EdgeNumbers& edge : edges) {
+    filer.writeInt32(edge.kind);
+    filer.writeUInt32(static_cast<std::uint32_t>(edge.numbers.size()));
+    for (double number : edge.numbers) filer.writeDouble(number);
   }
 }
 
 void KvDbRegion::dwgInFields(KvDbDwgFiler& filer) {
   KvDbProxyEntity::dwgInFields(filer);
-  std::vector<KvGeCurve3d::Ptr> edges(filer.readUInt32());
-  for (KvGeCurve3d::Ptr& edge : edges) {
-    const int kind = filer.readInt32();
-    std::vector<double> numbers(filer.readUInt32());
-    for (double& number : numbers) number = filer.readDouble();
-    edge = edgeOf(kind, numbers);
+  Edges edges(filer.readUInt32());
+  for (EdgeNumbers& edge : edges) {
+    edge.kind = filer.readInt32();
+    edge.numbers.resize(filer.readUInt32());
+    for (double& number : edge.numbers) number = filer.readDouble();
   }
-  shape_ = regionOf(edges);
+  readEdges(std::move(edges));
 }
 
 bool KvDbRegion::knowsMarker(std::wstring_view marker) const {
@@ -242,11 +257,9 @@ void KvDbRegion::dxfOutFields(KvDxfWriter& writer) const {
   writer.marker(kModelerMarker);
   writer.integer(70, 1);
   writer.marker(kEdgesMarker);
-  std::vector<KvGeCurve3d::Ptr> edges;
-  shape_.explode(edges);
-  for (const KvGeCurve3d::Ptr& edge : edges) {
-    writer.integer(kKindCode, edge->kind());
-    for (double number : numbersOf(*edge)) writer.real(kNumberCode, number);
+  for (const EdgeNumbers& edge : filedEdges()) {
+    writer.integer(kKindCode, edge.kind);
+    for (double number : edge.numbers) writer.real(kNumberCode, number);
   }
 }
 
@@ -259,12 +272,11 @@ void KvDbRegion::dxfInSection(std::wstring_view marker, std::span<const KvDxfGro
   // The bare head of a modeller's section is written anew.
   std::erase_if(editUnknownSections(),
                 [](const KvDbUnknownSection& s) { return s.marker.view() == kModelerMarker; });
-  std::vector<KvGeCurve3d::Ptr> edges;
+  Edges edges;
   for (std::size_t at = 0; at < groups.size();) {
-    const int kind = groups[at++].asInt();
-    std::vector<double> numbers;
-    while (at < groups.size() && groups[at].code == kNumberCode) numbers.push_back(groups[at++].real());
-    edges.push_back(edgeOf(kind, numbers));
+    EdgeNumbers edge{groups[at++].asInt(), {}};
+    while (at < groups.size() && groups[at].code == kNumberCode) edge.numbers.push_back(groups[at++].real());
+    edges.push_back(std::move(edge));
   }
-  shape_ = regionOf(edges);
+  readEdges(std::move(edges));
 }

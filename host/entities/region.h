@@ -41,5 +41,20 @@ class KvDbRegion : public KvDbProxyEntity {
                     KvDxfResolver& resolver) override;
 
  private:
+  /// An edge as it is filed.
+  struct EdgeNumbers {
+    int kind;
+    std::vector<double> numbers;
+  };
+  using Edges = std::vector<EdgeNumbers>;
+  void setShape(const KvGeRegion& shape) {
+    shape_ = shape;
+    filed_.reset();
+  }
+  /// What is filed of the shape. A shape that was read is filed as it was read, to the last digit.
+  const Edges& filedEdges() const;
+  void readEdges(Edges edges);
+
   KvGeRegion shape_;
+  mutable std::shared_ptr<const Edges> filed_;  // null: not asked for since the shape changed
 };

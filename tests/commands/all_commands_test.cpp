@@ -2,7 +2,6 @@
 // completion know them, the documents are current.
 #include <filesystem>
 #include <fstream>
-#include <map>
 
 #include "host/commands/command_table.h"
 #include "host/commands/completion.h"
@@ -81,110 +80,6 @@ TEST_F(AllCommandsTest, NonsenseAtEveryPromptEndsWell) {
   }
   std::filesystem::current_path(home);
   EXPECT_GT(runs, 2 * kvcmdRows().size() * std::size(kNonsense));
-}
-
-TEST_F(AllCommandsTest, EveryStepOfAHundredCommandsIsTakenBackToTheByte) {
-  const wchar_t* const commands[] = {
-      L"LINE 0,0 10,0 10,10 C\n",
-      L"PLINE 0,0 10,0 A 10,10 W 1 2 L 0,10 C\n",
-      L"RECTANG 20,0 30,5\n",
-      L"POLYGON 5 50,0 I 5\n",
-      L"CIRCLE 0,50 5\n",
-      L"ARC 0,0 5,5 10,0\n",
-      L"ELLIPSE 0,80 10,80 3\n",
-      L"POINT 3,3\n",
-      L"RAY 0,0 1,1\n\n",
-      L"XLINE H 7,7\n\n",
-      L"SPLINE 0,0 5,5 10,0\n\n\n\n",
-      L"SOLID 0,0 1,0 0,1 1,1\n\n",
-      L"DONUT 1 2 70,70\n\n",
-      L"STYLE NOTES txt 0 0.8 10 N N\n",
-      L"TEXT 0,100 3 0 words\nmore\n\n",
-      L"MTEXT 0,200 50,150 one\ntwo\n\n",
-      L"ATTDEF\n\nTAG\nWhat?\nvalue\n5,5 2 0\n",
-      L"BLOCK PLATE 0,0 L\n\n",
-      L"INSERT PLATE 40,40 1 1 0\nx\n",
-      L"LAYER M OUTLINE C 1\n\n\n",
-      L"DIMLINEAR 0,0 10,5 5,-5\n",
-      L"DIMALIGNED 0,0 10,5 5,9\n",
-      L"DIMRADIUS 5,50 9,60\n",
-      L"DIMANGULAR\n\n0,0 10,0 0,10 5,5\n",
-      L"DIMORDINATE 7,3 7,20\n",
-      L"LEADER 0,0 5,5 9,5\n\nnote\n\n",
-      L"MOVE L\n\n0,0 1,1\n",
-      L"COPY ALL\n\n0,0 200,0\n\n",
-      L"ROTATE L\n\n0,0 30\n",
-      L"SCALE L\n\n0,0 2\n",
-      L"MIRROR L\n\n0,0 0,1 N\n",
-      L"ARRAY L\n\nR 2 2 5 5\n",
-      L"LINE 300,0 310,0\n\n",
-      L"LINE 300,0 300,10\n\n",
-      L"FILLET R 2\n",
-      L"FILLET 308,0 300,8\n",
-      L"LINE 400,0 410,0\n\n",
-      L"LINE 400,0 400,10\n\n",
-      L"CHAMFER D 1 2 408,0 400,8\n",
-      L"LINE 500,0 510,0\n\n",
-      L"OFFSET 2 505,0 505,5\n\n",
-      L"BREAK 504,0 506,0\n",
-      L"LINE 520,-5 520,5\n\n",
-      L"EXTEND\n\n510,0\n\n",
-      L"TRIM\n\n518,0\n\n",
-      L"JOIN 502,0 L\n\n",
-      L"STRETCH C 512,9 508,-9\n\n0,0 3,0\n",
-      L"CHPROP L\n\nC 3 LA 0\n\n",
-      L"CHANGE L\n\nP LT ByBlock\n\n",
-      L"MATCHPROP 505,2 L\n\n",
-      L"LINETYPE S Continuous\n\n",
-      L"DIMTXT 5\n",
-      L"DIMSTYLE S LARGE\n",
-      L"DIMSTYLE R Standard\n",
-      L"GROUP C PARTS L\n\n",
-      L"GROUP E PARTS\n",
-      L"UCS 5,5\n\n",
-      L"UCS Z 30\n",
-      L"LINE 0,0 10,0\n\n",
-      L"UCS P\n",
-      L"UCS W\n",
-      L"LAYOUT N Sheet\n",
-      L"LAYOUT S Sheet\n",
-      L"CIRCLE 50,50 20\n",
-      L"LAYOUT S Model\n",
-      L"LAYOUT R Sheet Page\n",
-      L"ZOOM E\n",
-      L"ZOOM 2x\n",
-      L"RENAME LA OUTLINE CONTOUR\n",
-      L"SETVAR LTSCALE 2\n",
-      L"PDMODE 3\n",
-      L"HATCH ANSI31 1 0 0,50\n\n",
-      L"EXPLODE 20,2\n\n",
-      L"ERASE L\n\n",
-      L"PURGE A * N\n",
-  };
-  std::map<int, std::string> states;  // by the number of steps
-  const auto steps = [&] { return database().undoRecorder().undoCount(); };
-  fill();
-  const int first = steps();
-  int ran = 0;
-  const auto keep = [&] { states[steps()] = kvdbFormatDrawing(database()); };
-  keep();
-  // Twice, the second time on what the first has made.
-  for (int round = 0; round < 2; ++round)
-    for (const wchar_t* command : commands) {
-      shown.Empty();
-      run(command);
-      ++ran;
-      EXPECT_EQ(shown.Find(L"Unknown command"), -1) << platform::utf8From(shown);
-      EXPECT_EQ(database().openCount(), 0);
-      keep();
-    }
-  EXPECT_GE(ran, 100);
-  EXPECT_GE(steps() - first, 100);
-  while (steps() > first) {
-    run(L"U\n");
-    ASSERT_TRUE(states.contains(steps()));
-    ASSERT_EQ(kvdbFormatDrawing(database()) == states[steps()], true) << steps() - first << " steps are left";
-  }
 }
 
 TEST_F(AllCommandsTest, DocumentsAreCurrent) {

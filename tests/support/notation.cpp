@@ -77,7 +77,20 @@ std::string cornersText(const KvDbTrace& trace) {
   return text;
 }
 
+std::string faceText(const KvDbFace& face) {
+  std::string text = "face";
+  for (int i = 0; i < 4; ++i) {
+    KvGePoint3d point;
+    bool isVisible = true;
+    face.getVertexAt(i, point);
+    face.isEdgeVisibleAt(i, isVisible);
+    text += " " + at(point) + (isVisible ? "" : " hidden");
+  }
+  return text;
+}
+
 std::string geometryOf(const KvDbEntity& entity) {
+  if (const auto* e = KvDbFace::cast(&entity)) return faceText(*e);
   if (const auto* e = KvDbPoint::cast(&entity)) return "point " + at(e->position());
   if (const auto* e = KvDbLine::cast(&entity)) return "line " + at(e->startPoint()) + " " + at(e->endPoint());
   if (const auto* e = KvDbCircle::cast(&entity))

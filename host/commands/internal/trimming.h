@@ -4,6 +4,7 @@
 
 #include "host/commands/internal/support.h"
 #include "host/entities/curve.h"
+#include "host/entities/polyline.h"
 
 namespace kvcmd {
 
@@ -18,6 +19,9 @@ bool liesOn(const KvDbCurve& piece, const KvGePoint3d& point);
 /// What is left of a curve goes to its place: the first piece of its class keeps its name, the others are
 /// new; without one it is erased.
 void replaceByPieces(KvDbObjectId id, std::vector<std::unique_ptr<KvDbCurve>>& pieces);
+/// Moves the end or the start of a polyline to a point (world) that lies on its last or first segment drawn
+/// out or cut off.
+void extendPolyline(KvDbPolyline& polyline, const KvGePoint3d& to, bool atEnd);
 /// Puts an entity into the block of another one, with that one's layer, colour and the like.
 KvDbObjectId addBeside(KvDbObjectId original, std::unique_ptr<KvDbEntity> entity);
 

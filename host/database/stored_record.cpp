@@ -11,19 +11,27 @@ const KvDxfGroup* findGroup(const std::vector<KvDbUnknownSection>& sections, int
 
 }  // namespace
 
-KvGePoint3d KvDbViewportTableRecord::storedPoint(int code, const KvGePoint3d& standard) const {
+KvGePoint3d KvDbStoredTableRecord::storedPoint(int code, const KvGePoint3d& standard) const {
   KvDxfGroup found;
   const KvDxfGroup* group = findGroup(unknownSections(), code, found);
   return group && group->kind == KvDxfKind::Point ? group->point : standard;
 }
 
-double KvDbViewportTableRecord::storedReal(int code, double standard) const {
+double KvDbStoredTableRecord::storedReal(int code, double standard) const {
   KvDxfGroup found;
   const KvDxfGroup* group = findGroup(unknownSections(), code, found);
   return group && group->kind == KvDxfKind::Real ? group->point.x : standard;
 }
 
-void KvDbViewportTableRecord::setStoredPoint(int code, const KvGePoint3d& point, int dimensions) {
+int KvDbStoredTableRecord::storedWhole(int code, int standard) const {
+  KvDxfGroup found;
+  const KvDxfGroup* group = findGroup(unknownSections(), code, found);
+  return group && group->kind == kvdxfKind(code) && group->kind != KvDxfKind::Text
+             ? static_cast<int>(group->integer)
+             : standard;
+}
+
+void KvDbStoredTableRecord::setStoredPoint(int code, const KvGePoint3d& point, int dimensions) {
   KvDxfGroup group;
   group.code = static_cast<std::int16_t>(code);
   group.kind = KvDxfKind::Point;
@@ -32,7 +40,7 @@ void KvDbViewportTableRecord::setStoredPoint(int code, const KvGePoint3d& point,
   store(group);
 }
 
-void KvDbViewportTableRecord::setStoredReal(int code, double value) {
+void KvDbStoredTableRecord::setStoredReal(int code, double value) {
   KvDxfGroup group;
   group.code = static_cast<std::int16_t>(code);
   group.kind = KvDxfKind::Real;
@@ -40,7 +48,15 @@ void KvDbViewportTableRecord::setStoredReal(int code, double value) {
   store(group);
 }
 
-void KvDbViewportTableRecord::store(const KvDxfGroup& group) {
+void KvDbStoredTableRecord::setStoredWhole(int code, int value) {
+  KvDxfGroup group;
+  group.code = static_cast<std::int16_t>(code);
+  group.kind = kvdxfKind(code);
+  group.integer = value;
+  store(group);
+}
+
+void KvDbStoredTableRecord::store(const KvDxfGroup& group) {
   assertWriteEnabled();
   auto& sections = editUnknownSections();
   for (KvDbUnknownSection& section : sections) {
@@ -63,4 +79,9 @@ void KvDbViewportTableRecord::store(const KvDxfGroup& group) {
   KvDbUnknownSection& section = sections.emplace_back();
   section.marker = KvDbSharedText(fileMarker());
   section.groups.append(group);
+}
+
+void KvDbViewTableRecord::setIsOfLayout(bool is) {
+  assertWriteEnabled();
+  flags_ = static_cast<std::int16_t>(is ? flags_ | 1 : flags_ & ~1);
 }
