@@ -80,6 +80,13 @@ Kvad::ErrorStatus KvDbKeptEntity::putWhole(int code, std::int64_t value) {
   return put(group);
 }
 
+Kvad::ErrorStatus KvDbKeptEntity::putText(int code, std::wstring_view value) {
+  KvDxfGroup group;
+  group.code = static_cast<std::int16_t>(code);
+  group.text = value;
+  return put(group);
+}
+
 Kvad::ErrorStatus KvDbKeptEntity::putPoint(int code, const KvGePoint3d& value, int dimensions) {
   if (!std::isfinite(value.x + value.y + value.z)) return Kvad::eInvalidInput;
   KvDxfGroup group;

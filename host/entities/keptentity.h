@@ -14,16 +14,18 @@ class KvDbKeptEntity : public KvDbProxyEntity {
   std::int64_t whole(int code, std::int64_t standard = 0) const;
   KvGePoint3d point(int code, const KvGePoint3d& standard = {}) const;
   std::vector<KvDxfGroup> all(int code) const;
+  /// The whole section; null when there is none.
+  const KvDbGroupList* section() const;
   /// Replaces the first group of the code, or appends one. eInvalidInput for numbers that aren't finite.
   Kvad::ErrorStatus putReal(int code, double value);
   Kvad::ErrorStatus putWhole(int code, std::int64_t value);
+  Kvad::ErrorStatus putText(int code, std::wstring_view value);
   Kvad::ErrorStatus putPoint(int code, const KvGePoint3d& value, int dimensions = 3);
   /// Hands every group through `change`, in order; it answers false for one that goes away.
   void rewrite(const std::function<bool(KvDxfGroup&)>& change, const std::vector<KvDxfGroup>& behind = {});
 
  private:
   Kvad::ErrorStatus put(const KvDxfGroup& group);
-  const KvDbGroupList* section() const;
   const wchar_t* marker_;
 };
 
