@@ -65,7 +65,8 @@ void KvDbDimLayout::fillBehind(KvDbMText& text) const {
   if (fill == kBackground)
     text.setBackgroundFillAsGround(border);
   else
-    text.setBackgroundFill(std::clamp(vars_.whole(V::TfillClr), 0, kKvColorByLayer), border);
+    text.setBackgroundFill(KvCmEntityColor::ofIndex(std::clamp(vars_.whole(V::TfillClr), 0, kKvColorByLayer)),
+                           border);
 }
 
 KvGePoint2d KvDbDimLayout::inPlane(const KvGePoint3d& world) const {

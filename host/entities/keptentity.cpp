@@ -36,6 +36,7 @@ KvGePoint3d KvDbKeptEntity::point(int code, const KvGePoint3d& standard) const {
 void KvDbKeptEntity::rewrite(const std::function<bool(KvDxfGroup&)>& change,
                              const std::vector<KvDxfGroup>& behind) {
   assertWriteEnabled();
+  forgetStoredGraphics();
   std::vector<KvDxfGroup> groups;
   if (const KvDbGroupList* old = section())
     for (KvDxfGroup group : *old)
@@ -49,6 +50,21 @@ void KvDbKeptEntity::rewrite(const std::function<bool(KvDxfGroup&)>& change,
     sections.push_back({KvDbSharedText(marker_), std::move(fresh)});
   else
     own->groups = std::move(fresh);
+}
+
+void KvDbKeptEntity::forgetStoredGraphics() {
+  constexpr int kBytes = 310, kCount = 92, kLongCount = 160;
+  for (KvDbUnknownSection& section : editUnknownSections()) {
+    if (section.marker.view() != L"AcDbEntity") continue;
+    std::vector<KvDxfGroup> kept;
+    bool hasGraphics = false;
+    for (const KvDxfGroup& group : section.groups) {
+      const bool isGraphics = group.code == kBytes || group.code == kCount || group.code == kLongCount;
+      hasGraphics = hasGraphics || isGraphics;
+      if (!isGraphics) kept.push_back(group);
+    }
+    if (hasGraphics) section.groups = KvDbGroupList(kept);
+  }
 }
 
 Kvad::ErrorStatus KvDbKeptEntity::put(const KvDxfGroup& value) {
@@ -108,4 +124,13 @@ bool KvDbPartsEntity::subWorldDraw(KvGiWorldDraw* draw) {
   for (const auto& part : parts)
     if (draw->geometry().draw(part.get())) break;
   return !parts.empty();
+}
+
+Kvad::ErrorStatus KvDbPartsEntity::getGeomExtents(KvDbExtents& extents) const {
+  KvDbExtents all;
+  for (const auto& part : makeParts())
+    if (KvDbExtents own; part->getGeomExtents(own) == Kvad::eOk) all.addExt(own);
+  if (all.isEmpty()) return Kvad::eInvalidExtents;
+  extents = all;
+  return Kvad::eOk;
 }

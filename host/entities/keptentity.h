@@ -21,11 +21,13 @@ class KvDbKeptEntity : public KvDbProxyEntity {
   Kvad::ErrorStatus putWhole(int code, std::int64_t value);
   Kvad::ErrorStatus putText(int code, std::wstring_view value);
   Kvad::ErrorStatus putPoint(int code, const KvGePoint3d& value, int dimensions = 3);
-  /// Hands every group through `change`, in order; it answers false for one that goes away.
+  /// Hands every group through `change`, in order; it answers false for one that goes away. What a file keeps
+  /// as the entity's picture shows the old state, and is dropped.
   void rewrite(const std::function<bool(KvDxfGroup&)>& change, const std::vector<KvDxfGroup>& behind = {});
 
  private:
   Kvad::ErrorStatus put(const KvDxfGroup& group);
+  void forgetStoredGraphics();
   const wchar_t* marker_;
 };
 
@@ -37,6 +39,7 @@ class KvDbPartsEntity : public KvDbKeptEntity {
   /// The parts, outside any drawing, with the entity's layer and look where they have none of their own.
   Kvad::ErrorStatus explode(KvDbVoidPtrArray& parts) const override;
   bool subWorldDraw(KvGiWorldDraw* draw) override;
+  Kvad::ErrorStatus getGeomExtents(KvDbExtents& extents) const override;
 
  protected:
   using KvDbKeptEntity::KvDbKeptEntity;

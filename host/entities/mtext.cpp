@@ -224,20 +224,24 @@ Kvad::ErrorStatus KvDbMText::transformBy(const KvGeMatrix3d& matrix) {
   return Kvad::eOk;
 }
 
-Kvad::ErrorStatus KvDbMText::setBackgroundFill(int colorIndex, double border) {
+Kvad::ErrorStatus KvDbMText::setBackgroundFill(const KvCmEntityColor& color, double border) {
   constexpr double kWidest = 5;
-  if (colorIndex < 0 || colorIndex > kKvColorByLayer || !(border > 0)) return Kvad::eInvalidInput;
+  constexpr int kForeground = 7;  // stands beside red, green, blue
+  const bool isRgb = color.colorMethod() == KvCmEntityColor::kByColor;
+  if (!(border > 0)) return Kvad::eInvalidInput;
   assertWriteEnabled();
   fill_ = kFillColor;
-  fillColor_ = colorIndex;
-  fillRgb_ = -1;
+  fillColor_ = isRgb ? kForeground : color.colorIndex();
+  fillRgb_ = isRgb ? static_cast<std::int32_t>(color.rgb()) : -1;
   fillScale_ = std::clamp(border, 1.0, kWidest);
   return Kvad::eOk;
 }
 
 Kvad::ErrorStatus KvDbMText::setBackgroundFillAsGround(double border) {
   constexpr int kForeground = 7;
-  if (const auto status = setBackgroundFill(kForeground, border); status != Kvad::eOk) return status;
+  if (const auto status = setBackgroundFill(KvCmEntityColor::ofIndex(kForeground), border);
+      status != Kvad::eOk)
+    return status;
   fill_ = kFillColor | kFillBackground;
   return Kvad::eOk;
 }

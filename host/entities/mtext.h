@@ -64,9 +64,9 @@ class KvDbMText : public KvDbEntity {
   Kvad::ErrorStatus setLineSpacingFactor(double factor);
   /// The fill behind the text: 0 none, 1 a colour, 2 the background's.
   bool hasBackgroundFill() const { return (fill_ & 3) != 0; }
-  /// A fill of a colour's index or of the background's colour, `border` times the text height large round
-  /// each line: 1 to 5. eInvalidInput.
-  Kvad::ErrorStatus setBackgroundFill(int colorIndex, double border);
+  /// A fill of a colour (by block and by layer mean the text's) or of the background's, `border` times the
+  /// text height large round each line: 1 to 5. eInvalidInput.
+  Kvad::ErrorStatus setBackgroundFill(const KvCmEntityColor& color, double border);
   Kvad::ErrorStatus setBackgroundFillAsGround(double border);
 
   /// The longest line; from the top of the first line's capitals to the last base line.

@@ -1,8 +1,12 @@
-// Multilines and frames of tolerances: what they are drawn of.
+// Multilines, frames of tolerances, leaders with several lines: what they are drawn of.
+#include "host/entities/blockreference.h"
 #include "host/entities/curves.h"
 #include "host/entities/hatch.h"
 #include "host/entities/mline.h"
 #include "host/entities/mtext.h"
+#include "host/entities/multileader.h"
+#include "host/entities/polyline.h"
+#include "host/entities/spline.h"
 #include "host/entities/tolerance.h"
 #include "tests/entities/support.h"
 
@@ -149,6 +153,92 @@ TEST(Tolerance, FramesFollowTheStyle) {
   EXPECT_LT(frames[3]->location().distanceTo({20, -90, 0}), 1e-9);
   EXPECT_NEAR(frames[3]->direction().x, 1, 1e-9);
   drawing.throughFile(KvDbFileVersion::R2000);
+}
+
+TEST(MultiLeader, LinesArrowsAndContents) {
+  TestDrawing drawing;
+  drawing.read(KORVANE_TEST_DATA "/multileaders_r2010.dxf");
+  const auto all = allOf<KvDbMLeader>(drawing);
+  ASSERT_EQ(all.size(), 5u);
+  const Parts plain(*all[0]), smooth(*all[1]), framed(*all[2]), under(*all[3]), tag(*all[4]);
+  // Two lines to the left side, one of them with a corner, one to the right; each goes on to the text.
+  EXPECT_EQ(all[0]->leaders().size(), 2u);
+  EXPECT_EQ(plain.of<KvDbLine>().size(), 2u + 3u + 2u);
+  ASSERT_EQ(plain.of<KvDbSolid>().size(), 3u);
+  EXPECT_EQ(plain.of<KvDbSolid>()[0]->colorIndex(), 1);
+  KvGePoint3d tip;
+  plain.of<KvDbSolid>()[1]->getPointAt(2, tip);
+  EXPECT_EQ(tip, KvGePoint3d(0, 10, 0));
+  ASSERT_EQ(plain.of<KvDbMText>().size(), 1u);
+  EXPECT_EQ(plain.of<KvDbMText>()[0]->contents(), L"PLAIN");
+  EXPECT_EQ(plain.of<KvDbMText>()[0]->textHeight(), 2.5);
+  // The landing ends the gap in front of the text.
+  const KvGePoint3d landing = all[0]->leaders()[0].landing();
+  EXPECT_NEAR(landing.x + 2, plain.of<KvDbMText>()[0]->location().x, 1e-6);
+  EXPECT_EQ(smooth.of<KvDbSpline>().size(), 1u);
+  EXPECT_TRUE(smooth.of<KvDbLine>().empty());
+  EXPECT_EQ(framed.of<KvDbLine>().size(), 2u + 4u);
+  EXPECT_EQ(under.of<KvDbLine>().size(), 2u + 1u);
+  // A block with its attribute's value, and a dot.
+  const auto references = tag.of<KvDbBlockReference>();
+  ASSERT_EQ(references.size(), 1u);
+  EXPECT_EQ(tag.of<KvDbPolyline>().size(), 1u);
+  EXPECT_EQ(TestSink(*all[4]).texts, std::vector<CString>{L"42"});
+}
+
+TEST(MultiLeader, MovedWithEverythingTheyHave) {
+  TestDrawing drawing;
+  drawing.read(KORVANE_TEST_DATA "/multileaders_r2010.dxf");
+  const KvGeMatrix3d map = KvGeMatrix3d::translation({3, 4, 5}) * KvGeMatrix3d::scaling(2) *
+                           KvGeMatrix3d::rotation(kvge::kPi / 2, KvGeVector3d::kZAxis);
+  for (const KvDbMLeader* leader : allOf<KvDbMLeader>(drawing)) {
+    KvDbExtents before, after, expected;
+    ASSERT_EQ(leader->getGeomExtents(before), Kvad::eOk);
+    KvDbEntity* open = nullptr;
+    ASSERT_EQ(kvdbOpenObject(open, leader->objectId(), KvDb::kForWrite), Kvad::eOk);
+    EXPECT_EQ(open->transformBy(map), Kvad::eOk);
+    open->close();
+    ASSERT_EQ(leader->getGeomExtents(after), Kvad::eOk);
+    expected.addPoint(map * before.minPoint());
+    expected.addPoint(map * before.maxPoint());
+    EXPECT_LT(after.minPoint().distanceTo(expected.minPoint()), 1e-6);
+    EXPECT_LT(after.maxPoint().distanceTo(expected.maxPoint()), 1e-6);
+  }
+  drawing.throughFile(KvDbFileVersion::R2010);
+  // A mirror turns the leader, not the letters.
+  const KvDbMLeader* leader = allOf<KvDbMLeader>(drawing)[0];
+  KvDbEntity* open = nullptr;
+  ASSERT_EQ(kvdbOpenObject(open, leader->objectId(), KvDb::kForWrite), Kvad::eOk);
+  KvGeMatrix3d mirror;
+  mirror.entry[1][1] = -1;
+  EXPECT_EQ(open->transformBy(mirror), Kvad::eOk);
+  open->close();
+  const auto text = leader->mtext();
+  ASSERT_TRUE(text);
+  EXPECT_NEAR(std::fabs(text->direction().y), 1, 1e-9);
+  KvDbExtents letters;
+  ASSERT_EQ(text->getGeomExtents(letters), Kvad::eOk);
+  EXPECT_LT(letters.maxPoint().y, 0);
+}
+
+TEST(MultiLeader, ThoseOfRealDrawingsReachTheirTexts) {
+  TestDrawing drawing;
+  drawing.read(KORVANE_EXAMPLES "/drawings/allkinds_r2004_ascii.dxf");
+  int seen = 0;
+  for (const KvDbMLeader* leader : allOf<KvDbMLeader>(drawing)) {
+    const auto text = leader->mtext();
+    if (!text || text->attachment() != KvDbMText::kTopLeft) continue;
+    for (const KvDbMLeader::Leader& side : leader->leaders()) {
+      if (side.isVertical || side.doglegLength == 0 || side.dogleg.dotProduct(text->direction()) < 0)
+        continue;
+      ++seen;
+      // The landing ends in front of the letters, a gap away, which is half a letter's height here or less.
+      const double gap = (text->location() - side.landing()).dotProduct(text->direction());
+      EXPECT_GE(gap, 0);
+      EXPECT_LE(gap, text->textHeight() / 2 + 1e-6) << platform::utf8From(text->contents());
+    }
+  }
+  EXPECT_GE(seen, 4);
 }
 
 }  // namespace
