@@ -57,7 +57,7 @@ void findBounds(AllInfo3D& a) {
   a.bound0 = toShort(mek::pack::boundByVolume(a, a.boxes));
   a.bound1 = toShort(mek::pack::boundBySides(a, a.boxes));
   a.bound2 = toShort(mek::pack::boundByBoth(a, a.boxes));
-  a.lb = std::max({a.bound0, a.bound1, a.bound2});
+  a.lb = a.proven = std::max({a.bound0, a.bound1, a.bound2});
   a.boundTime = mek::pack::secondsSince(a.start);
 }
 

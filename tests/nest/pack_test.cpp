@@ -25,39 +25,6 @@ constexpr int kShare = 40;
 constexpr int kShare = 1;
 #endif
 
-/// The solver's tables, loaded with a problem.
-AllInfo3D& load(const Problem& problem, int packingType) {
-  AllInfo3D& a = mek::pack::resetPackState(static_cast<int>(problem.boxes.size()));
-  a.W = mek::pack::toShort(problem.bin.w);
-  a.H = mek::pack::toShort(problem.bin.h);
-  a.D = mek::pack::toShort(problem.bin.d);
-  a.BVOL = problem.bin.w * problem.bin.h * problem.bin.d;
-  a.packtype = mek::pack::toShort(packingType);
-  for (std::size_t i = 0; i < problem.boxes.size(); ++i) {
-    Box3D& box = a.boxes[i];
-    box.no = static_cast<std::int16_t>(i + 1);
-    box.w = mek::pack::toShort(problem.boxes[i].w);
-    box.h = mek::pack::toShort(problem.boxes[i].h);
-    box.d = mek::pack::toShort(problem.boxes[i].d);
-    box.vol = box.w * box.h * box.d;
-  }
-  return a;
-}
-
-Packed packedFrom(std::span<const Box3D> boxes, int bins) {
-  Packed packed;
-  packed.lb = packed.ub = bins;
-  for (auto* values : {&packed.x, &packed.y, &packed.z, &packed.bno}) values->resize(boxes.size());
-  for (const Box3D& box : boxes) {
-    const auto i = static_cast<std::size_t>(box.no - 1);
-    packed.x[i] = box.x;
-    packed.y[i] = box.y;
-    packed.z[i] = box.z;
-    packed.bno[i] = box.bno;
-  }
-  return packed;
-}
-
 bool fitsOneBin(AllInfo3D& a) {
   return (a.packtype == 1 ? mek::pack::robotTest(a, a.boxes, 0) : mek::pack::generalTest(a, a.boxes, 0)) ==
          mek::pack::Answer::Yes;
@@ -117,10 +84,7 @@ TEST(PackBoxes, EveryPackingOfTheClassesIsSound) {
   for (int boxClass = 1; boxClass <= 9; ++boxClass) {
     for (const int n : {10, 20, 50, 90}) {
       for (const int type : {0, 1}) {
-        const mek::PackInstance made = nestbench::boxSet(boxClass, n, 1);
-        Problem problem{{made.W, made.H, made.D}, {}};
-        for (std::size_t i = 0; i < made.w.size(); ++i)
-          problem.boxes.push_back({made.w[i], made.h[i], made.d[i]});
+        const Problem problem = problemOf(nestbench::boxSet(boxClass, n, 1));
         const Packed first = pack(problem, type, {2, 20, 0}), again = pack(problem, type, {2, 20, 0});
         ASSERT_EQ(packingFault(problem, first, type), "")
             << "class " << boxClass << " n " << n << " type " << type;

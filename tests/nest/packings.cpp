@@ -196,4 +196,43 @@ std::string describe(const Problem& problem) {
   return text;
 }
 
+Problem problemOf(const mek::PackInstance& made) {
+  Problem problem{{made.W, made.H, made.D}, {}};
+  for (std::size_t i = 0; i < made.w.size(); ++i)
+    problem.boxes.push_back({made.w[i], made.h[i], made.d[i]});
+  return problem;
+}
+
+mek::pack::AllInfo3D& load(const Problem& problem, int packingType) {
+  mek::pack::AllInfo3D& a = mek::pack::resetPackState(static_cast<int>(problem.boxes.size()));
+  a.W = mek::pack::toShort(problem.bin.w);
+  a.H = mek::pack::toShort(problem.bin.h);
+  a.D = mek::pack::toShort(problem.bin.d);
+  a.BVOL = problem.bin.w * problem.bin.h * problem.bin.d;
+  a.packtype = mek::pack::toShort(packingType);
+  for (std::size_t i = 0; i < problem.boxes.size(); ++i) {
+    mek::pack::Box3D& box = a.boxes[i];
+    box.no = static_cast<std::int16_t>(i + 1);
+    box.w = mek::pack::toShort(problem.boxes[i].w);
+    box.h = mek::pack::toShort(problem.boxes[i].h);
+    box.d = mek::pack::toShort(problem.boxes[i].d);
+    box.vol = box.w * box.h * box.d;
+  }
+  return a;
+}
+
+Packed packedFrom(std::span<const mek::pack::Box3D> boxes, int bins) {
+  Packed packed;
+  packed.lb = packed.ub = bins;
+  for (auto* values : {&packed.x, &packed.y, &packed.z, &packed.bno}) values->resize(boxes.size());
+  for (const mek::pack::Box3D& box : boxes) {
+    const auto i = static_cast<std::size_t>(box.no - 1);
+    packed.x[i] = box.x;
+    packed.y[i] = box.y;
+    packed.z[i] = box.z;
+    packed.bno[i] = box.bno;
+  }
+  return packed;
+}
+
 }  // namespace nesttest

@@ -3,8 +3,12 @@
 // that tries everything.
 #include <cstdint>
 #include <random>
+#include <span>
 #include <string>
 #include <vector>
+
+#include "module/nest/internal/pack_state.h"
+#include "module/nest/pack_problem.h"
 
 namespace nesttest {
 
@@ -40,5 +44,11 @@ int fewestBins(const Problem& problem, int packingType);
 Problem randomProblem(std::mt19937& random, int most);
 
 std::string describe(const Problem& problem);
+
+Problem problemOf(const mek::PackInstance& instance);
+/// The solver's tables, loaded with a problem.
+mek::pack::AllInfo3D& load(const Problem& problem, int packingType);
+/// A packing that stands in the solver's tables.
+Packed packedFrom(std::span<const mek::pack::Box3D> boxes, int bins);
 
 }  // namespace nesttest

@@ -35,11 +35,11 @@ async function rectangles(file) {
   console.log(`all: ours ${ours} in ${ms.toFixed(1)} ms, peer ${peer} in ${runs[2].ms.toFixed(1)} ms, area ${area}`);
 }
 
-/// Pairwise disjunctions; the peer is told how many bins suffice.
-async function solvePeer({ side, boxes, general }, seconds) {
+/// Pairwise disjunctions; the peer is told how many bins our first packing by layers takes.
+async function solvePeer({ side, boxes, start: bins }, seconds) {
   const { CpModel, CpSolver } = await import('or-tools-wasm/cp-sat');
   const model = new CpModel();
-  const bins = general.ub, volume = boxes.reduce((sum, [w, h, d]) => sum + w * h * d, 0);
+  const volume = boxes.reduce((sum, [w, h, d]) => sum + w * h * d, 0);
   const used = model.newIntVar(Math.ceil(volume / side ** 3), bins, 'used');
   const at = boxes.map((box, i) => box.map((size, axis) => model.newIntVar(0, side - size, `p${i}_${axis}`)));
   const inBin = boxes.map((_, i) => Array.from({ length: bins }, (_, b) => model.newBoolVar(`b${i}_${b}`)));
@@ -66,11 +66,11 @@ async function solvePeer({ side, boxes, general }, seconds) {
   }
   model.minimize(used);
   const solver = new CpSolver();
-  const start = performance.now();
+  const begun = performance.now();
   const status = await solver.solve(model, { maxTimeInSeconds: seconds, numSearchWorkers: 2 });
   const name = solver.statusName(status);
   const found = name === 'OPTIMAL' || name === 'FEASIBLE';
-  return { ms: performance.now() - start, solved: name === 'OPTIMAL', ub: found ? solver.objectiveValue() : null };
+  return { ms: performance.now() - begun, solved: name === 'OPTIMAL', ub: found ? solver.objectiveValue() : null };
 }
 
 const median = (values) => values.sort((a, b) => a - b)[Math.floor(values.length / 2)].toFixed(1);

@@ -5,12 +5,20 @@
 
 #include "module/nest/internal/pack_bounds.h"
 #include "module/nest/internal/pack_check.h"
+#include "module/nest/internal/pack_full.h"
+#include "module/nest/internal/pack_improve.h"
+#include "module/nest/internal/pack_scales.h"
 #include "module/nest/internal/pack_single.h"
 
 namespace mek::pack {
 namespace {
 
 constexpr int kDeepestClosing = 160;
+/// Thousands of iterations and nodes before the best packing is improved for the first time; the waits then
+/// double, and improving gets as many tests.
+constexpr int kFirstWait = 4;
+/// A try for a packing without waste costs little of what a test of one bin does.
+constexpr int kFullShare = 4;
 
 /// What closing bins has changed at one node.
 struct ClosedHere {
@@ -20,7 +28,7 @@ struct ClosedHere {
 
 class Search {
  public:
-  explicit Search(AllInfo3D& a) : a_(a) {}
+  explicit Search(AllInfo3D& a) : a_(a), improver_(a), full_(a) {}
   void node(int first, int bins, int bound, int level);
 
  private:
@@ -32,11 +40,25 @@ class Search {
   int boundOfRest();
   int nextFree(int index) const;
   bool over(int bins, int bound) const {
-    return a_.stopped || a_.z == a_.lb || bins >= a_.z || bound >= a_.z;
+    return a_.stopped || a_.z == a_.proven || bins >= a_.z || bound >= a_.z;
   }
 
+  void improveNowAndThen();
+
   AllInfo3D& a_;
+  Improver improver_;
+  FullBins full_;
+  int wait_ = kFirstWait, next_ = kFirstWait;
 };
+
+void Search::improveNowAndThen() {
+  if (a_.nodes + a_.iterations < next_) return;
+  if (wait_ == kFirstWait) a_.proven = toShort(std::max<int>(a_.proven, boundByScales(a_)));
+  full_.run(std::int64_t{wait_} * kThousand * kFullShare);
+  improver_.run(std::int64_t{wait_} * kThousand / 2);
+  wait_ *= 2;
+  next_ = a_.nodes + a_.iterations + wait_;
+}
 
 int Search::nextFree(int index) const {
   while (index < a_.n && a_.boxes[at(index)].bno != 0) ++index;
@@ -44,9 +66,10 @@ int Search::nextFree(int index) const {
 }
 
 void Search::node(int first, int bins, int bound, int level) {
-  if (bins >= a_.z || a_.z == a_.lb) return;
+  if (bins >= a_.z || a_.z == a_.proven) return;
   countNode(a_);
-  if (a_.stopped) return;
+  improveNowAndThen();
+  if (a_.stopped || a_.z == a_.proven || bins >= a_.z) return;
   first = nextFree(first);
   if (first == a_.n) {
     storeSolution(a_, a_.boxes, bins);

@@ -16,7 +16,7 @@ struct PackState {
   Box3D scratch[kTableSide];
   Box3D* closing[kTableSide];
   Layer3D layers[kTableSide];
-  FitMemo memo;
+  FitMemo memo, cut;
   RelationTables relations;
   RobotTables robot;
 };
@@ -27,6 +27,9 @@ PackState state;
 
 FitMemo& fitMemo() {
   return state.memo;
+}
+FitMemo& cutMemo() {
+  return state.cut;
 }
 RelationTables& relationTables() {
   return state.relations;
@@ -52,7 +55,7 @@ AllInfo3D& resetPackState(int n) {
   for (std::span<Box3D> range : {a.boxes, a.incumbent, a.best})
     for (Box3D& box : range) box = Box3D{};
   a.z = toShort(n + 1);
-  std::fill(std::begin(state.memo.sets), std::end(state.memo.sets), 0);
+  for (FitMemo* memo : {&state.memo, &state.cut}) std::fill(std::begin(memo->sets), std::end(memo->sets), 0);
   a.start = std::chrono::steady_clock::now();
   return a;
 }

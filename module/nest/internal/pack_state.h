@@ -55,6 +55,7 @@ struct AllInfo3D {
   std::int16_t z;   ///< best number of bins so far
   std::int16_t lb;  ///< bound at the root
   std::int16_t bound0, bound1, bound2;
+  std::int16_t proven;  ///< no packing has fewer bins: lb, or more where the search has learnt it
 
   std::int64_t fillBest;  ///< best volume of the current single-bin fill
   int fillLimit;          ///< boxes tried at a corner, 0 for all
@@ -159,6 +160,8 @@ struct FitMemo {
 };
 
 FitMemo& fitMemo();
+/// Sets whose short test was cut; the answers don't count.
+FitMemo& cutMemo();
 RelationTables& relationTables();
 RobotTables& robotTables();
 /// Working copies for a single-bin test.
