@@ -1,5 +1,5 @@
-// Scripts of any bytes, against all commands of the host and some that ask for each kind of answer and run one
-// another. What waits or reaches for files is left out.
+// Scripts of any bytes, against all commands of the host and some that ask for each kind of answer and run
+// one another. What waits or reaches for files is left out.
 #include <cstdint>
 #include <string_view>
 
@@ -34,8 +34,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   KvHostApp app({});
   app.editor().commands().addCommand(L"F", L"ASK", L"ASK", 0, ask);
   app.editor().commands().addCommand(L"F", L"WORDS", L"WORDS", 0, words);
-  for (const wchar_t* name : {L"DELAY", L"SCRIPT", L"SCR", L"SAVE", L"QSAVE", L"SAVEAS", L"END", L"OPEN", L"WBLOCK", L"W",
-                              L"-WBLOCK"})
+  for (const wchar_t* name : {L"DELAY", L"SCRIPT", L"SCR", L"SAVE", L"QSAVE", L"SAVEAS", L"END", L"OPEN",
+                              L"WBLOCK", L"W", L"-WBLOCK"})
     app.editor().commands().removeCmd(L"HOST", name);
   app.newDocument();
   app.editor().pushSource(std::make_unique<KvEdScriptSource>(

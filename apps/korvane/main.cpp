@@ -68,7 +68,8 @@ int main(int argc, char** argv) {
       ->trigger_on_parse();
   app.add_option("DRAWING", options.drawing, "The drawing to open; a new one without it")->type_name("");
   app.add_option("--save", options.save, "Save the drawing when all is done")->type_name("FILE");
-  app.add_option("--save-version", options.version, "Version of the saved file, R2000 to R2018; the drawing's own without it")
+  app.add_option("--save-version", options.version,
+                 "Version of the saved file, R2000 to R2018; the drawing's own without it")
       ->type_name("NAME")
       ->check(CLI::IsMember({"R2000", "R2004", "R2007", "R2010", "R2013", "R2018"}, CLI::ignore_case));
   app.add_option("--plot", options.plot, "Plot the drawing then: FILE.svg, FILE.pdf or FILE.png")

@@ -91,7 +91,8 @@ class Session {
     KvIoReport report;
     KvIoSaveOptions options = kvdbSaveOptionsFor(options_.save);
     options.version = kvdbVersionNamed(options_.version);
-    if (kvdbSaveDrawing(*app_.documents().curDocument()->database(), options_.save, report, options) == Kvad::eOk)
+    if (kvdbSaveDrawing(*app_.documents().curDocument()->database(), options_.save, report, options) ==
+        Kvad::eOk)
       return true;
     showError(report.error.text);
     return false;

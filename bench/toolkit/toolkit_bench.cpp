@@ -65,8 +65,7 @@ void PointInPolyline(benchmark::State& state) {
   KvDbPolyline outline;
   for (int i = 0; i < count; ++i) {
     const double radius = i % 2 ? 90 : 100, angle = kTurn * i / count;
-    outline.addVertexAt(i, {radius * std::cos(angle), radius * std::sin(angle)},
-                        i % 2 ? bulge : 0);
+    outline.addVertexAt(i, {radius * std::cos(angle), radius * std::sin(angle)}, i % 2 ? bulge : 0);
   }
   outline.setClosed(true);
   int inside = 0, at = 0;

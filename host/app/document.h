@@ -80,9 +80,9 @@ class KvApDocManager {
   /// eNoDocument, eNotLocked.
   Kvad::ErrorStatus unlockDocument(KvApDocument* document);
 
-  /// The beginning of a group of changes that can be taken back as a whole: first a mark with a text for lists
-  /// of steps (no list is kept here), then the group. Groups nest. One that is still open is closed with the
-  /// command that began it, and its changes stay. eNoDocument.
+  /// The beginning of a group of changes that can be taken back as a whole: first a mark with a text for
+  /// lists of steps (no list is kept here), then the group. Groups nest. One that is still open is closed
+  /// with the command that began it, and its changes stay. eNoDocument.
   Kvad::ErrorStatus setUndoMark(const wchar_t* text);
   Kvad::ErrorStatus beginUndoGroup();
   /// Takes the newest open group back. eNoDocument, eNothingHappened when none is open.

@@ -100,7 +100,9 @@ CString drawingFile(const KvApDocManager& documents, bool isFolder) {
 class CommandDocuments : public KvCmdDocuments {
  public:
   explicit CommandDocuments(KvHostApp& app) : app_(app) {}
-  CString makeNew() override { return app_.newDocument() ? CString() : CString(L"No drawing could be made."); }
+  CString makeNew() override {
+    return app_.newDocument() ? CString() : CString(L"No drawing could be made.");
+  }
   CString open(const CString& file) override;
   CString save(const CString& file, bool rename) override;
   CString close() override;

@@ -95,7 +95,8 @@ void KvDbBlockEnd::dxfOutFields(KvDxfWriter& writer) const {
 bool KvDbBlockTable::acceptsName(KvDbSymbolTableRecord& record) const {
   const CString& name = record.getName();
   constexpr int kShortestAnonymous = 2;
-  if (name.GetAt(0) != L'*' || name.GetLength() < kShortestAnonymous) return KvDbSymbolTable::acceptsName(record);
+  if (name.GetAt(0) != L'*' || name.GetLength() < kShortestAnonymous)
+    return KvDbSymbolTable::acceptsName(record);
   if (has(name) || name.GetLength() == kShortestAnonymous)
     record.setNameAsMade(kvdbFreeAnonymousName(*this, name.GetAt(1)));
   return true;

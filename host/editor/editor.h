@@ -71,8 +71,8 @@ class KvEdEditor {
   bool isCommandRunning() const { return !frames_.empty(); }
   /// How many commands run inside one another.
   int runningCommands() const { return static_cast<int>(frames_.size()); }
-  /// True for a command that another one runs while CMDECHO is 0: what it tells of its own course isn't shown. Failures
-  /// are.
+  /// True for a command that another one runs while CMDECHO is 0: what it tells of its own course isn't
+  /// shown. Failures are.
   bool isQuiet() const;
   /// Flags of the command that is running now; 0 when there is none.
   int runningFlags() const;

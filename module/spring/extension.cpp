@@ -13,8 +13,8 @@ namespace {
 constexpr int kFewestCoils = 3;
 /// Where the hook's half turn begins and ends: -70 and 110 degrees.
 constexpr double kHookOut = -1.2217304763960306, kHookEnd = 1.9198621771937625;
-/// Of half the coil's diameter: the radius of the arc that leaves the hook. Its centre lies by the rest, 0.625, from
-/// the hook's, so that the two arcs touch.
+/// Of half the coil's diameter: the radius of the arc that leaves the hook. Its centre lies by the rest,
+/// 0.625, from the hook's, so that the two arcs touch.
 constexpr double kLeaving = 0.375;
 
 bool isDrawable(const double* point, double d, double D, double H0, double n) {

@@ -1,8 +1,8 @@
 // Torsion springs.
 //
 // The rows stand d/2 and d along the axis, so a front strand leans by atan((d/2)/D) and a rear one by
-// atan((t - d/2)/D). Outlines follow these leans, not the mean atan(t/(2 D)): with it they would miss the wire
-// centres on the other row.
+// atan((t - d/2)/D). Outlines follow these leans, not the mean atan(t/(2 D)): with it they would miss the
+// wire centres on the other row.
 #include "module/spring/coils.h"
 #include "module/spring/springs.h"
 

@@ -173,9 +173,7 @@ TEST(PackBoxes, EdgesOfTheInput) {
 }
 
 TEST(PackBoxes, LimitsStopTheSearchAndSayItOnce) {
-  const mek::PackInstance made = nestbench::boxSet(3, 50, 4);
-  Problem problem{{made.W, made.H, made.D}, {}};
-  for (std::size_t i = 0; i < made.w.size(); ++i) problem.boxes.push_back({made.w[i], made.h[i], made.d[i]});
+  const Problem problem = problemOf(nestbench::boxSet(2, 50, 2));
   const struct {
     Limits limits;
     const char* message;

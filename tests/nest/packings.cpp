@@ -198,8 +198,7 @@ std::string describe(const Problem& problem) {
 
 Problem problemOf(const mek::PackInstance& made) {
   Problem problem{{made.W, made.H, made.D}, {}};
-  for (std::size_t i = 0; i < made.w.size(); ++i)
-    problem.boxes.push_back({made.w[i], made.h[i], made.d[i]});
+  for (std::size_t i = 0; i < made.w.size(); ++i) problem.boxes.push_back({made.w[i], made.h[i], made.d[i]});
   return problem;
 }
 

@@ -43,8 +43,7 @@ void emitBoxes(int seconds, int numbers, int n) {
     for (int number = 0; number < numbers; ++number) {
       const mek::PackInstance set = nestbench::boxSet(boxClass, n, number);
       std::cout << "{\"class\":" << boxClass << ",\"n\":" << n << ",\"number\":" << number
-                << ",\"side\":" << set.W
-                << ",\"start\":" << mek::solvePackInstance(set, {1, 1, 0}, 0).ub;
+                << ",\"side\":" << set.W << ",\"start\":" << mek::solvePackInstance(set, {1, 1, 0}, 0).ub;
       for (const int robot : {0, 1}) {
         const auto start = std::chrono::steady_clock::now();
         const mek::PackResult result = mek::solvePackInstance(set, {0, 0, seconds}, robot);

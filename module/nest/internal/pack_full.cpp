@@ -73,8 +73,10 @@ FullBins::Place FullBins::nextPlace() const {
     const std::int16_t* lowest = std::min_element(floor_[y], floor_[y] + cells_[0]);
     if (*lowest < place.z) place = {static_cast<int>(lowest - floor_[y]), y, *lowest, 0, 0};
   }
-  while (place.x + place.width < cells_[0] && floor_[place.y][place.x + place.width] == place.z) ++place.width;
-  while (place.y + place.depth < cells_[1] && floor_[place.y + place.depth][place.x] == place.z) ++place.depth;
+  while (place.x + place.width < cells_[0] && floor_[place.y][place.x + place.width] == place.z)
+    ++place.width;
+  while (place.y + place.depth < cells_[1] && floor_[place.y + place.depth][place.x] == place.z)
+    ++place.depth;
   return place;
 }
 

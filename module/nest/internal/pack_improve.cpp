@@ -45,17 +45,20 @@ void Improver::load() {
   bins_.fill(0);
   volumes_.fill(0);
   for (const Box3D& box : a_.best) {
-    const auto place = std::find_if(a_.boxes.begin(), a_.boxes.end(), [&](const Box3D& own) { return own.no == box.no; });
+    const auto place =
+        std::find_if(a_.boxes.begin(), a_.boxes.end(), [&](const Box3D& own) { return own.no == box.no; });
     const int index = static_cast<int>(place - a_.boxes.begin());
     bins_[at(box.bno - 1)] |= bit(index);
     volumes_[at(box.bno - 1)] += box.vol;
   }
   std::array<int, kMemoBoxes + 1> order;
   for (int i = 0; i < binCount_; ++i) order[at(i)] = i;
-  std::stable_sort(order.begin(), order.begin() + binCount_, [&](int x, int y) { return volumes_[at(x)] < volumes_[at(y)]; });
+  std::stable_sort(order.begin(), order.begin() + binCount_,
+                   [&](int x, int y) { return volumes_[at(x)] < volumes_[at(y)]; });
   const int emptied = order[at(rounds_++ % binCount_)];
   poolSize_ = 0;
-  for (Boxes left = bins_[at(emptied)]; left != 0; left &= left - 1) pool_[at(poolSize_++)] = std::countr_zero(left);
+  for (Boxes left = bins_[at(emptied)]; left != 0; left &= left - 1)
+    pool_[at(poolSize_++)] = std::countr_zero(left);
   std::swap(bins_[at(emptied)], bins_[at(binCount_ - 1)]);
   std::swap(volumes_[at(emptied)], volumes_[at(binCount_ - 1)]);
   --binCount_;
