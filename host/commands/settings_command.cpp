@@ -6,6 +6,7 @@
 #include "host/commands/internal/rows.h"
 #include "host/commands/internal/support.h"
 #include "host/database/header.h"
+#include "host/editor/osnap.h"
 
 namespace kvcmd {
 
@@ -245,6 +246,31 @@ void runGrid() {
                L"GRIDMODE", false);
 }
 
+void runOsnap() {
+  if (!editor()) return;
+  const int old = variable(L"OSMODE", 0);
+  const CString now = kvedSnapNames(old);
+  CString list;
+  for (;;) {
+    const Got got =
+        Ask(L"\nEnter list of object snap modes or [?] <" + (now.IsEmpty() ? CString(L"none") : now) + L">: ")
+            .text(list);
+    if (got != Got::Value) return;
+    const auto snaps = kvedSnapsOf(list.view());
+    if (list == L"?") {
+      say(kvedSnapNames(kKvedAllSnaps) + L", none");
+    } else if (snaps) {
+      // Bits that stand for what this host doesn't know stay.
+      setVariable(L"OSMODE", (old & ~(kKvedAllSnaps | kKvedSnapSuspended)) | *snaps);
+      break;
+    } else {
+      say(L"\"" + list + L"\" is no list of object snaps: words with commas, as END,MID.");
+    }
+  }
+  if (variable(L"OSMODE", 0) != 0 && variable(L"OSNAPCOORD", 1) == 1)
+    say(L"Typed points stay as they are typed; OSNAPCOORD 0 lets the snaps act on them too.");
+}
+
 constexpr KvCommandRow kRows[] = {
     {L"ATTDISP", L"", KVRX_CMD_TRANSPARENT, runAttdisp,
      L"Shows attributes as they were defined, all, or none.",
@@ -274,6 +300,11 @@ constexpr KvCommandRow kRows[] = {
     {L"ORTHO", L"", KVRX_CMD_TRANSPARENT, runOrtho,
      L"Keeps directions that are shown or typed before a distance along the axes.",
      L"Enter mode [ON/OFF] <OFF>:"},
+    {L"OSNAP", L"OS -OSNAP DDOSNAP", KVRX_CMD_TRANSPARENT, runOsnap,
+     L"Sets the object snaps that act on the points of a cursor, and by OSNAPCOORD on typed ones.",
+     L"Enter list of object snap modes or [?] <END,CEN,INT>: (END, MID, CEN, NOD, QUA, INT, INS, PER, TAN, "
+     L"NEA with "
+     L"commas; NONE: no snaps)"},
     {L"QTEXT", L"", KVRX_CMD_TRANSPARENT, runQtext, L"Shows texts as frames, or whole.",
      L"Enter mode [ON/OFF] <OFF>:"},
     {L"SNAP", L"SN", KVRX_CMD_TRANSPARENT, runSnap, L"Sets the spacing to which a cursor jumps.",

@@ -1,6 +1,7 @@
 #include "host/editor/editor.h"
 
 #include <cassert>
+#include <cmath>
 #include <exception>
 #include <utility>
 
@@ -131,7 +132,12 @@ KvEdOutcome KvEdEditor::runCommand(const CString& typed) {
     return KvEdOutcome::Unknown;
   }
   lastCommand_ = typedVariable.IsEmpty() ? command->globalName() : typedVariable;
-  if (frames_.empty() && onCommandStarted) onCommandStarted();
+  if (frames_.empty()) {
+    wayPoint_.reset();
+    wayDirection_.reset();
+    cursor_.reset();
+    if (onCommandStarted) onCommandStarted();
+  }
   auto frame = std::make_unique<Frame>();
   frame->command = command;
   frame->name = CString(command->globalName()).MakeUpper();
@@ -146,6 +152,43 @@ KvEdOutcome KvEdEditor::runCommand(const CString& typed) {
   closeFrame(own, outcome);
   if (frames_.empty() && onCommandEnded) onCommandEnded(outcome);
   return outcome;
+}
+
+bool KvEdEditor::runTransparent(const CString& typed) {
+  if (typed.GetLength() < 2 || typed.GetAt(0) != L'\'') return false;
+  const CString name = typed.Mid(1);
+  const KvEdCommand* command = commandFor(name);
+  if (!command) return false;
+  if (!(command->commandFlags() & KVRX_CMD_TRANSPARENT) || frames_.size() >= kDeepestNesting) {
+    typedVariable.Empty();
+    printLine(L"** That command may not be invoked transparently **");
+    return true;
+  }
+  const CString last = lastCommand_;
+  const auto wayPoint = wayPoint_;
+  const auto wayDirection = wayDirection_;
+  const KvGePoint3d point = lastPoint;
+  printLine(L">>" + CString(command->globalName()).MakeUpper());
+  runCommand(name);
+  lastCommand_ = last;
+  wayPoint_ = wayPoint;
+  wayDirection_ = wayDirection;
+  lastPoint = point;
+  printLine(L"Resuming " + (frames_.empty() ? CString() : frames_.back()->name) + L" command.");
+  return true;
+}
+
+std::optional<double> KvEdEditor::shownDirection(const KvGePoint3d& base) const {
+  if (cursor_ && (cursor_->x != base.x || cursor_->y != base.y))
+    return std::atan2(cursor_->y - base.y, cursor_->x - base.x);
+  return wayDirection_;
+}
+
+void KvEdEditor::noteWay(const KvGePoint3d& point) {
+  if (wayPoint_ && (wayPoint_->x != point.x || wayPoint_->y != point.y))
+    wayDirection_ = std::atan2(point.y - wayPoint_->y, point.x - wayPoint_->x);
+  wayPoint_ = point;
+  cursor_.reset();
 }
 
 const KvEdCommand* KvEdEditor::commandFor(const CString& name) {
@@ -279,6 +322,8 @@ int KvEdEditor::runningFlags() const {
 KvEdToken KvEdEditor::readToken(KvEdReadMode mode, const CString& prompt, KvEdTracking tracking) {
   for (;;) {
     KvEdToken token = running_ == 0 ? readFromSources(mode, prompt) : readFor(running_ - 1, mode, prompt);
+    if (token.isTracking && token.kind == KvEdToken::Kind::Point)
+      cursor_ = KvGePoint3d(token.numbers[0], token.numbers[1], token.numbers[2]);
     if (!token.isTracking || tracking == KvEdTracking::Wanted) return token;
     const KvGePoint3d world = kvedUserToWorld(kvdbDatabaseOrWorking(nullptr)) *
                               KvGePoint3d(token.numbers[0], token.numbers[1], token.numbers[2]);
@@ -326,6 +371,8 @@ KvEdToken KvEdEditor::readFromSources(KvEdReadMode mode, const CString& prompt) 
       continue;
     }
     currentLine_ = source.line();
+    if (token.origin == KvEdToken::Origin::Program)
+      token.origin = source.isInteractive() ? KvEdToken::Origin::Keyboard : KvEdToken::Origin::Script;
     if (!source.isInteractive()) print(token.text + L"\n");
     atLineStart_ = true;
     return token;

@@ -100,6 +100,16 @@ class KvEdEditor {
   KvGePoint3d lastPoint;
   double lastAngle = 0;
 
+  /// A command typed with an apostrophe inside another one's prompt: runs it when it is transparent, and says
+  /// so when it isn't. False for any other text, which is the prompt's to judge.
+  bool runTransparent(const CString& typed);
+  /// The direction, in radians from the user's X axis, in which a distance typed in place of a point goes:
+  /// from `base` towards the cursor, where a front end has shown it since the last point; else on from the
+  /// last point but one of the running command to the last one. None when neither is known.
+  std::optional<double> shownDirection(const KvGePoint3d& base) const;
+  /// Takes a point, in user coordinates, as the next one on the running command's way.
+  void noteWay(const KvGePoint3d& point);
+
   /// The variable whose name was typed in place of a command's; SETVAR, which runs then, takes it.
   CString typedVariable;
 
@@ -133,6 +143,8 @@ class KvEdEditor {
   std::vector<std::unique_ptr<Frame>> frames_;
   std::size_t running_ = 0;  // number of frames on the running command's side of the stack; 0: none
   GetOptions getOptions_;
+  std::optional<KvGePoint3d> wayPoint_, cursor_;  // user coordinates
+  std::optional<double> wayDirection_;
   CString lastCommand_;
   int currentLine_ = 0;
   bool atLineStart_ = true;

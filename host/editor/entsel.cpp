@@ -70,7 +70,9 @@ int select(const wchar_t* prompt, bool nested, Picked& picked) {
         (token.text.CompareNoCase(L"L") == 0 || token.text.CompareNoCase(L"LAST") == 0))
       return takeId(*editor, kved::lastSeen(*database), editor->lastPoint, picked);
     KvGePoint3d point;
-    Verdict verdict = kved::judgePoint(*editor, token, question, point);
+    kved::PointWish wish;
+    wish.isPick = true;
+    Verdict verdict = kved::judgePoint(*editor, token, question, point, wish);
     if (verdict.isTaken && verdict.status == RTNORM && !pickAt(*editor, *database, point, nested, picked))
       verdict.status = RTERROR;
     return verdict;

@@ -28,6 +28,10 @@ struct KvEdToken {
   int dimensions = 0;  ///< of a point: 2 or 3
   long long name[2] = {0, 0};
   bool isTracking = false;  ///< of a point: the cursor moves there, it isn't an answer
+  /// Who gave it. A front end marks the points of its cursor: they were meant roughly, and running object
+  /// snaps, the snap's grid and ORTHO make them exact. Everything else is told by the editor.
+  enum class Origin : std::uint8_t { Program, Script, Keyboard, Cursor };
+  Origin origin = Origin::Program;
 
   static KvEdToken ofText(CString text);
   static KvEdToken of(Kind kind);

@@ -101,10 +101,17 @@ KvEdJig::DragStatus KvEdJig::acquire(Convert&& convert) {
 }
 
 KvEdJig::DragStatus KvEdJig::acquirePoint(KvGePoint3d& value) {
+  return acquirePointFrom(value, nullptr);
+}
+
+KvEdJig::DragStatus KvEdJig::acquirePointFrom(KvGePoint3d& value, const KvGePoint3d* base) {
   return acquire([&](KvEdEditor& editor, const KvEdToken& token, DragStatus& status, CString& complaint) {
     const KvGePoint3d before = editor.lastPoint;
     KvGePoint3d user;
-    const kved::Verdict verdict = kved::judgePoint(editor, token, prompt_, user);
+    kved::PointWish wish;
+    if (base && std::isfinite(base->x) && std::isfinite(base->y) && std::isfinite(base->z))
+      wish.base = kved::worldToUser(*base);
+    const kved::Verdict verdict = kved::judgePoint(editor, token, prompt_, user, wish);
     complaint = verdict.complaint;
     if (!verdict.isTaken) return false;
     if (verdict.status != RTNORM) {
@@ -125,7 +132,7 @@ KvEdJig::DragStatus KvEdJig::acquirePoint(KvGePoint3d& value, const KvGePoint3d&
   if (!editor) return kCancel;
   if (std::isfinite(base.x) && std::isfinite(base.y) && std::isfinite(base.z))
     editor->lastPoint = kved::worldToUser(base);
-  return acquirePoint(value);
+  return acquirePointFrom(value, &base);
 }
 
 KvEdJig::DragStatus KvEdJig::acquireAngle(double& value, const KvGePoint3d& base) {

@@ -79,6 +79,7 @@ class KvEdJig : public KvRxObject {
   DragStatus acquireString(CString& value);
 
  private:
+  DragStatus acquirePointFrom(KvGePoint3d& value, const KvGePoint3d* base);
   template <class Convert>
   DragStatus acquire(Convert&& convert);
   DragStatus show();

@@ -56,13 +56,17 @@ KvGePoint3d pointAt(const double* p) {
   return {p[0], p[1], p[2]};
 }
 
-int getPoint(const wchar_t* prompt, double* result) {
+/// With a base distances and angles may stand for the point, unless any text is an answer.
+int getPoint(const wchar_t* prompt, const double* base, double* result) {
   KvEdEditor* editor = currentEditor();
   if (!editor || !result) return RTERROR;
   const auto options = editor->takeGetOptions();
+  kved::PointWish wish;
+  if (base && !(options.flags & KVED_ARBITRARY)) wish.base = pointAt(base);
+  wish.mayLeaveLimits = (options.flags & KVED_NOLIMITS) != 0;
   return kved::ask(*editor, CString(prompt), options, [&](const KvEdToken& token) {
     KvGePoint3d point;
-    const Verdict verdict = kved::judgePoint(*editor, token, CString(prompt), point);
+    const Verdict verdict = kved::judgePoint(*editor, token, CString(prompt), point, wish);
     if (verdict.isTaken && verdict.status == RTNORM) store(point, result);
     return verdict;
   });
@@ -113,7 +117,9 @@ int getAngle(const double* base, const wchar_t* prompt, double* result, bool isF
       return verdict;
     }
     KvGePoint3d start, end;
-    Verdict verdict = kved::judgePoint(*editor, token, CString(prompt), start);
+    kved::PointWish wish;
+    if (base) wish.base = pointAt(base);
+    Verdict verdict = kved::judgePoint(*editor, token, CString(prompt), start, wish);
     if (!verdict.isTaken) return Verdict::refused(L"An angle or a point is needed.");
     if (verdict.status == RTNORM) verdict.status = secondPoint(*editor, base, start, end);
     if (verdict.status != RTNORM) return verdict;
@@ -238,12 +244,12 @@ int kvedGetInput(wchar_t* buffer, std::size_t size) {
 
 int kvedGetPoint(const double* base, const wchar_t* prompt, double* result) {
   if (base && !isFinite(base)) return RTERROR;
-  return getPoint(prompt, result);
+  return getPoint(prompt, base, result);
 }
 
 int kvedGetCorner(const double* base, const wchar_t* prompt, double* result) {
   if (!base || !isFinite(base)) return RTERROR;
-  return getPoint(prompt, result);
+  return getPoint(prompt, nullptr, result);
 }
 
 int kvedGetDist(const double* base, const wchar_t* prompt, double* result) {
@@ -257,7 +263,9 @@ int kvedGetDist(const double* base, const wchar_t* prompt, double* result) {
       return verdict;
     }
     KvGePoint3d start, end;
-    Verdict verdict = kved::judgePoint(*editor, token, CString(prompt), start);
+    kved::PointWish wish;
+    if (base) wish.base = pointAt(base);
+    Verdict verdict = kved::judgePoint(*editor, token, CString(prompt), start, wish);
     if (!verdict.isTaken) return Verdict::refused(L"A distance or a point is needed.");
     if (verdict.status == RTNORM) verdict.status = secondPoint(*editor, base, start, end);
     if (verdict.status != RTNORM) return verdict;

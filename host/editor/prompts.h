@@ -3,9 +3,25 @@
 // RTKWORD for a keyword, RTCAN for a cancel, RTERROR for wrong arguments. A reply that can't be read is asked
 // for again, with a word why, at most 100 times from a script.
 //
-// Points are in user coordinates, angles in radians. How they are written tells point_input.h; an object snap
-// (`end`, `mid`, `cen`, `nod`, `qua`, `int`, `ins`, `per`, `tan`, `nea`, `non`) may stand before a point.
-// Each point becomes the variable LASTPOINT.
+// Points are in user coordinates, angles in radians. How they are written tells point_input.h. In place of a
+// point there may stand:
+//
+//   end  mid,cen  ...  object snaps (osnap.h) before a rough point; `non` takes it as it is
+//   .x  .xy  ...       these coordinates from the point that follows, the others from the next
+//   from               a base point, then the offset from it (`@...`)
+//   mtp  m2p           the middle of two points
+//   tt                 a point to count from (`@...`), then the point itself
+//   d                  a distance from the base of the rubber line: in the direction of the cursor, where a
+//   front
+//                      end shows one, else on in the direction of the last two points of the command, else
+//                      along X
+//   <a                 the direction from that base; a distance follows, or a point that tells how far
+//
+// With ORTHOMODE the direction of a plain distance is the nearest axis of the snap. Points of a cursor
+// (KvEdToken::Origin) go to what the running snaps of OSMODE find, else to the snap's grid (SNAPMODE) and
+// with ORTHOMODE along its axes. Typed ones stay as they are typed, unless OSNAPCOORD lets running snaps act
+// on them: 0 always, 2 in scripts. With LIMCHECK points outside the limits are refused. Each point becomes
+// the variable LASTPOINT. A command with an apostrophe ('ZOOM) runs in between when it is transparent.
 #include "host/base/kvds.h"
 #include "host/editor/editor.h"
 
@@ -13,6 +29,7 @@
 inline constexpr int KVED_NONULL = 1;
 inline constexpr int KVED_NOZERO = 2;
 inline constexpr int KVED_NONEG = 4;
+inline constexpr int KVED_NOLIMITS = 8;
 inline constexpr int KVED_ARBITRARY = 128;
 
 /// Flags and keywords of the next prompt. Keywords are separated by blanks; their capitals are the shortest

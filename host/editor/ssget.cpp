@@ -166,7 +166,7 @@ class Selecting {
   KvDbDatabase& database_;
   const Mode& mode_;
   KvEdEntityFilter& filter_;
-  kved::Picker picker_;
+  std::optional<kved::Picker> picker_;
   KvEdPicks picks_;
   std::vector<KvEdPicks> history_;
   bool isRemoving_ = false, isSingle_ = false;
@@ -241,7 +241,7 @@ int Selecting::takeEverything() {
 
 int Selecting::takeAt(const KvGePoint3d& world) {
   KvEdPicks picks;
-  const auto hits = picker_.allAt(world);
+  const auto hits = picker_->allAt(world);
   isEmptyPlace_ = hits.empty();
   for (const PickHit& hit : hits) {
     KvEdPick pick = kved::pickOf(hit, world, mode_.isNested);
@@ -256,10 +256,10 @@ int Selecting::takeAt(const KvGePoint3d& world) {
 
 int Selecting::takeRegion(PickRegion::Kind kind, const std::vector<KvGePoint3d>& world) {
   PickRegion region{kind, {}};
-  for (const KvGePoint3d& p : world) region.points.push_back(picker_.toView(p));
+  for (const KvGePoint3d& p : world) region.points.push_back(picker_->toView(p));
   const auto window = std::make_shared<const KvEdPickWindow>(world);
   KvEdPicks picks;
-  for (const PickHit& hit : picker_.in(region, [&](KvDbObjectId id) { return isAccepted(id); })) {
+  for (const PickHit& hit : picker_->in(region, [&](KvDbObjectId id) { return isAccepted(id); })) {
     KvEdPick pick;
     pick.id = hit.id;
     if (kind == PickRegion::Kind::Fence) {
@@ -275,8 +275,8 @@ int Selecting::takeRegion(PickRegion::Kind kind, const std::vector<KvGePoint3d>&
 }
 
 int Selecting::takeRectangle(PickRegion::Kind kind, const KvGePoint3d& a, const KvGePoint3d& b) {
-  const PickRegion flat = PickRegion::rectangle(kind, picker_.toView(a), picker_.toView(b));
-  const KvGeMatrix3d toWorld = picker_.view().viewToWorld();
+  const PickRegion flat = PickRegion::rectangle(kind, picker_->toView(a), picker_->toView(b));
+  const KvGeMatrix3d toWorld = picker_->view().viewToWorld();
   std::vector<KvGePoint3d> corners;
   for (const KvGePoint2d& p : flat.points) corners.push_back(toWorld * KvGePoint3d(p.x, p.y, 0));
   return takeRegion(kind, corners);
@@ -382,6 +382,10 @@ int Selecting::ask(const wchar_t* const* prompts) {
       editor_.lastInput = kvedMatchKeyword(options.keywords, token.text);
       if (!editor_.lastInput.IsEmpty()) return RTKWORD;
     }
+    if (token.kind == Kind::Text && editor_.runTransparent(token.text)) {
+      picker_.emplace(database_);  // the view may be another one
+      continue;
+    }
     KvEdPicks before = picks_;
     int found = -1;
     bool isDone = false;
@@ -465,9 +469,12 @@ int Selecting::option(const CString& keyword, int& found) {
 
 int Selecting::askPoint(const wchar_t* prompt, KvGePoint3d& world, bool mayEnd) {
   KvGePoint3d point;
-  const int status = kved::ask(
-      editor_, CString(prompt), {mayEnd ? 0 : KVED_NONULL, {}},
-      [&](const KvEdToken& token) { return kved::judgePoint(editor_, token, CString(prompt), point); });
+  const int status =
+      kved::ask(editor_, CString(prompt), {mayEnd ? 0 : KVED_NONULL, {}}, [&](const KvEdToken& token) {
+        kved::PointWish wish;
+        wish.isPick = true;
+        return kved::judgePoint(editor_, token, CString(prompt), point, wish);
+      });
   if (status == RTNORM) world = kved::userToWorld(point);
   return status;
 }
@@ -478,9 +485,12 @@ int Selecting::askRectangle(std::optional<PickRegion::Kind> kind, std::optional<
   if (corner) a = *corner;
   if (!corner)
     if (const int status = askPoint(L"Specify first corner: ", a, false); status != RTNORM) return status;
-  if (const int status = askPoint(L"Specify opposite corner: ", b, false); status != RTNORM) return status;
+  // A pick that missed may have been meant as one: an empty answer gives the window up.
+  const int status = askPoint(L"Specify opposite corner: ", b, corner.has_value());
+  if (status == RTNONE) found = 0;
+  if (status != RTNORM) return status == RTNONE ? RTNORM : status;
   // From left to right what lies inside, from right to left also what is crossed.
-  const bool isRightward = picker_.toView(b).x >= picker_.toView(a).x;
+  const bool isRightward = picker_->toView(b).x >= picker_->toView(a).x;
   found =
       takeRectangle(kind.value_or(isRightward ? PickRegion::Kind::Window : PickRegion::Kind::Crossing), a, b);
   return RTNORM;

@@ -72,6 +72,21 @@ constexpr Case kDrawing[] = {
 INSTANTIATE_TEST_SUITE_P(Draw, DrawingCommandsTest, testing::ValuesIn(kDrawing),
                          [](const auto& one) { return one.param.name; });
 
+constexpr Case kSystems[] = {
+    {"SystemByName", "", "UCS 10,5||UCS Z 90|UCS S BENCH|UCS W|POINT 1,0|UCS R bench|POINT 1,0|",
+     "point 1,0\npoint 10,6"},
+    {"SystemReplacedAndDeleted", "",
+     "UCS 10,5||UCS S B|UCS W|UCS S B Y|UCS 3,3||UCS NA R B|POINT 1,0|UCS D B|UCS R B|", "point 1,0"},
+    {"SystemPrevious", "", "UCS 10,5||UCS 1,1||UCS P|POINT 0,0|UCS P|POINT 0,0|", "point 10,5\npoint 0,0"},
+    {"SystemOfLine", "line 10,10 10,20", "UCS OB 10,19|POINT 1,0|", "line 10,10 10,20\npoint 10,19"},
+    {"SystemByThreePoints", "", "UCS 3 5,5 5,6 4,5|POINT 2,1|", "point 4,7"},
+    {"SystemMoved", "", "UCS Z 90|UCS M 2,0|POINT 1,0|", "point 0,3"},
+    {"SystemRenamed", "", "UCS 10,5||UCS S B|RENAME U B BENCH|UCS W|UCS R BENCH|POINT 0,0|", "point 10,5"},
+    {"SystemOnItsZAxis", "", "UCS ZA 0,0 1,0,0|POINT 0,0,4|", "point 4,0"},
+};
+INSTANTIATE_TEST_SUITE_P(Systems, DrawingCommandsTest, testing::ValuesIn(kSystems),
+                         [](const auto& one) { return one.param.name; });
+
 constexpr Case kChanging[] = {
     {"Move", "line 0,0 1,0\ncircle 0,0 r1", "MOVE L||0,0 5,5|", "line 0,0 1,0\ncircle 5,5 r1"},
     {"MoveByFirstPoint", "point 1,1", "MOVE L||2,3||", "point 3,4"},

@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include "host/editor/internal/object_snap.h"
 #include "host/editor/prompts.h"
 #include "platform/text/number.h"
 
@@ -33,6 +32,10 @@ int ask(KvEdEditor& editor, const CString& prompt, const KvEdEditor::GetOptions&
         editor.lastInput = keyword;
         return RTKWORD;
       }
+    }
+    if (isText && mode == KvEdReadMode::Word && editor.runTransparent(token.text)) {
+      --attempt;
+      continue;
     }
     const Verdict verdict = judge(token);
     if (verdict.isTaken) return verdict.status;
@@ -92,26 +95,6 @@ void notePoint(KvEdEditor& editor, const KvGePoint3d& raw, const KvGePoint3d& co
   editor.lastPoint = computed;
   const KvGeMatrix3d toWorld = kvedPointContext().userToWorld;
   editor.inputPoints().tell(KvEdInputPoint(toWorld * raw, toWorld * computed, isComputed));
-}
-
-Verdict judgePoint(KvEdEditor& editor, const KvEdToken& token, const CString& prompt, KvGePoint3d& point) {
-  if (const auto given = pointOf(token)) {
-    point = *given;
-    notePoint(editor, point, point, false);
-    return Verdict::taken();
-  }
-  const auto snap = token.kind == Kind::Text ? snapModeOf(token.text.view()) : std::nullopt;
-  if (!snap) return Verdict::refused(L"A point is needed.");
-  // The snap's own point.
-  const KvEdToken near = editor.readToken(KvEdReadMode::Word, prompt + snapPrompt(*snap));
-  if (near.kind == Kind::Cancel || near.kind == Kind::End) return Verdict::taken(RTCAN);
-  const auto given = pointOf(near);
-  if (!given) return Verdict::refused(L"A point is needed.");
-  const auto found = snapTo(*snap, *given, editor.lastPoint);
-  if (!found) return Verdict::refused(L"Nothing to snap to there.");
-  point = *found;
-  notePoint(editor, *given, point, true);
-  return Verdict::taken();
 }
 
 }  // namespace kved

@@ -32,9 +32,17 @@ std::optional<double> numberOf(const KvEdToken& token);
 /// The text of an answer: typed, or a number as it is written.
 CString textOf(const KvEdToken& token);
 
-/// Judges an answer as a point: with object snaps (`end`, `mid`, ... before it), telling the monitors and
-/// keeping it as the last point.
-Verdict judgePoint(KvEdEditor& editor, const KvEdToken& token, const CString& prompt, KvGePoint3d& point);
+/// What a prompt wants of a point.
+struct PointWish {
+  std::optional<KvGePoint3d>
+      base;             ///< where a rubber line starts: distances and angles may stand for a point
+  bool isPick = false;  ///< it points at something: taken as it is
+  bool mayLeaveLimits = true;
+};
+/// Judges an answer as a point in all ways that prompts.h tells of, telling the monitors and keeping it as
+/// the last point.
+Verdict judgePoint(KvEdEditor& editor, const KvEdToken& token, const CString& prompt, KvGePoint3d& point,
+                   const PointWish& wish = {});
 /// Keeps a point as the last one and tells the monitors. User coordinates.
 void notePoint(KvEdEditor& editor, const KvGePoint3d& raw, const KvGePoint3d& computed, bool isComputed);
 

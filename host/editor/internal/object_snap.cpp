@@ -6,6 +6,7 @@
 #include "host/database/chainwriter.h"
 #include "host/database/entity.h"
 #include "host/editor/internal/selecting.h"
+#include "host/editor/osnap.h"
 #include "host/entities/blockreference.h"
 #include "host/entities/curves.h"
 #include "host/geometry/intersect.h"
@@ -16,6 +17,20 @@ namespace kved {
 namespace {
 
 using Curves = std::vector<std::unique_ptr<KvGeCurve3d>>;
+
+enum class SnapMode {
+  None = 0,
+  End = 1,
+  Middle = 2,
+  Center = 4,
+  Node = 8,
+  Quadrant = 16,
+  Intersection = 32,
+  Insertion = 64,
+  Perpendicular = 128,
+  Tangent = 256,
+  Nearest = 512
+};
 
 struct SnapWord {
   const wchar_t* word;
@@ -159,39 +174,58 @@ void offerMeetings(const std::vector<PickHit>& hits, Nearest& nearest) {
 
 }  // namespace
 
-std::optional<SnapMode> snapModeOf(std::wstring_view word) {
+std::optional<KvGePoint3d> snapTo(int snaps, const KvGePoint3d& nearUser, const KvGePoint3d& fromUser) {
+  KvDbDatabase* database = kvdbDatabaseOrWorking(nullptr);
+  if (!database || snaps == 0) return std::nullopt;
+  const KvGePoint3d near = userToWorld(nearUser), from = userToWorld(fromUser);
+  const std::vector<PickHit> hits = Picker(*database).allAt(near);
+  Nearest nearest(near);
+  const auto offer = [&](SnapMode mode) {
+    if (!(snaps & static_cast<int>(mode))) return;
+    if (mode == SnapMode::Intersection) return offerMeetings(hits, nearest);
+    for (const PickHit& hit : hits) offerOfHit(mode, hit, near, from, nearest);
+  };
+  for (const SnapWord& row : kWords)
+    if (row.mode != SnapMode::Nearest) offer(row.mode);
+  if (!nearest.best()) offer(SnapMode::Nearest);
+  const auto found = nearest.best();
+  if (!found) return std::nullopt;
+  return worldToUser(*found);
+}
+
+namespace {
+
+std::optional<SnapMode> snapOf(std::wstring_view word) {
   if (!word.empty() && word.front() == L'_') word.remove_prefix(1);
   if (word.size() < kShortest) return std::nullopt;
   for (const SnapWord& row : kWords) {
     const std::wstring_view whole(row.word);
-    if (word.size() > whole.size()) continue;
-    if (std::equal(word.begin(), word.end(), whole.begin(),
+    if (word.size() <= whole.size() &&
+        std::equal(word.begin(), word.end(), whole.begin(),
                    [](wchar_t a, wchar_t b) { return platform::toLower(a) == b; }))
       return row.mode;
   }
   return std::nullopt;
 }
 
-CString snapPrompt(SnapMode mode) {
-  for (const SnapWord& row : kWords)
-    if (row.mode == mode) return L" " + CString(row.word) + (mode == SnapMode::None ? L" " : L" of ");
-  return CString();
-}
-
-std::optional<KvGePoint3d> snapTo(SnapMode mode, const KvGePoint3d& nearUser, const KvGePoint3d& fromUser) {
-  KvDbDatabase* database = kvdbDatabaseOrWorking(nullptr);
-  if (mode == SnapMode::None) return nearUser;
-  if (!database) return std::nullopt;
-  const KvGePoint3d near = userToWorld(nearUser), from = userToWorld(fromUser);
-  const std::vector<PickHit> hits = Picker(*database).allAt(near);
-  Nearest nearest(near);
-  if (mode == SnapMode::Intersection)
-    offerMeetings(hits, nearest);
-  else
-    for (const PickHit& hit : hits) offerOfHit(mode, hit, near, from, nearest);
-  const auto found = nearest.best();
-  if (!found) return std::nullopt;
-  return worldToUser(*found);
-}
-
+}  // namespace
 }  // namespace kved
+
+std::optional<int> kvedSnapsOf(std::wstring_view list) {
+  int snaps = 0;
+  for (;;) {
+    const std::size_t comma = list.find(L',');
+    const auto mode = kved::snapOf(list.substr(0, comma));
+    if (!mode) return std::nullopt;
+    snaps |= static_cast<int>(*mode);
+    if (comma == std::wstring_view::npos) return snaps;
+    list.remove_prefix(comma + 1);
+  }
+}
+
+CString kvedSnapNames(int snaps) {
+  CString names;
+  for (const kved::SnapWord& row : kved::kWords)
+    if (snaps & static_cast<int>(row.mode)) names += (names.IsEmpty() ? L"" : L",") + CString(row.word);
+  return names;
+}
