@@ -217,8 +217,11 @@ class KvDbDatabase {
 
   /// The folder of the file that the drawing was read from: what it refers to is looked for there. Native;
   /// empty for one that was read from no file.
-  const std::filesystem::path& folder() const { return folder_; }
-  void setFolder(std::filesystem::path folder) { folder_ = std::move(folder); }
+  const std::filesystem::path& folder() const { return *folder_; }
+  const std::shared_ptr<const std::filesystem::path>& sharedFolder() const { return folder_; }
+  void setFolder(std::filesystem::path folder) {
+    folder_ = std::make_shared<const std::filesystem::path>(std::move(folder));
+  }
 
   KvDbFileExtras& extras() { return extras_; }
   const KvDbFileExtras& extras() const { return extras_; }
@@ -334,7 +337,7 @@ class KvDbDatabase {
   std::unique_ptr<KvDbTransactionManager> transactions_;
   std::unique_ptr<KvDbLayoutManager> layouts_;
   KvDbFileExtras extras_;
-  std::filesystem::path folder_;
+  std::shared_ptr<const std::filesystem::path> folder_ = std::make_shared<const std::filesystem::path>();
   std::unique_ptr<KvDbHeader> header_;
   int modifiedWord_ = 0;
   int openCount_ = 0;

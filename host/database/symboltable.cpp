@@ -75,7 +75,7 @@ Kvad::ErrorStatus KvDbSymbolTable::add(KvDbObjectId& id, KvDbSymbolTableRecord* 
   if (!isWriteEnabled()) return Kvad::eNotOpenForWrite;
   if (!record->isKindOf(recordClass())) return Kvad::eNotThatKindOfClass;
   if (!acceptsName(*record)) return Kvad::eInvalidName;
-  if (has(record->getName())) return Kvad::eDuplicateRecordName;
+  if (!record->getName().IsEmpty() && has(record->getName())) return Kvad::eDuplicateRecordName;
   assertWriteEnabled();
   id = database()->addObject(record, objectId());
   addAsRead(*record);

@@ -28,6 +28,27 @@ constexpr auto kAlways = KvDbField::Write::Always;
 
 }  // namespace
 
+bool KvDbTextStyleTable::acceptsName(KvDbSymbolTableRecord& record) const {
+  const auto* style = KvDbTextStyleTableRecord::cast(&record);
+  const bool isOfShapes = style && style->isShapeFile() && record.getName().IsEmpty();
+  return isOfShapes || KvDbSymbolTable::acceptsName(record);
+}
+
+KvDbObjectId KvDbTextStyleTable::shapeFileRecord(const CString& file) const {
+  const auto base = [](std::wstring_view name) {
+    if (const std::size_t slash = name.find_last_of(L"\\/"); slash != name.npos)
+      name.remove_prefix(slash + 1);
+    return name.substr(0, name.rfind(L'.'));
+  };
+  for (KvDbObjectId id : records()) {
+    const auto* record = KvDbTextStyleTableRecord::cast(id.stub()->object);
+    if (record && record->isShapeFile() &&
+        platform::equalNoCase(base(record->fileName().view()), base(file.view())))
+      return id;
+  }
+  return {};
+}
+
 // The marker, name and flags are the base's; these rows stand behind them in the same section.
 const KvDbField KvDbLayerTableRecord::kFields[] = {
     kvdbSection(L"AcDbLayerTableRecord"),
@@ -114,6 +135,10 @@ void KvDbTextStyleTableRecord::setGeneration(int flag, bool on) {
 void KvDbTextStyleTableRecord::setFileName(const CString& file) {
   assertWriteEnabled();
   fontFile_ = file;
+}
+void KvDbTextStyleTableRecord::setIsShapeFile(bool isShapeFile) {
+  assertWriteEnabled();
+  flags_ = static_cast<std::int16_t>(isShapeFile ? flags_ | kShapeFile : flags_ & ~kShapeFile);
 }
 void KvDbTextStyleTableRecord::setBigFontFileName(const CString& file) {
   assertWriteEnabled();

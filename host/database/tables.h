@@ -123,12 +123,16 @@ class KvDbTextStyleTableRecord : public KvDbSymbolTableRecord {
   void setBigFontFileName(const CString& file);
   bool isBackward() const { return (generation_ & 2) != 0; }
   bool isUpsideDown() const { return (generation_ & 4) != 0; }
+  /// The record names a file of shapes, not of letters; such records have no name.
+  bool isShapeFile() const { return (standardFlags() & kShapeFile) != 0; }
+  void setIsShapeFile(bool isShapeFile);
 
  protected:
   const wchar_t* fileMarker() const override { return L"AcDbTextStyleTableRecord"; }
 
  private:
   void setGeneration(int flag, bool on);
+  static constexpr int kShapeFile = 1;
 
   double height_ = 0, widthFactor_ = 1, lastHeight_ = 2.5;
   KvDbAngle oblique_;
@@ -140,6 +144,11 @@ class KvDbTextStyleTable : public KvDbSymbolTable {
   KVRX_DECLARE(KvDbTextStyleTable)
  public:
   const KvRxClass* recordClass() const override { return KvDbTextStyleTableRecord::desc(); }
+  /// The record of a shape file (names compared without ending and case); null when there is none.
+  KvDbObjectId shapeFileRecord(const CString& file) const;
+
+ protected:
+  bool acceptsName(KvDbSymbolTableRecord& record) const override;
 };
 
 /// A dimension style. Its variables are kept group by group.

@@ -351,7 +351,18 @@ void KvGiTracer::drawGlyphs(const KvGeMatrix3d& toWorld, const KvGiTextLook& loo
     flat_.clear();
     outlineCounts_.clear();
     kvltFlatten(glyph, deviation_ / scale, flat_, outlineCounts_);
-    fillFlat();
+    if (!glyph.glyph->isStroked) {
+      fillFlat();
+      continue;
+    }
+    outline_.clear();
+    for (KvGePoint2d p : flat_) outline_.push_back(toWorld * KvGePoint3d(p.x, p.y, 0));
+    if (!areDrawable(outline_.data(), outline_.size())) continue;
+    const KvGePoint3d* at = outline_.data();
+    for (int count : std::vector<int>(outlineCounts_)) {
+      strokeWorld(at, count);
+      at += count;
+    }
   }
   for (const KvLtBar& bar : line.bars) {
     const double half = bar.thickness / 2;

@@ -35,6 +35,7 @@ KvGiTextLook kvdbLookOfStyle(KvDbObjectId style) {
   if (!record) return look;
   look.fontFile = record->fileName();
   look.bigFontFile = record->bigFontFileName();
+  if (record->database()) look.fontFolder = record->database()->sharedFolder();
   look.height = record->textSize() > 0 ? record->textSize() : 1;
   look.widthFactor = record->xScale();
   look.oblique = record->obliquingAngle();

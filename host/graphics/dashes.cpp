@@ -90,17 +90,17 @@ double KvGrDashes::total() const {
   return sum;
 }
 
-bool KvGrDashes::isSound() const {
+bool KvGrDashes::isSound(bool hasSigns) const {
   const double sum = total();
   return sum > 0 && std::isfinite(sum) &&
-         std::any_of(lengths.begin(), lengths.end(), [](double v) { return v < 0; });
+         (hasSigns || std::any_of(lengths.begin(), lengths.end(), [](double v) { return v < 0; }));
 }
 
 void kvgrDash(std::span<const KvGePoint2d> points, const KvGrDashes& dashes, bool isContinuous,
               const std::function<void(const KvGePoint2d*, int)>& stroke,
               const std::function<void(const KvGrDashPlace&)>& place) {
   if (points.empty()) return;
-  if (points.size() == 1 || !dashes.isSound()) {
+  if (points.size() == 1 || !dashes.isSound(place != nullptr)) {
     stroke(points.data(), static_cast<int>(points.size()));
     return;
   }

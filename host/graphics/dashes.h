@@ -10,8 +10,9 @@
 struct KvGrDashes {
   std::vector<double> lengths;
   double total() const;
-  /// A pattern that can be drawn: some length, nothing that isn't a number.
-  bool isSound() const;
+  /// A pattern that can be drawn: some length, nothing that isn't a number, and a gap unless signs stand in
+  /// it.
+  bool isSound(bool hasSigns = false) const;
 };
 
 /// Where an element of the pattern begins: for texts and signs in linetypes.

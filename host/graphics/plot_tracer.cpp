@@ -10,6 +10,7 @@
 #include "host/entities/textstyle.h"
 #include "host/graphics/colors.h"
 #include "host/lettering/line.h"
+#include "host/lettering/shapes.h"
 
 namespace kvgr {
 namespace {
@@ -18,6 +19,8 @@ namespace {
 constexpr double kDeviation = 0.01;  // mm
 /// Letters lower than this are no letters on paper.
 constexpr double kLowestText = 0.02;  // mm
+/// What stands in a linetype's element.
+constexpr int kTextFlag = 2, kShapeFlag = 4;
 
 bool isPlotted(KvDbObjectId layer, const KvPlotOptions& options) {
   if (options.layers.empty()) return true;
@@ -63,13 +66,13 @@ const PlotTracer::Pattern* PlotTracer::patternOf(KvDbObjectId linetype, double s
   if (isNew) {
     pattern.record = linetype.stub() ? KvDbLinetypeTableRecord::cast(linetype.stub()->object) : nullptr;
     if (pattern.record)
-      for (const KvDbLinetypeDash& dash : pattern.record->dashes()) pattern.hasTexts |= (dash.flags & 6) != 0;
+      for (const KvDbLinetypeDash& dash : pattern.record->dashes()) pattern.hasSigns |= (dash.flags & 6) != 0;
   }
   if (!pattern.record) return nullptr;
   pattern.dashes.lengths.clear();
   for (const KvDbLinetypeDash& dash : pattern.record->dashes())
     pattern.dashes.lengths.push_back(dash.length * scale);
-  return pattern.dashes.isSound() ? &pattern : nullptr;
+  return pattern.dashes.isSound(pattern.hasSigns) ? &pattern : nullptr;
 }
 
 void PlotTracer::strokeFlat(std::span<const KvGePoint2d> points, bool isCurve) {
@@ -83,7 +86,7 @@ void PlotTracer::strokeFlat(std::span<const KvGePoint2d> points, bool isCurve) {
   }
   const auto stroke = [&](const KvGePoint2d* dash, int count) { canvas_.stroke(dash, count, with); };
   const bool isContinuous = isCurve || isLinetypeContinuous() || points.size() == 2;
-  if (!pattern->hasTexts) {
+  if (!pattern->hasSigns) {
     kvgrDash(points, pattern->dashes, isContinuous, stroke);
     return;
   }
@@ -93,22 +96,29 @@ void PlotTracer::strokeFlat(std::span<const KvGePoint2d> points, bool isCurve) {
     const auto& dashes = record->dashes();
     const std::size_t count = dashes.size();
     const KvDbLinetypeDash& dash = dashes[(static_cast<std::size_t>(place.element) + count - 1) % count];
-    if ((dash.flags & 2) != 0) drawSign(dash, place, scale);
+    if ((dash.flags & (kTextFlag | kShapeFlag)) != 0) drawSign(dash, place, scale);
   });
 }
 
 void PlotTracer::drawSign(const KvDbLinetypeDash& dash, const KvGrDashPlace& place, double scale) {
   constexpr int kAbsolute = 1;
   KvGiTextLook look = kvdbLookOfStyle(dash.style);
-  look.height *= dash.scale * scale;
   const double along = std::atan2(place.direction.y, place.direction.x);
   const double angle = dash.rotation + ((dash.flags & kAbsolute) != 0 ? 0 : along);
   const KvGeVector2d x = place.direction, y = x.perpVector();
   const KvGePoint2d at = place.at + x * (dash.offset.x * scale) + y * (dash.offset.y * scale);
   const KvGeVector3d direction(std::cos(angle), std::sin(angle), 0);
-  takeText(KvGeMatrix3d().setCoordSystem({at.x, at.y, 0}, direction,
-                                         KvGeVector3d(-direction.y, direction.x, 0), KvGeVector3d::kZAxis),
-           look, dash.text);
+  const KvGeMatrix3d toPage = KvGeMatrix3d().setCoordSystem(
+      {at.x, at.y, 0}, direction, KvGeVector3d(-direction.y, direction.x, 0), KvGeVector3d::kZAxis);
+  if ((dash.flags & kTextFlag) != 0) {
+    look.height *= dash.scale * scale;
+    takeText(toPage, look, dash.text);
+    return;
+  }
+  const KvLtShapeFile* shapes = kvltFindShapes(look.fontFile.view(), look.fontFolder.get());
+  if (!shapes || !shapes->find(dash.shapeNumber)) return;
+  const double size = dash.scale * scale;
+  strokeGlyph({&shapes->glyph(dash.shapeNumber), {}, size, size, 0}, toPage);
 }
 
 void PlotTracer::stroke(const KvGePoint3d* points, int count) {
@@ -206,12 +216,39 @@ bool PlotTracer::strokeSegments(const KvGePoint3d* poles, const unsigned char* d
   return true;
 }
 
+void PlotTracer::strokeGlyph(const KvLtPlacedGlyph& placed, const KvGeMatrix3d& toPage) {
+  const KvGrPen with = pen();
+  const auto place = [&](KvGePoint2d p) {
+    const KvGePoint2d at = placed.map(p);
+    return kvge::planar(toPage * KvGePoint3d(at.x, at.y, 0));
+  };
+  const auto flush = [&] {
+    if (!degrees_.empty())
+      canvas_.strokeCurves(flat_.data(), degrees_.data(), static_cast<int>(degrees_.size()), with, false);
+    flat_.clear();
+    degrees_.clear();
+  };
+  flat_.clear();
+  degrees_.clear();
+  for (const KvLtSegment& segment : placed.glyph->outline) {
+    if (segment.kind == KvLtSegment::kMove) flush();
+    const int count = segment.kind == KvLtSegment::kCubic ? 3 : 1;
+    for (int i = 0; i < count; ++i) flat_.push_back(place(segment.points[i]));
+    if (segment.kind != KvLtSegment::kMove) degrees_.push_back(static_cast<unsigned char>(count));
+  }
+  flush();
+}
+
 bool PlotTracer::takeText(const KvGeMatrix3d& toWorld, const KvGiTextLook& look, const CString& text) {
   if (look.height * toWorld.scale() < kLowestText) return true;
   const KvLtLine line = kvltLayLine(look, text.view());
   const std::uint32_t rgb = inkColor();
   const auto& m = toWorld.entry;
   for (const KvLtPlacedGlyph& g : line.glyphs) {
+    if (g.glyph->isStroked) {
+      strokeGlyph(g, toWorld);
+      continue;
+    }
     const KvGePoint2d ends[] = {g.at, {g.xScale, 0}, {g.yScale * g.slant, g.yScale}};
     KvGrMatrix place;
     place.e = m[0][0] * ends[0].x + m[0][1] * ends[0].y + m[0][3];

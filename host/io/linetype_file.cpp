@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/database/database.h"
+#include "host/lettering/shapes.h"
 #include "platform/files/files.h"
 #include "platform/text/codepage.h"
 #include "platform/text/number.h"
@@ -109,6 +110,7 @@ class Parser {
       if (linetype.dashes.size() == kMostDashes) return fail(L"more than 100 elements");
       linetype.dashes.push_back(dash);
       linetype.textStyles.emplace_back();
+      linetype.shapeNames.emplace_back();
     }
     double length = 0;
     for (const KvDbLinetypeDash& dash : linetype.dashes) length += std::fabs(dash.length);
@@ -133,10 +135,12 @@ class Parser {
       linetype.textStyles.back() = CString(parts[1]);
     } else {
       double number = 0;
-      // Shapes by name need the shape file itself; the pattern keeps their place as a gap.
       dash.flags = kShape;
+      linetype.textStyles.back() = CString(parts[1]);
       if (platform::parseWhole(parts[0], number) && number >= 0 && number <= INT16_MAX)
         dash.shapeNumber = static_cast<std::int16_t>(number);
+      else
+        linetype.shapeNames.back() = CString(parts[0]);
     }
     for (std::size_t i = 2; i < parts.size(); ++i) {
       const std::size_t equals = parts[i].find(L'=');
@@ -187,13 +191,48 @@ class Parser {
   bool isOpen_ = false;
 };
 
+/// The record of a shape file, made where it is missing.
+KvDbObjectId shapeStyle(KvDbDatabase& database, const CString& file) {
+  KvDbTextStyleTable* table = nullptr;
+  if (kvdbOpenObject(table, database.textStyleTableId(), KvDb::kForWrite) != Kvad::eOk) return {};
+  KvDbObjectId id = table->shapeFileRecord(file);
+  if (id.isNull()) {
+    auto record = std::make_unique<KvDbTextStyleTableRecord>();
+    record->setIsShapeFile(true);
+    record->setFileName(file);
+    if (table->add(id, record.get()) == Kvad::eOk) record.release()->close();
+  }
+  table->close();
+  return id;
+}
+
+/// Style and number of a shape by its name.
+void resolveShape(KvDbDatabase& database, const CString& file, const CString& name, KvDbLinetypeDash& dash) {
+  if (!name.IsEmpty()) {
+    const KvLtShapeFile* shapes = kvltFindShapes(file.view(), &database.folder());
+    const KvLtShape* shape = shapes ? shapes->find(platform::utf8From(name)) : nullptr;
+    if (!shape || shape->number > INT16_MAX) {
+      // Its place stays as a gap.
+      dash.flags = 0;
+      return;
+    }
+    dash.shapeNumber = static_cast<std::int16_t>(shape->number);
+  }
+  dash.style = shapeStyle(database, file);
+}
+
 void enter(KvDbDatabase& database, KvDbLinetypeTable& table, const KvIoLinetype& linetype) {
   auto record = std::make_unique<KvDbLinetypeTableRecord>();
   record->setName(linetype.name);
   record->setAsciiDescription(linetype.description);
   auto dashes = linetype.dashes;
   for (std::size_t i = 0; i < dashes.size(); ++i) {
+    constexpr int kShape = 4;
     if (linetype.textStyles[i].IsEmpty()) continue;
+    if ((dashes[i].flags & kShape) != 0) {
+      resolveShape(database, linetype.textStyles[i], linetype.shapeNames[i], dashes[i]);
+      continue;
+    }
     dashes[i].style = database.recordId(KvDbTable::TextStyle, linetype.textStyles[i]);
     if (dashes[i].style.isNull()) dashes[i].style = database.recordId(KvDbTable::TextStyle, L"Standard");
   }

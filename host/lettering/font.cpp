@@ -123,10 +123,15 @@ struct KvLtFace::Library {
   }
 };
 
-std::vector<std::string> kvltFontFolders() {
+std::vector<std::string> kvltOwnFontFolders() {
   std::vector<std::string> folders;
   if (const char* own = std::getenv("KORVANE_FONT_PATH")) addFolders(own, "", folders);
   if (const fs::path tree = ownFontFolder(); !tree.empty()) folders.push_back(tree.string());
+  return folders;
+}
+
+std::vector<std::string> kvltFontFolders() {
+  std::vector<std::string> folders = kvltOwnFontFolders();
   if (const char* home = std::getenv("XDG_DATA_HOME"); home && *home) addFolders(home, "fonts", folders);
   const char* system = std::getenv("XDG_DATA_DIRS");
   addFolders(system && *system ? system : "/usr/local/share:/usr/share", "fonts", folders);

@@ -27,8 +27,11 @@ struct KvLtGlyph {
   KvGePoint2d low, high;  ///< box of the outline; both 0 for a blank
   std::vector<KvLtSegment> outline;
   std::uint32_t serial = 0;  ///< tells glyphs of the process apart
+  bool isStroked = false;    ///< the outline is a row of open strokes for a pen
   bool isBlank() const { return outline.empty(); }
 };
+
+class KvLtShapeFile;
 
 enum class KvLtFaceKind : unsigned char { Technical, Sans };
 
@@ -67,9 +70,12 @@ struct KvLtFont {
   double widthFactor = 1;
   double slant = 0;           ///< tangent
   double ideographScale = 1;  ///< of the signs of Chinese, Japanese and Korean against the face's own size
+  /// The fonts themselves, where their files are there: what they have is taken from them.
+  const KvLtShapeFile *strokes = nullptr, *bigStrokes = nullptr;
 };
 /// Names are compared without folder, extension and case; unknown ones get the standard lettering, and those
-/// of outline fonts (.ttf, .ttc, .otf, or a typeface) the sans-serif face.
+/// of outline fonts (.ttf, .ttc, .otf, or a typeface) the sans-serif face. A stroke font whose file is found
+/// (kvltFindShapes) is itself.
 KvLtFont kvltFontOf(const KvGiTextLook& look);
 
 /// Whether a line may be broken before and behind the character as between Chinese signs.
@@ -78,3 +84,5 @@ bool kvltIsIdeographic(char32_t character);
 /// Every place where font files are searched, in order: `KORVANE_FONT_PATH`, the product's own
 /// share/korvane/fonts, the system's font folders.
 std::vector<std::string> kvltFontFolders();
+/// The first two kinds of them.
+std::vector<std::string> kvltOwnFontFolders();

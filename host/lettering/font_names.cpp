@@ -1,7 +1,7 @@
 // What the fonts of other programs stand for.
 #include <algorithm>
 
-#include "host/lettering/font.h"
+#include "host/lettering/shapes.h"
 
 namespace {
 
@@ -75,6 +75,13 @@ Name nameOf(std::wstring_view file) {
   return name;
 }
 
+/// Only files that hold letters.
+const KvLtShapeFile* fontFileOf(const CString& name, const KvGiTextLook& look) {
+  if (name.IsEmpty()) return nullptr;
+  const KvLtShapeFile* file = kvltFindShapes(name.view(), look.fontFolder.get());
+  return file && file->isFont() ? file : nullptr;
+}
+
 }  // namespace
 
 KvLtFont kvltFontOf(const KvGiTextLook& look) {
@@ -89,6 +96,11 @@ KvLtFont kvltFontOf(const KvGiTextLook& look) {
     font.face = found->face;
     font.widthFactor = found->widthFactor;
     font.slant = found->slant;
+  }
+  if (!isOutlineFont) {
+    font.strokes = fontFileOf(look.fontFile, look);
+    font.bigStrokes = fontFileOf(look.bigFontFile, look);
+    if (font.strokes) font.slant = kUpright;
   }
   if (look.isItalic) font.slant += kItalic;
   // Stroke fonts draw their Chinese signs as high as their capitals; in outline fonts they are higher.

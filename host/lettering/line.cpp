@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "host/lettering/shapes.h"
 #include "platform/text/codepage.h"
 
 namespace {
@@ -288,7 +289,56 @@ KvLtLine kvltMeasureLine(const KvGiTextLook& look, std::wstring_view text) {
   return makeLine(look, text, false);
 }
 
+namespace {
+
+/// The number of a character in a stroke font; 0 where it has none.
+int strokeNumber(const KvLtShapeFile& font, char32_t character) {
+  constexpr char32_t kDiameter = 0x2300, kEmptySet = 0x2205, kDegree = 0xB0, kPlusMinus = 0xB1;
+  if (character > 0xFFFF) return 0;
+  if (font.kind() == KvLtShapeFile::Kind::Unicode) {
+    // Fonts have the diameter under one of two signs.
+    const bool isDiameter = character == kDiameter || character == kEmptySet;
+    if (isDiameter && !font.find(static_cast<int>(character)))
+      character = character == kDiameter ? kEmptySet : kDiameter;
+    return static_cast<int>(character);
+  }
+  if (font.kind() == KvLtShapeFile::Kind::Shapes) {
+    // Fonts of one byte have their special signs behind the letters.
+    if (character == kDegree && font.find(127)) return 127;
+    if (character == kPlusMinus && font.find(128)) return 128;
+    if ((character == kDiameter || character == kEmptySet) && font.find(129)) return 129;
+    if (character < 0x80) return static_cast<int>(character);
+    constexpr std::uint32_t kWestern = 1252;
+    bool isLossy = false;
+    const std::string bytes =
+        platform::toCodePage(std::wstring(1, static_cast<wchar_t>(character)), kWestern, &isLossy);
+    return !isLossy && bytes.size() == 1 ? static_cast<unsigned char>(bytes[0]) : 0;
+  }
+  // Japanese fonts begin two-byte codes from 81 to 9F and from E0 on, Chinese ones in one range.
+  constexpr std::uint32_t kChinese = 936, kJapanese = 932;
+  constexpr int kJapaneseEnd = 0x9F;
+  const auto& leads = font.leadBytes();
+  const bool isJapanese = !leads.empty() && leads.front().second == kJapaneseEnd;
+  bool isLossy = false;
+  const std::string bytes = platform::toCodePage(std::wstring(1, static_cast<wchar_t>(character)),
+                                                 isJapanese ? kJapanese : kChinese, &isLossy);
+  if (isLossy || bytes.size() != 2) return 0;
+  return static_cast<unsigned char>(bytes[0]) * 256 + static_cast<unsigned char>(bytes[1]);
+}
+
+const KvLtGlyph* strokedGlyph(const KvLtFont& font, char32_t character) {
+  for (const KvLtShapeFile* file : {font.strokes, font.bigStrokes}) {
+    const int number = file ? strokeNumber(*file, character) : 0;
+    if (number > 0 && file->find(number)) return &file->glyph(number);
+  }
+  return nullptr;
+}
+
+}  // namespace
+
 KvLtChoice kvltChoose(const KvLtFont& font, char32_t character) {
+  if (font.strokes || font.bigStrokes)
+    if (const KvLtGlyph* stroked = strokedGlyph(font, character)) return {stroked, 1, 1};
   KvLtFace& own = KvLtFace::of(font.face);
   const double ownWidth = font.widthFactor;
   constexpr char32_t kAlwaysOwn = 0x250;  // Latin, which both faces have

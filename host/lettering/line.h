@@ -56,7 +56,7 @@ struct KvLtChoice {
 };
 KvLtChoice kvltChoose(const KvLtFont& font, char32_t character);
 
-/// The outlines of a placed glyph as closed polygons, none farther than `deviation` from the curves.
-/// Appends.
+/// The outlines of a placed glyph as closed polygons (its strokes as open ones), none farther than
+/// `deviation` from the curves. Appends.
 void kvltFlatten(const KvLtPlacedGlyph& placed, double deviation, std::vector<KvGePoint2d>& points,
                  std::vector<int>& counts);

@@ -18,6 +18,7 @@
 #include "host/graphics/colors.h"
 #include "host/graphics/dashes.h"
 #include "host/io/drawing_file.h"
+#include "host/io/linetype_file.h"
 #include "tests/support/print.h"
 
 namespace {
@@ -382,6 +383,37 @@ TEST(Png, HasTheSizeOfItsSheet) {
   std::string error;
   EXPECT_EQ(canvas->finish(error), "");
   EXPECT_NE(error.find("32767"), std::string::npos);
+}
+
+TEST_F(PlotTest, ShapesOfLinetypesStandAtTheirPlaces) {
+  const CString file =
+      platform::wideFromUtf8(std::string(KORVANE_TREE_DIR "/share/korvane/linetypes/kvadiso.lin"));
+  for (const auto& [name, marks] : {std::pair{L"TRACKS", 3}, {L"FENCELINE2", 3}}) {
+    KvDbDatabase fresh;
+    ASSERT_EQ(kvdbLoadLineTypeFile(name, file, &fresh), Kvad::eOk);
+    KvDbBlockTableRecord* space = nullptr;
+    ASSERT_EQ(kvdbOpenObject(space, fresh.modelSpaceId(), KvDb::kForWrite), Kvad::eOk);
+    const double pattern = marks == 3 && name[0] == L'T' ? 7.62 : 36.83;
+    auto* line = new KvDbLine({0, 0, 0}, {0, 3 * pattern, 0});
+    space->appendKvDbEntity(line);
+    line->setDatabaseDefaults(&fresh);
+    EXPECT_EQ(line->setLinetype(name), Kvad::eOk);
+    line->close();
+    space->close();
+    paper = Paper();
+    options.scale = 1;
+    ASSERT_TRUE(kvgrPlot(fresh, options, paper).isPlotted);
+    int seen = 0;
+    for (const Paper::Stroke& stroke : paper.strokes) {
+      const auto [left, right] = std::minmax_element(stroke.points.begin(), stroke.points.end(),
+                                                     [](KvGePoint2d a, KvGePoint2d b) { return a.x < b.x; });
+      // The marks reach to both sides of the upright line by their size.
+      if (right->x - left->x < 1) continue;
+      EXPECT_NEAR(right->x - left->x, name[0] == L'T' ? 2 * 6.35 : 2 * 2.54, 1e-6);
+      ++seen;
+    }
+    EXPECT_EQ(seen, marks) << platform::utf8From(CString(name));
+  }
 }
 
 }  // namespace

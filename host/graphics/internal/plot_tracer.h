@@ -8,6 +8,7 @@
 #include "host/graphics/dashes.h"
 #include "host/graphics/internal/pictures.h"
 #include "host/graphics/plot.h"
+#include "host/lettering/line.h"
 
 namespace kvgr {
 
@@ -42,7 +43,7 @@ class PlotTracer : public KvGiTracer {
   struct Pattern {
     KvGrDashes dashes;
     const KvDbLinetypeTableRecord* record = nullptr;
-    bool hasTexts = false;
+    bool hasSigns = false;
   };
   const Pattern* patternOf(KvDbObjectId linetype, double scale);
   void fillFlat(const KvGiArea& area, std::uint32_t rgb);
@@ -50,6 +51,8 @@ class PlotTracer : public KvGiTracer {
   void drawImageFrame(const KvGiImage& image);
   void strokeFlat(std::span<const KvGePoint2d> points, bool isCurve);
   void drawSign(const KvDbLinetypeDash& dash, const KvGrDashPlace& place, double scale);
+  /// A glyph of strokes, by the pen of what is being drawn.
+  void strokeGlyph(const KvLtPlacedGlyph& placed, const KvGeMatrix3d& toPage);
   KvGrPen pen();
   std::uint32_t inkColor();
 
