@@ -504,49 +504,8 @@ Kvad::ErrorStatus KvDbHatch::evaluateHatch(bool) {
   return Kvad::eOk;
 }
 
-// --- Transforms, areas
+// --- Transforms
 // ---------------------------------------------------------------------------------------------------------
-
-std::vector<std::unique_ptr<KvGeCurve3d>> KvDbHatch::curvesOf(const Loop& loop) {
-  std::vector<std::unique_ptr<KvGeCurve3d>> curves;
-  if (loop.isPolyline()) {
-    std::vector<KvGePolyline3d::Vertex> vertices;
-    for (const Vertex& vertex : loop.vertices) vertices.push_back({vertex.point, vertex.bulge});
-    if (vertices.size() > 1) curves.push_back(std::make_unique<KvGePolyline3d>(std::move(vertices), true));
-    return curves;
-  }
-  for (const Edge& edge : loop.edges)
-    if (auto curve = edge.curve()) curves.push_back(std::move(curve));
-  return curves;
-}
-
-bool KvDbHatch::regionInPlane(KvGeRegion& region) const {
-  std::vector<std::unique_ptr<KvGeCurve3d>> own;
-  KvGeRegion::Curves curves;
-  for (const Loop* loop : filledLoops())
-    for (auto& curve : curvesOf(*loop)) {
-      curves.push_back(curve.get());
-      own.push_back(std::move(curve));
-    }
-  return !curves.empty() && KvGeRegion::createFromLoops(curves, region) == KvGeRegion::kOk &&
-         !region.isNull();
-}
-
-KvDbRegion* KvDbHatch::getRegionArea() const {
-  KvGeRegion region;
-  if (!regionInPlane(region) || region.transformBy(planeToWorld()) != KvGeRegion::kOk) return nullptr;
-  auto made = std::make_unique<KvDbRegion>(region);
-  made->setPropertiesFrom(this);
-  return made.release();
-}
-
-Kvad::ErrorStatus KvDbHatch::getArea(double& area) const {
-  if (loops_.empty()) return Kvad::eNoContent;
-  KvGeRegion region;
-  if (!regionInPlane(region)) return Kvad::eInvalidLoop;
-  area = region.area();
-  return Kvad::eOk;
-}
 
 Kvad::ErrorStatus KvDbHatch::transformBy(const KvGeMatrix3d& matrix) {
   if (!matrix.isUniScaledOrtho()) return Kvad::eCannotScaleNonUniformly;

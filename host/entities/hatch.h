@@ -5,6 +5,7 @@
 #include "host/entities/patterns.h"
 #include "host/entities/region.h"
 #include "host/geometry/curve2d.h"
+#include "host/geometry/polyline.h"
 
 /// Boundaries and pattern are kept in the coordinates of the hatch's plane; lines of the pattern as files
 /// have them, scaled and turned.
@@ -149,6 +150,7 @@ class KvDbHatch : public KvDbEntity {
   bool isMetric() const;
   /// In the plane's coordinates, at height 0.
   static std::vector<std::unique_ptr<KvGeCurve3d>> curvesOf(const Loop& loop);
+  static std::vector<KvGePolyline3d::Vertex> bulgesOf(const Loop& loop);
   /// Loops that count by the style.
   std::vector<const Loop*> filledLoops() const;
   bool regionInPlane(KvGeRegion& region) const;

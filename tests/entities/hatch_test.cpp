@@ -62,6 +62,35 @@ TEST(Hatch, LengthOfTheLinesTimesTheirDistanceIsTheArea) {
   }
 }
 
+// One outline by its edges, arcs of both senses among them, in any order of a file: the same area as its
+// region.
+TEST(Hatch, AreaOfEdgesIsThatOfTheRegion) {
+  const auto turn = [](double degrees) { return degrees * kvge::kPi / 180; };
+  for (const bool isBroken : {false, true}) {
+    // A plate with a rounded corner, and a bay that is cut out clockwise.
+    KvArray<void*> edges;
+    KvArray<int> kinds;
+    const auto add = [&](KvGeCurve2d* curve, int kind) {
+      edges.append(curve);
+      kinds.append(kind);
+    };
+    add(new KvGeLineSeg2d({0, 0}, {9, 0}), KvDbHatch::kLine);
+    add(new KvGeCircArc2d({9, 1}, 1, turn(270), turn(360)), KvDbHatch::kCirArc);
+    add(new KvGeLineSeg2d({10, 1}, {10, 6}), KvDbHatch::kLine);
+    add(new KvGeLineSeg2d({10, 6}, {7, 6}), KvDbHatch::kLine);
+    // From 7,6 below the side to 3,6: clockwise about 5,6.
+    add(new KvGeCircArc2d({5, 6}, 2, turn(0), turn(180), KvGeVector2d::kXAxis, true), KvDbHatch::kCirArc);
+    add(new KvGeLineSeg2d({3, 6}, {0, 6}), KvDbHatch::kLine);
+    add(new KvGeLineSeg2d({0, 6}, isBroken ? KvGePoint2d(0, 1e-7) : KvGePoint2d(0, 0)), KvDbHatch::kLine);
+    KvDbHatch hatch;
+    ASSERT_EQ(hatch.appendLoop(KvDbHatch::kExternal, edges, kinds), Kvad::eOk);
+    const std::unique_ptr<KvDbRegion> region(hatch.getRegionArea());
+    ASSERT_TRUE(region);
+    EXPECT_NEAR(areaOf(hatch), 60 - 1 + kvge::kPi / 4 - 2 * kvge::kPi, 1e-6);
+    EXPECT_NEAR(areaOf(hatch), region->shape().area(), 1e-12 * 60);
+  }
+}
+
 TEST(Hatch, EveryStretchEndsOnTheBoundaryAndLiesInside) {
   auto hatch = userHatch(0.3, 0.37);
   hatch->appendLoop(1, outline({{0, 0}, {10, 0}, {10, 6}, {0, 6}}), numbers({0.4, 0, -0.7, 0}));
