@@ -30,7 +30,6 @@ TEST(PlainOutline, AreasOfNamedShapes) {
       {"half circle", {{{-3, 0}, 0}, {{3, 0}, 1}}, 4.5 * kPi},
       {"lens", {{{0, 0}, quarter}, {{2, 0}, quarter}}, kPi - 2},
       {"moon", {{{-3, 0}, 1}, {{3, 0}, -0.5}}, 0},
-      {{{-3, 0}, 1}, {{3, 0}, -0.5}},
       {"slot with tangent joints", {{{0, 0}}, {{10, 0}, 1}, {{10, 4}}, {{0, 4}, 1}}, 40 + 4 * kPi},
       {"rounded square",
        {{{1, 0}},
