@@ -25,6 +25,8 @@ void addPlotOptions(CLI::App& plot, korvane::PlotCommandOptions& options) {
   plot.add_flag("--landscape", options.landscape, "The sheet lies; without it, as the drawing wants");
   plot.add_flag("--portrait", options.portrait, "The sheet stands");
   plot.add_flag("--monochrome", options.monochrome, "All in black");
+  plot.add_flag("--hidden-layers", options.hiddenLayers,
+                "In PDF, with the layers that are off, switched off");
   plot.add_option("--layer", options.layers, "Only layers that match a pattern; may come several times")
       ->type_name("PATTERN");
   plot.add_option("--layout", options.layout, "A layout by name, * for the first; model space without it")

@@ -57,6 +57,7 @@ std::string translate(const PlotCommandOptions& from, KvPlotOptions& to) {
   }
   to.margin = from.margin;
   to.isMonochrome = from.monochrome;
+  to.withHiddenLayers = from.hiddenLayers;
   to.layout = platform::wideFromUtf8(from.layout);
   for (const std::string& layer : from.layers) to.layers.push_back(platform::wideFromUtf8(layer));
   return {};
@@ -102,16 +103,21 @@ bool plotOne(const std::string& input, const std::string& output, const PlotComm
   KvDbDatabase database(false);
   if (!readInput(database, input)) return false;
   const auto canvas = kvgrCanvasFor(output, command.resolution);
-  return plotOnto(database, input, options, *canvas) && finish(*canvas, output);
+  KvPlotOptions titled = options;
+  titled.title = platform::wideFromUtf8(fs::path(input).stem().string());
+  return plotOnto(database, input, titled, *canvas) && finish(*canvas, output);
 }
 
 /// All inputs as pages of one file. A drawing that can't be plotted is left out, and the rest still made.
 int plotPages(const PlotCommandOptions& command, const KvPlotOptions& options) {
   const auto canvas = kvgrPdfCanvas();
   std::size_t plotted = 0;
+  KvPlotOptions titled = options;
+  titled.title = platform::wideFromUtf8(
+      fs::path(command.inputs.size() == 1 ? command.inputs[0] : command.output).stem().string());
   for (const std::string& input : command.inputs) {
     KvDbDatabase database(false);
-    if (readInput(database, input) && plotOnto(database, input, options, *canvas)) ++plotted;
+    if (readInput(database, input) && plotOnto(database, input, titled, *canvas)) ++plotted;
   }
   if (plotted == 0 || !finish(*canvas, command.output)) return kFailed;
   return plotted == command.inputs.size() ? 0 : kFailed;

@@ -14,6 +14,7 @@ struct PlotCommandOptions {
   std::string paper;  ///< empty: the layout's own, or A4
   std::string scale;  ///< empty: as large as fits
   bool fit = false, landscape = false, portrait = false, monochrome = false;
+  bool hiddenLayers = false;  ///< in PDF: layers that are off come too, switched off
   std::vector<std::string> layers;
   std::string layout;  ///< empty: model space; "*": the first sheet
   std::vector<double> window;

@@ -4,6 +4,7 @@
 #include <cassert>
 
 #include "host/database/database.h"
+#include "host/database/embedded.h"
 #include "host/database/symboltable.h"
 
 KVRX_DEFINE_ABSTRACT(KvDbObject, KvRxObject)
@@ -233,8 +234,11 @@ bool KvDbObject::dxfInGroup(const KvDxfGroup&, std::wstring_view, KvDxfResolver&
 
 void KvDbObject::dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
                               KvDxfResolver& resolver) {
-  for (const KvDxfGroup& group : groups)
-    if (!dxfInGroup(group, marker, resolver)) keepUnknown(marker, group);
+  bool isEmbedded = false;
+  for (const KvDxfGroup& group : groups) {
+    isEmbedded = isEmbedded || group.code == kvdxfEmbedded;
+    if (isEmbedded || !dxfInGroup(group, marker, resolver)) keepUnknown(marker, group);
+  }
 }
 
 void KvDbObject::dxfInEnd(KvDxfResolver&) {}

@@ -5,11 +5,10 @@
 #include "host/geometry/arc.h"
 #include "host/geometry/intersect.h"
 #include "host/geometry/polyline.h"
+#include "host/lettering/line.h"
 
 namespace {
 
-/// Share of the height that a character takes on the average, for texts whose box nobody has measured.
-constexpr double kAverageWidth = 0.9;
 constexpr std::size_t kDeepest = 64;  // of drawables in drawables
 
 std::unique_ptr<KvGeCurve3d> chain(int count, const KvGePoint3d* points, bool isClosed) {
@@ -118,9 +117,13 @@ bool KvDbCurveSink::polyPolygon(int outlines, const int* counts, const KvGePoint
 
 bool KvDbCurveSink::text(const KvGePoint3d& position, const KvGeVector3d& normal,
                          const KvGeVector3d& direction, const KvGiTextLook& look, const CString& text) {
-  const KvGeVector3d along = direction.normal(), up = normal.crossProduct(along).normal() * look.height;
-  const KvGeVector3d across = along * (look.height * look.widthFactor * kAverageWidth * text.GetLength());
-  KvGePoint3d corners[4] = {position, position + across, position + across + up, position + up};
+  const KvLtLine line = kvltMeasureLine(look, text.view());
+  const KvGeBox3d& box = line.box;
+  if (box.isEmpty()) return false;
+  const KvGeVector3d along = direction.normal(), up = normal.crossProduct(along).normal();
+  const auto at = [&](double x, double y) { return position + along * x + up * y; };
+  KvGePoint3d corners[4] = {at(box.low.x, box.low.y), at(box.high.x, box.low.y), at(box.high.x, box.high.y),
+                            at(box.low.x, box.high.y)};
   if (hasMap_)
     for (KvGePoint3d& corner : corners) corner = map_ * corner;
   takeTextBox(corners);

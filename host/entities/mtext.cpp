@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/database/database.h"
+#include "host/database/embedded.h"
 #include "host/entities/curves.h"
 #include "host/entities/text.h"
 #include "host/entities/textstyle.h"
@@ -11,6 +12,8 @@
 KVRX_DEFINE(KvDbMText, KvDbEntity, L"MTEXT")
 
 namespace {
+
+enum ColumnType { kNoColumns, kStaticColumns, kDynamicColumns };
 
 constexpr std::wstring_view kMarker = L"AcDbMText";
 /// Files hold the contents in pieces of this many characters.
@@ -143,7 +146,56 @@ KvLtParagraphs KvDbMText::layout() const {
   paragraphs.attachment = attachment_;
   paragraphs.lineSpacing = spacing_;
   paragraphs.isSpacingExact = spacingStyle_ == kExactly;
+  paragraphs.columns = columns();
   return kvltLayParagraphs(paragraphs, contents_.view());
+}
+
+KvLtColumns KvDbMText::columns() const {
+  constexpr int kType = 71, kCount = 72, kAutomatic = 73, kReversed = 74;
+  KvLtColumns columns;
+  ColumnType type = kNoColumns;
+  bool isEmbedded = false, isAutomatic = false;
+  double definedHeight = 0;
+  for (const KvDbUnknownSection& section : unknownSections()) {
+    if (section.marker.view() != kMarker) continue;
+    for (const KvDxfGroup& group : section.groups) {
+      isEmbedded = isEmbedded || group.code == kvdxfEmbedded;
+      if (!isEmbedded) continue;
+      if (group.code == 41) definedHeight = group.real();
+      if (group.code == 44) columns.width = group.real();
+      if (group.code == 45) columns.gutter = group.real();
+      if (group.code == 46) columns.heights.push_back(group.real());
+      if (group.code == kType) type = static_cast<ColumnType>(group.integer);
+      if (group.code == kCount)
+        columns.most = static_cast<int>(std::clamp<std::int64_t>(group.integer, 0, 1000));
+      if (group.code == kAutomatic) isAutomatic = group.integer != 0;
+      if (group.code == kReversed) columns.isReversed = group.integer != 0;
+    }
+  }
+  if (type != kStaticColumns && type != kDynamicColumns) return {};
+  columns.isFixed = type == kStaticColumns;
+  // Columns whose heights aren't given one by one are as high as the text is told to be.
+  if (columns.isFixed || isAutomatic || columns.heights.empty()) columns.heights.assign(1, definedHeight);
+  if (!columns.isFixed && isAutomatic) columns.most = 0;
+  return columns;
+}
+
+void KvDbMText::scaleColumns(double along, double across) {
+  if (unknownSections().empty()) return;
+  for (KvDbUnknownSection& section : editUnknownSections()) {
+    if (section.marker.view() != kMarker) continue;
+    std::vector<KvDxfGroup> groups;
+    bool isEmbedded = false;
+    for (KvDxfGroup group : section.groups) {
+      isEmbedded = isEmbedded || group.code == kvdxfEmbedded;
+      const bool isAlong = group.code == 40 || group.code == 42 || group.code == 44 || group.code == 45;
+      const bool isAcross = group.code == 41 || group.code == 43 || group.code == 46;
+      if (isEmbedded && isAlong) group.point.x *= along;
+      if (isEmbedded && isAcross) group.point.x *= across;
+      groups.push_back(group);
+    }
+    section.groups = KvDbGroupList(groups);
+  }
 }
 
 KvGePoint3d KvDbMText::toWorld(KvGePoint2d p) const {
@@ -221,6 +273,7 @@ Kvad::ErrorStatus KvDbMText::transformBy(const KvGeMatrix3d& matrix) {
   hasDirectionAsRead_ = true;
   height_ *= scale;
   width_ *= length;
+  scaleColumns(length, scale);
   return Kvad::eOk;
 }
 
@@ -247,13 +300,18 @@ Kvad::ErrorStatus KvDbMText::setBackgroundFillAsGround(double border) {
 }
 
 void KvDbMText::drawBackground(KvGiWorldDraw& draw, const KvLtParagraphs& laid) const {
-  const bool isColor = (fill_ & kFillColor) != 0 && (fill_ & kFillBackground) == 0;
-  if (!isColor || fillColor_ < 0) return;
+  constexpr int kFrame = 16;
+  const bool isGround = (fill_ & kFillBackground) != 0, hasFrame = (fill_ & kFrame) != 0;
+  const bool isColor = (fill_ & kFillColor) != 0 && !isGround && fillColor_ >= 0;
+  if (!isColor && !isGround && !hasFrame) return;
   const double margin = height_ * std::max((fillScale_ > 0 ? fillScale_ : 1.5) - 1, 0.0);
   const KvGePoint2d low{laid.low.x - margin, laid.low.y - margin},
       high{laid.high.x + margin, laid.high.y + margin};
   const KvGePoint3d corners[] = {toWorld(low), toWorld({high.x, low.y}), toWorld(high),
-                                 toWorld({low.x, high.y})};
+                                 toWorld({low.x, high.y}), toWorld(low)};
+  if (isGround) draw.geometry().mask(4, corners);
+  if (hasFrame) draw.geometry().polyline(5, corners);
+  if (!isColor) return;
   KvGiSubEntityTraits& traits = draw.subEntityTraits();
   const KvCmEntityColor before = traits.trueColor();
   traits.setTrueColor(fillRgb_ >= 0 ? KvCmEntityColor::ofRgb(static_cast<std::uint32_t>(fillRgb_))
@@ -349,7 +407,18 @@ void KvDbMText::dxfOutFields(KvDxfWriter& writer) const {
   if (fillColor_ >= 0) writer.integer(63, fillColor_);
   if (fillRgb_ >= 0) writer.integer(421, fillRgb_);
   if (fillScale_ != 0) writer.real(45, fillScale_);
-  writeUnknown(writer, kMarker);
+  writer.noteFlushed(kMarker);
+  bool isEmbedded = false;
+  for (const KvDbUnknownSection& section : unknownSections()) {
+    if (section.marker.view() != kMarker) continue;
+    for (KvDxfGroup group : section.groups) {
+      isEmbedded = isEmbedded || group.code == kvdxfEmbedded;
+      // The record of columns tells place and direction once more.
+      if (isEmbedded && group.code == 10) group.point = KvGePoint3d() + direction();
+      if (isEmbedded && group.code == 11) group.point = location_;
+      writer.group(group);
+    }
+  }
 }
 
 bool KvDbMText::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) {

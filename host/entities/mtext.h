@@ -69,6 +69,10 @@ class KvDbMText : public KvDbEntity {
   Kvad::ErrorStatus setBackgroundFill(const KvCmEntityColor& color, double border);
   Kvad::ErrorStatus setBackgroundFillAsGround(double border);
 
+  /// Columns, as drawing files since 2018 tell them; off for most texts. (In older files each column is a
+  /// text of its own.)
+  KvLtColumns columns() const;
+
   /// The longest line; from the top of the first line's capitals to the last base line.
   double actualWidth() const { return layout().actualWidth; }
   double actualHeight() const { return layout().actualHeight; }
@@ -94,6 +98,8 @@ class KvDbMText : public KvDbEntity {
 
  private:
   KvGiTextLook look() const;
+  /// Lengths of the columns' record, along and across the lines.
+  void scaleColumns(double along, double across);
   void drawBackground(KvGiWorldDraw& draw, const KvLtParagraphs& laid) const;
   KvGePoint3d toWorld(KvGePoint2d p) const;
 

@@ -28,6 +28,13 @@ class KvGrCanvas {
 
   /// Whether a second page may be begun.
   virtual bool hasPages() const { return false; }
+  /// The document's title (UTF-8); for forms that have one, before the end.
+  virtual void setTitle(const std::string&) {}
+  /// What follows stands on a layer; for forms whose viewers can switch them. Without `isVisible` it isn't
+  /// seen until somebody does.
+  virtual void setLayer(const CString&, bool isVisible) { static_cast<void>(isVisible); }
+  /// Whether layers that are off are of use to the form.
+  virtual bool hasLayers() const { return false; }
   virtual void beginPage(double width, double height, std::uint32_t background) = 0;
   virtual void endPage() = 0;
 
@@ -40,7 +47,8 @@ class KvGrCanvas {
   virtual void fill(const KvGePoint2d* points, const int* counts, int outlines, std::uint32_t rgb) = 0;
   /// A picture in the place of the unit square: its lower left corner at 0, 0, its upper right one at 1, 1.
   virtual void picture(const std::shared_ptr<const KvGrPicture>& picture, const KvGrMatrix& place) = 0;
-  virtual void glyph(const KvLtGlyph& glyph, const KvGrMatrix& place, std::uint32_t rgb) = 0;
+  /// `bold`: width of a stroke along the outline, in the glyph's own unit; 0: none.
+  virtual void glyph(const KvLtGlyph& glyph, const KvGrMatrix& place, std::uint32_t rgb, double bold = 0) = 0;
   /// What follows shows only inside the outline (or, inverted, outside) until popClip. They nest.
   virtual void pushClip(const std::vector<KvGePoint2d>& outline, bool isInverted) = 0;
   virtual void popClip() = 0;

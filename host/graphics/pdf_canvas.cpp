@@ -7,6 +7,7 @@
 
 #include "host/graphics/canvas.h"
 #include "host/graphics/internal/microns.h"
+#include "platform/text/utf.h"
 
 namespace {
 
@@ -31,6 +32,14 @@ std::string packed(const std::string& bytes) {
 class PdfCanvas : public KvGrCanvas {
  public:
   bool hasPages() const override { return true; }
+  bool hasLayers() const override { return true; }
+  void setTitle(const std::string& title) override { title_ = title; }
+
+  void setLayer(const CString& name, bool isVisible) override {
+    const auto [place, isNew] = layers_.try_emplace(std::wstring(name.view()), layers_.size());
+    if (isNew) layerOrder_.push_back({name, isVisible});
+    wantedLayer_ = static_cast<int>(place->second);
+  }
 
   void beginPage(double width, double height, std::uint32_t background) override {
     width_ = width;
@@ -50,6 +59,8 @@ class PdfCanvas : public KvGrCanvas {
 
   void endPage() override {
     endPath();
+    endLayer();
+    wantedLayer_ = -1;
     while (depth_ > 0) popClip();
     const int content = stream(page_, "");
     std::string page = "<</Type/Page/Parent 2 0 R/MediaBox[0 0 ";
@@ -63,6 +74,7 @@ class PdfCanvas : public KvGrCanvas {
   }
 
   void stroke(const KvGePoint2d* points, int count, const KvGrPen& pen) override {
+    beginLayer();
     setPen(pen);
     point(points[0], "m\n");
     if (count == 1) point(points[0], "l\n");
@@ -71,6 +83,7 @@ class PdfCanvas : public KvGrCanvas {
 
   void strokeCurves(const KvGePoint2d* poles, const unsigned char* degrees, int count, const KvGrPen& pen,
                     bool isClosed) override {
+    beginLayer();
     setPen(pen);
     point(*poles++, "m\n");
     for (int i = 0; i < count; ++i) {
@@ -82,6 +95,7 @@ class PdfCanvas : public KvGrCanvas {
 
   void fill(const KvGePoint2d* points, const int* counts, int outlines, std::uint32_t rgb) override {
     endPath();
+    beginLayer();
     setFill(rgb);
     for (int i = 0; i < outlines; ++i) {
       for (int k = 0; k < counts[i]; ++k) point(*points++, k == 0 ? "m\n" : "l\n");
@@ -92,6 +106,7 @@ class PdfCanvas : public KvGrCanvas {
 
   void picture(const std::shared_ptr<const KvGrPicture>& picture, const KvGrMatrix& m) override {
     endPath();
+    beginLayer();
     const auto known = std::find(pictures_.begin(), pictures_.end(), picture);
     const auto index = known - pictures_.begin();
     if (known == pictures_.end()) pictures_.push_back(picture);
@@ -105,11 +120,14 @@ class PdfCanvas : public KvGrCanvas {
     page_ += " Do Q\n";
   }
 
-  void glyph(const KvLtGlyph& glyph, const KvGrMatrix& m, std::uint32_t rgb) override {
+  void glyph(const KvLtGlyph& glyph, const KvGrMatrix& m, std::uint32_t rgb, double bold) override {
     endPath();
+    beginLayer();
     setFill(rgb);
-    glyphs_.emplace(glyph.serial, &glyph);
+    const std::int64_t pen = bold > 0 ? std::llround(bold * kGlyphUnits) : 0;
+    glyphs_.emplace(std::pair(glyph.serial, pen), &glyph);
     page_ += "q ";
+    if (pen > 0) color(rgb, "RG ");
     for (double v : {m.a, m.b, m.c, m.d}) {
       put(page_, v * 1000 / kGlyphUnits, 5);
       page_ += ' ';
@@ -117,13 +135,14 @@ class PdfCanvas : public KvGrCanvas {
     put(page_, microns(m.e));
     page_ += ' ';
     put(page_, microns(m.f));
-    page_ += " cm/g";
-    put(page_, static_cast<std::int64_t>(glyph.serial));
+    page_ += " cm";
+    glyphName(page_, glyph.serial, pen);
     page_ += " Do Q\n";
   }
 
   void pushClip(const std::vector<KvGePoint2d>& outline, bool isInverted) override {
     endPath();
+    endLayer();
     page_ += "q ";
     if (isInverted) page_ += "-1000000 -1000000 10000000 10000000 re ";
     for (std::size_t i = 0; i < outline.size(); ++i) point(outline[i], i == 0 ? "m " : "l ");
@@ -134,6 +153,7 @@ class PdfCanvas : public KvGrCanvas {
   void popClip() override {
     if (depth_ == 0) return;
     endPath();
+    endLayer();
     page_ += "Q\n";
     --depth_;
     forgetState();
@@ -145,11 +165,10 @@ class PdfCanvas : public KvGrCanvas {
       return {};
     }
     std::string resources = "<</XObject<<";
-    for (const auto& [serial, glyph] : glyphs_) {
-      resources += "/g";
-      put(resources, static_cast<std::int64_t>(serial));
+    for (const auto& [key, glyph] : glyphs_) {
+      glyphName(resources, key.first, key.second);
       resources += ' ';
-      put(resources, static_cast<std::int64_t>(glyphForm(*glyph)));
+      put(resources, static_cast<std::int64_t>(glyphForm(*glyph, key.second)));
       resources += " 0 R";
     }
     for (std::size_t i = 0; i < pictures_.size(); ++i) {
@@ -159,7 +178,9 @@ class PdfCanvas : public KvGrCanvas {
       put(resources, static_cast<std::int64_t>(pictureObject(*pictures_[i])));
       resources += " 0 R";
     }
-    resources += ">>>>";
+    resources += ">>";
+    const std::string layers = layerObjects(resources);
+    resources += ">>";
     std::string tree = "<</Type/Pages/Count ";
     put(tree, static_cast<std::int64_t>(pages_.size()));
     tree += "/Kids[";
@@ -168,13 +189,65 @@ class PdfCanvas : public KvGrCanvas {
       tree += " 0 R ";
     }
     tree += "]>>";
-    objects_[0] = "<</Type/Catalog/Pages 2 0 R>>";
+    objects_[0] = "<</Type/Catalog/Pages 2 0 R" + layers +
+                  (title_.empty() ? "" : "/ViewerPreferences<</DisplayDocTitle true>>") + ">>";
+    info_ = object("<<" + (title_.empty() ? std::string() : "/Title" + textString(title_)) +
+                   "/Producer(Korvane Mechanical)>>");
     objects_[1] = std::move(tree);
     objects_[2] = std::move(resources);
     return assembled();
   }
 
  private:
+  /// Layers as marked content: it never reaches across a clip's border.
+  void beginLayer() {
+    if (wantedLayer_ == openLayer_) return;
+    endPath();
+    endLayer();
+    openLayer_ = wantedLayer_;
+    if (openLayer_ < 0) return;
+    page_ += "/OC/L";
+    put(page_, static_cast<std::int64_t>(openLayer_));
+    page_ += " BDC\n";
+  }
+  void endLayer() {
+    if (openLayer_ < 0) return;
+    endPath();
+    page_ += "EMC\n";
+    openLayer_ = -1;
+  }
+  /// The layers' objects: their names for the pages go to `resources`, what the catalogue says comes back.
+  std::string layerObjects(std::string& resources) {
+    if (layerOrder_.empty()) return {};
+    std::string all, hidden;
+    resources += "/Properties<<";
+    for (std::size_t i = 0; i < layerOrder_.size(); ++i) {
+      std::string reference;
+      put(reference, static_cast<std::int64_t>(object(
+                         "<</Type/OCG/Name" + textString(platform::utf8From(layerOrder_[i].name)) + ">>")));
+      reference += " 0 R ";
+      resources += "/L";
+      put(resources, static_cast<std::int64_t>(i));
+      resources += ' ' + reference;
+      all += reference;
+      if (!layerOrder_[i].isVisible) hidden += reference;
+    }
+    resources += ">>";
+    return "/OCProperties<</OCGs[" + all + "]/D<</Order[" + all + "]/OFF[" + hidden + "]>>>>";
+  }
+  /// UTF-16 with its mark, as hexadecimal digits.
+  static std::string textString(const std::string& utf8) {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string out = "<FEFF";
+    for (char16_t unit : platform::toUtf16(platform::fromUtf8(utf8)))
+      for (int shift = 12; shift >= 0; shift -= 4) out += kDigits[(unit >> shift) & 15];
+    return out + ">";
+  }
+  static void glyphName(std::string& out, std::uint32_t serial, std::int64_t pen) {
+    out += pen > 0 ? "/b" : "/g";
+    put(out, static_cast<std::int64_t>(serial));
+  }
+
   int object(std::string body) {
     objects_.push_back(std::move(body));
     return static_cast<int>(objects_.size());
@@ -216,8 +289,12 @@ class PdfCanvas : public KvGrCanvas {
     }
     return stream(colors, entries + "/ColorSpace/DeviceRGB");
   }
-  int glyphForm(const KvLtGlyph& glyph) {
+  int glyphForm(const KvLtGlyph& glyph, std::int64_t pen) {
     std::string path;
+    if (pen > 0) {
+      put(path, pen);
+      path += " w 1 j\n";
+    }
     KvGePoint2d at;
     const auto add = [&](KvGePoint2d p) {
       put(path, std::llround(p.x * kGlyphUnits));
@@ -239,12 +316,16 @@ class PdfCanvas : public KvGrCanvas {
       }
       at = s.end();
     }
-    path += "f\n";
+    path += pen > 0 ? "h B\n" : "f\n";
     std::string entries = "/Type/XObject/Subtype/Form/BBox[";
-    for (double v : {glyph.low.x, glyph.low.y, glyph.high.x, glyph.high.y}) {
-      put(entries, std::llround(v * kGlyphUnits));
+    const auto edge = [&](double v, std::int64_t outwards) {
+      put(entries, static_cast<std::int64_t>(std::llround(v * kGlyphUnits)) + outwards);
       entries += ' ';
-    }
+    };
+    edge(glyph.low.x, -pen);
+    edge(glyph.low.y, -pen);
+    edge(glyph.high.x, pen);
+    edge(glyph.high.y, pen);
     return stream(path, entries + "]");
   }
   std::string assembled() {
@@ -268,7 +349,9 @@ class PdfCanvas : public KvGrCanvas {
     }
     out += "trailer\n<</Size ";
     put(out, static_cast<std::int64_t>(offsets.size() + 1));
-    out += "/Root 1 0 R>>\nstartxref\n";
+    out += "/Root 1 0 R/Info ";
+    put(out, static_cast<std::int64_t>(info_));
+    out += " 0 R>>\nstartxref\n";
     put(out, static_cast<std::int64_t>(table));
     out += "\n%%EOF\n";
     return out;
@@ -328,7 +411,15 @@ class PdfCanvas : public KvGrCanvas {
   std::uint32_t fill_ = 0;
   bool hasPen_ = false, hasFill_ = false, isStroking_ = false;
   int depth_ = 0, pathPoints_ = 0;
-  std::map<std::uint32_t, const KvLtGlyph*> glyphs_;
+  struct Layer {
+    CString name;
+    bool isVisible;
+  };
+  std::map<std::wstring, std::size_t> layers_;
+  std::vector<Layer> layerOrder_;
+  int wantedLayer_ = -1, openLayer_ = -1, info_ = 0;
+  std::string title_;
+  std::map<std::pair<std::uint32_t, std::int64_t>, const KvLtGlyph*> glyphs_;  // by serial and pen
   std::vector<std::shared_ptr<const KvGrPicture>> pictures_;
 };
 

@@ -176,6 +176,7 @@ class Plot {
     result_.height = paper_.height;
     result_.scale = scale_;
     result_.origin = origin_;
+    if (!options_.title.IsEmpty()) canvas_.setTitle(platform::utf8From(options_.title));
     canvas_.beginPage(paper_.width, paper_.height, options_.background);
     if (isClipped_) pushRectangle(visible_.low, visible_.high);
     const double linetypeScale = positiveReal(L"$LTSCALE");

@@ -42,6 +42,9 @@ struct KvPlotOptions {
   /// Patterns of names; a layer that none of them matches isn't plotted. Empty: all.
   std::vector<CString> layers;
   double defaultLineWeight = 0.25;  ///< millimetres
+  CString title;                    ///< of the document, for forms that have one
+  /// In forms with layers, those that are off come too, switched off.
+  bool withHiddenLayers = false;
 };
 
 /// What became of one plot.

@@ -17,7 +17,9 @@ bool kvgrPlotToFile(KvDbDatabase& database, const KvPlotOptions& options, const 
     error = "\"" + file.string() + "\": the plot's name ends in .svg, .pdf or .png";
     return false;
   }
-  const KvPlotResult result = kvgrPlot(database, options, *canvas);
+  KvPlotOptions titled = options;
+  if (titled.title.IsEmpty()) titled.title = platform::wideFromUtf8(file.stem().string());
+  const KvPlotResult result = kvgrPlot(database, titled, *canvas);
   if (warnings) *warnings = result.warnings;
   if (!result.isPlotted) {
     error = file.string() + ": " + result.error;

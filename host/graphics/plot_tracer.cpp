@@ -30,9 +30,12 @@ bool isPlotted(KvDbObjectId layer, const KvPlotOptions& options) {
   });
 }
 
+const KvDbLayerTableRecord* recordOfLayer(KvDbObjectId layer) {
+  return layer.stub() ? KvDbLayerTableRecord::cast(layer.stub()->object) : nullptr;
+}
+
 bool isPlottable(KvDbObjectId layer) {
-  const KvDbLayerTableRecord* record =
-      layer.stub() ? KvDbLayerTableRecord::cast(layer.stub()->object) : nullptr;
+  const KvDbLayerTableRecord* record = recordOfLayer(layer);
   return !record || record->isPlottable();
 }
 
@@ -48,10 +51,21 @@ PlotTracer::PlotTracer(KvDbDatabase& database, const KvPlotOptions& options, con
 
 void PlotTracer::adjustLayer(KvDbObjectId layer, KvGiLayerLook& look) const {
   if (look_.frozenLayers.contains(layer)) look.isFrozen = true;
+  if (options_.withHiddenLayers && canvas_.hasLayers()) look.isHidden = false;
   if (!isPlottable(layer) || !isPlotted(layer, options_)) look.isHidden = true;
 }
 
+void PlotTracer::noteLayer() {
+  const KvDbObjectId layer = style().layer;
+  if (isLayerNoted_ && layer == notedLayer_) return;
+  isLayerNoted_ = true;
+  notedLayer_ = layer;
+  const KvDbLayerTableRecord* record = recordOfLayer(layer);
+  canvas_.setLayer(record ? record->getName() : CString(L"0"), !record || !record->isOff());
+}
+
 std::uint32_t PlotTracer::inkColor() {
+  noteLayer();
   return kvgrPaperColor(style().color, options_.background, options_.isMonochrome);
 }
 
@@ -132,6 +146,7 @@ void PlotTracer::fill(const KvGiArea& area) {
 }
 
 void PlotTracer::cover(const KvGiArea& area) {
+  noteLayer();
   fillFlat(area, options_.background);
 }
 
@@ -144,6 +159,7 @@ void PlotTracer::fillFlat(const KvGiArea& area, std::uint32_t rgb) {
 }
 
 void PlotTracer::takeImage(const KvGiImage& image) {
+  noteLayer();
   const auto picture = look_.pictures ? look_.pictures->find(image.file) : nullptr;
   if (!picture) {
     drawImageFrame(image);
@@ -257,7 +273,7 @@ bool PlotTracer::takeText(const KvGeMatrix3d& toWorld, const KvGiTextLook& look,
     place.b = m[1][0] * ends[1].x;
     place.c = m[0][0] * ends[2].x + m[0][1] * ends[2].y;
     place.d = m[1][0] * ends[2].x + m[1][1] * ends[2].y;
-    canvas_.glyph(*g.glyph, place, rgb);
+    canvas_.glyph(*g.glyph, place, rgb, g.bold);
   }
   for (const KvLtBar& bar : line.bars) {
     const KvGePoint3d a = toWorld * kvge::spatial(bar.from), b = toWorld * kvge::spatial(bar.to);

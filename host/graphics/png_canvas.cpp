@@ -97,7 +97,7 @@ class PngCanvas : public KvGrCanvas {
     cairo_restore(cairo_.get());
     cairo_surface_destroy(source);
   }
-  void glyph(const KvLtGlyph& glyph, const KvGrMatrix& m, std::uint32_t rgb) override {
+  void glyph(const KvLtGlyph& glyph, const KvGrMatrix& m, std::uint32_t rgb, double bold) override {
     if (!cairo_) return;
     const auto place = [&](KvGePoint2d p) {
       const KvGePoint2d page(m.a * p.x + m.c * p.y + m.e, m.b * p.x + m.d * p.y + m.f);
@@ -123,6 +123,11 @@ class PngCanvas : public KvGrCanvas {
     }
     setColor(rgb);
     cairo_set_fill_rule(cairo_.get(), CAIRO_FILL_RULE_WINDING);
+    if (bold > 0) {
+      cairo_set_line_width(cairo_.get(), bold * scale_ * std::sqrt(std::fabs(m.a * m.d - m.b * m.c)));
+      cairo_set_line_join(cairo_.get(), CAIRO_LINE_JOIN_ROUND);
+      cairo_stroke_preserve(cairo_.get());
+    }
     cairo_fill(cairo_.get());
     cairo_set_fill_rule(cairo_.get(), CAIRO_FILL_RULE_EVEN_ODD);
   }

@@ -30,6 +30,7 @@ void putBase64(std::string& out, const std::string& bytes) {
 
 class SvgCanvas : public KvGrCanvas {
  public:
+  void setTitle(const std::string& title) override { title_ = title; }
   void beginPage(double width, double height, std::uint32_t background) override {
     height_ = height;
     out_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"";
@@ -40,7 +41,18 @@ class SvgCanvas : public KvGrCanvas {
     put(out_, microns(width));
     out_ += ' ';
     put(out_, microns(height));
-    out_ += "\">\n<rect width=\"100%\" height=\"100%\" fill=\"";
+    out_ += "\">\n";
+    if (!title_.empty()) {
+      out_ += "<title>";
+      for (char c : title_) {
+        if (c == '<' || c == '&')
+          out_ += c == '<' ? "&lt;" : "&amp;";
+        else if (static_cast<unsigned char>(c) >= ' ')
+          out_ += c;
+      }
+      out_ += "</title>\n";
+    }
+    out_ += "<rect width=\"100%\" height=\"100%\" fill=\"";
     color(background);
     out_ +=
         "\"/>\n<g fill=\"none\" stroke-linecap=\"round\" stroke-linejoin=\"round\" fill-rule=\"evenodd\">\n";
@@ -118,13 +130,19 @@ class SvgCanvas : public KvGrCanvas {
     out_ += "\"/>\n";
   }
 
-  void glyph(const KvLtGlyph& glyph, const KvGrMatrix& m, std::uint32_t rgb) override {
+  void glyph(const KvLtGlyph& glyph, const KvGrMatrix& m, std::uint32_t rgb, double bold) override {
     flush();
     glyphs_.emplace(glyph.serial, &glyph);
     out_ += "<use href=\"#g";
     put(out_, static_cast<std::int64_t>(glyph.serial));
     out_ += "\" fill=\"";
     color(rgb);
+    if (bold > 0) {
+      out_ += "\" stroke=\"";
+      color(rgb);
+      out_ += "\" stroke-width=\"";
+      put(out_, std::llround(bold * kGlyphUnits));
+    }
     out_ += "\" transform=\"matrix(";
     // The page's y runs downwards; the glyph's own is turned where it is defined.
     for (double v : {m.a, -m.b, -m.c, m.d}) {
@@ -233,7 +251,7 @@ class SvgCanvas : public KvGrCanvas {
     out_ += "z\"/>\n";
   }
 
-  std::string out_, path_;
+  std::string out_, path_, title_;
   KvGrPen pen_;
   double height_ = 0;
   std::int64_t x_ = 0, y_ = 0, clipCount_ = 0;

@@ -9,6 +9,8 @@
 namespace {
 
 constexpr double kBarThickness = 0.08;  // all in capitals' heights
+/// No bold faces are at hand: letters are thickened by a stroke of this width.
+constexpr double kBold = 0.07;
 constexpr double kUnderline = -0.2, kOverline = 1.2, kStrike = 0.5;
 /// Beyond this slope letters lie down.
 constexpr double kSteepest = 1.4835298641951802;  // 85 degrees
@@ -159,8 +161,10 @@ class LineMaker {
       addVertical(glyph, xScale, yScale);
       return;
     }
-    if (!glyph.isBlank()) place({&glyph, {line_.advance, 0}, xScale, yScale, slant_});
-    const double step = glyph.advance * xScale * tracking_;
+    const double bold = look_.isBold && !glyph.isStroked ? kBold : 0;
+    if (!glyph.isBlank())
+      place({&glyph, {line_.advance + bold * xScale / 2, 0}, xScale, yScale, slant_, bold});
+    const double step = (glyph.advance + bold) * xScale * tracking_;
     mark(marks, step);
     line_.advance += step;
   }
@@ -172,7 +176,8 @@ class LineMaker {
 
  private:
   void place(const KvLtPlacedGlyph& placed) {
-    const KvGePoint2d low = placed.glyph->low, high = placed.glyph->high;
+    const KvGeVector2d pen(placed.bold / 2, placed.bold / 2);
+    const KvGePoint2d low = placed.glyph->low - pen, high = placed.glyph->high + pen;
     for (KvGePoint2d corner : {low, high, KvGePoint2d(low.x, high.y), KvGePoint2d(high.x, low.y)}) {
       const KvGePoint2d p = placed.map(corner);
       line_.box.add({p.x, p.y, 0});

@@ -13,6 +13,7 @@ struct KvLtPlacedGlyph {
   KvGePoint2d at;
   double xScale = 1, yScale = 1;
   double slant = 0;  ///< x grows by slant times y
+  double bold = 0;   ///< width of a pen that thickens the outline, in the glyph's own unit
   KvGePoint2d map(KvGePoint2d p) const {
     return {at.x + p.x * xScale + p.y * yScale * slant, at.y + p.y * yScale};
   }

@@ -193,7 +193,7 @@ class Reader {
       case L'P':
       case L'N':
       case L'X':
-        end(Token::kParagraph);
+        end(c == L'N' ? Token::kColumn : Token::kParagraph);
         at_ += 2;
         return true;
       case L'~':
@@ -435,6 +435,7 @@ std::wstring kvltPlainText(std::wstring_view contents) {
         plain += L'\t';
         break;
       case kvlt::Token::kParagraph:
+      case kvlt::Token::kColumn:
         plain += L'\n';
         break;
       case kvlt::Token::kStack:

@@ -36,13 +36,16 @@ struct Line {
   double greatest = 0;  // height of letters
   const ParagraphFormat* format = nullptr;
   double indent = 0;
+  bool beginsColumn = false;
+  int column = 0;
 };
 
 class Layout {
  public:
   Layout(const KvLtParagraphLook& look, const kvlt::Tokens& tokens) : look_(look), tokens_(tokens) {
     baseHeight_ = std::isfinite(look.look.height) && look.look.height > 0 ? look.look.height : 1;
-    limit_ = std::isfinite(look.width) && look.width > 0 ? look.width : 0;
+    const double width = hasColumns() ? look.columns.width : look.width;
+    limit_ = std::isfinite(width) && width > 0 ? width : 0;
     const bool isSpacingGood = std::isfinite(look.lineSpacing) && look.lineSpacing > 0;
     spacing_ = isSpacingGood ? look.lineSpacing : 1;
   }
@@ -87,9 +90,10 @@ class Layout {
     startLine(tokens_.tokens.empty() ? nullptr : &tokens_.tokens.front(), true);
     for (std::size_t i = 0; i < tokens_.tokens.size(); ++i) {
       const Token& token = tokens_.tokens[i];
-      if (token.kind == Token::kParagraph) {
+      if (token.kind == Token::kParagraph || token.kind == Token::kColumn) {
         noteHeight(lines_.back(), std::fabs(formatOf(token).look.height));
         startLine(i + 1 < tokens_.tokens.size() ? &tokens_.tokens[i + 1] : &token, true);
+        lines_.back().beginsColumn = token.kind == Token::kColumn;
         continue;
       }
       if (token.kind == Token::kBlank || token.kind == Token::kTab) {
@@ -168,31 +172,55 @@ class Layout {
 
   // --- Placing
 
+  bool hasColumns() const { return look_.columns.isOn() && std::isfinite(look_.columns.width); }
+  double columnHeight(int column) const {
+    const std::vector<double>& heights = look_.columns.heights;
+    if (heights.empty()) return 0;
+    const double height = heights[std::min(static_cast<std::size_t>(column), heights.size() - 1)];
+    return std::isfinite(height) && height > 0 ? height : 0;
+  }
+  /// Whether a line whose base line would lie at `y` goes to the top of the next column.
+  bool startsColumn(const Line& line, double y, int column) const {
+    if (!hasColumns() || (look_.columns.most > 0 && column + 1 >= look_.columns.most)) return false;
+    const double height = columnHeight(column);
+    return line.beginsColumn || (height > 0 && line.descent - y > height * (1 + 1e-9));
+  }
+  double columnStep() const {
+    return limit_ + (std::isfinite(look_.columns.gutter) ? std::max(look_.columns.gutter, 0.0) : 0);
+  }
+
   void placeLines() {
     // Lines behind the last paragraph mark that hold nothing still count: they were asked for.
-    double y = 0, before = 0;
+    double y = 0, before = 0, lowest = 0;
+    int column = 0;
     std::vector<double> baseLines;
     for (std::size_t i = 0; i < lines_.size(); ++i) {
       Line& line = lines_[i];
       if (line.greatest == 0) noteHeight(line, heightAround(i));
-      if (i == 0)
-        y = -line.ascent;
-      else
-        y -= pitch(line, before);
+      const double below = y - pitch(line, before);
+      const bool isNext = i > 0 && startsColumn(line, below, column);
+      if (isNext) ++column;
+      y = i == 0 || isNext ? -line.ascent : below;
+      line.column = column;
       before = line.descent;
       baseLines.push_back(y);
+      lowest = std::min(lowest, y - before);
       out_.actualWidth = std::max(out_.actualWidth, line.width);
     }
     out_.lines = static_cast<int>(lines_.size());
-    out_.actualHeight = -(y - before);
+    out_.actualHeight = hasColumns() ? -lowest : -(y - before);
+    out_.columns = look_.columns.isFixed ? std::max(column + 1, look_.columns.most) : column + 1;
     // With a paragraph aligned otherwise, or indents, the lines' box is the given width.
-    const int column = (std::clamp(look_.attachment, 1, 9) - 1) % 3,
+    const int across = (std::clamp(look_.attachment, 1, 9) - 1) % 3,
               row = (std::clamp(look_.attachment, 1, 9) - 1) / 3;
     const double boxWidth = std::max(limit_, out_.actualWidth);
-    const double left = -boxWidth * column / 2, top = out_.actualHeight * row / 2;
+    const double wholeWidth = hasColumns() ? columnStep() * (out_.columns - 1) + limit_ : boxWidth;
+    const double left = -wholeWidth * across / 2, top = out_.actualHeight * row / 2;
+    if (hasColumns()) out_.actualWidth = wholeWidth;
     double low = 1e300, high = -1e300;
     for (std::size_t i = 0; i < lines_.size(); ++i) {
-      const double start = left + shift(lines_[i], column, boxWidth);
+      const int place = look_.columns.isReversed ? out_.columns - 1 - lines_[i].column : lines_[i].column;
+      const double start = left + shift(lines_[i], across, boxWidth) + (place > 0 ? place * columnStep() : 0);
       placePieces(lines_[i], static_cast<int>(i), start, top + baseLines[i]);
       if (lines_[i].pieces.empty()) continue;
       low = std::min(low, start + lines_[i].indent);

@@ -1,8 +1,8 @@
 #pragma once
 // Paragraph text: inline codes, lines broken to a width, stacked fractions, its size.
 //
-// Codes (case counts): `\P` new paragraph, `\N` new column (a new paragraph here), `\X` new paragraph as
-// well,
+// Codes (case counts): `\P` new paragraph, `\N` new column (a new paragraph where there are none), `\X` new
+// paragraph as well,
 // `\~` blank that doesn't break, `\\ \{ \}`, braces that keep changes inside, `\A0;` to `\A2;` alignment to
 // the line, `\C` colour of the table, `\c` colour as blue-green-red number, `\F` and `\f` font, `\H` height
 // (`x` behind it: times the present one), `\W` width factor, `\Q` slope in degrees, `\T` tracking, `\L \l`
@@ -14,6 +14,16 @@
 
 #include "host/lettering/line.h"
 
+/// Side by side, filled from the left (reversed: from the right).
+struct KvLtColumns {
+  int most = 0;          ///< no more than these, the last one takes the rest; 0: as many as are needed
+  bool isFixed = false;  ///< there are `most` of them, filled or not
+  double width = 0, gutter = 0;
+  std::vector<double> heights;  ///< of one after the other, the last one's for all behind it; 0: no limit
+  bool isReversed = false;
+  bool isOn() const { return width > 0; }
+};
+
 /// How paragraph text is laid.
 struct KvLtParagraphLook {
   KvGiTextLook look;   ///< height, width factor and slope are the beginning's
@@ -21,6 +31,7 @@ struct KvLtParagraphLook {
   int attachment = 1;  ///< 1 to 9: top left, top centre, ... bottom right
   double lineSpacing = 1;
   bool isSpacingExact = false;
+  KvLtColumns columns;  ///< when on, lines are broken at a column's width
 };
 
 /// A stretch of one look in one line.
@@ -48,6 +59,7 @@ struct KvLtParagraphs {
   /// The box of that size, from the attachment point.
   KvGePoint2d low, high;
   int lines = 0;
+  int columns = 1;
 };
 
 KvLtParagraphs kvltLayParagraphs(const KvLtParagraphLook& look, std::wstring_view contents);

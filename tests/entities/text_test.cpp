@@ -301,4 +301,42 @@ TEST(TextFiles, NothingIsLost) {
   EXPECT_NE(saved.find("\r\n  3\r\n" + longText.substr(0, 250) + "\r\n"), std::string::npos);
 }
 
+TEST(TextFiles, ColumnsStandInARecordOfTheirOwn) {
+  // Codes inside the record mean other things than in front of it.
+  const std::string mtext =
+      "0\nMTEXT\n5\nA1\n100\nAcDbEntity\n8\n0\n100\nAcDbMText\n10\n1.\n20\n2.\n30\n0.\n40\n2.5\n41\n"
+      "95.\n71\n1\n72\n5\n1\none\\Ptwo\\Pthree\n73\n1\n44\n1.\n101\nEmbedded Object\n70\n1\n10\n1.\n20\n0.\n"
+      "30\n0.\n11\n1.\n21\n2.\n31\n0.\n40\n95.\n41\n7.\n42\n95.\n43\n7.\n71\n2\n72\n2\n44\n40.\n45\n15.\n73\n"
+      "0\n74\n0\n46\n7.\n46\n20.\n";
+  KvDbDatabase drawing(false);
+  KvIoReport report;
+  ASSERT_EQ(kvdbParseDrawing(drawing, fileWith(mtext.c_str()), report, KvIoMode::Recover), Kvad::eOk);
+  KvDbMText* text = nullptr;
+  for (KvDbObjectId id : drawing.allObjects())
+    if (auto* found = KvDbMText::cast(id.stub()->object)) text = found;
+  ASSERT_TRUE(text);
+  EXPECT_EQ(text->location(), KvGePoint3d(1, 2, 0));
+  EXPECT_EQ(text->attachment(), KvDbMText::kTopLeft);
+  EXPECT_EQ(text->textHeight(), 2.5);
+  const KvLtColumns columns = text->columns();
+  EXPECT_EQ(columns.most, 2);
+  EXPECT_EQ(columns.width, 40);
+  EXPECT_EQ(columns.heights, (std::vector<double>{7, 20}));
+  const KvLtParagraphs laid = text->layout();
+  ASSERT_EQ(laid.runs.size(), 3u);
+  EXPECT_NEAR(laid.runs[2].at.x, 55, 1e-9);
+  EXPECT_NEAR(laid.runs[2].at.y, -2.5, 1e-9);
+  // Moved and enlarged, the record says so too.
+  KvDbObject* open = nullptr;
+  ASSERT_EQ(kvdbOpenAny(open, text->objectId(), KvDb::kForWrite), Kvad::eOk);
+  EXPECT_EQ(text->transformBy(KvGeMatrix3d::scaling(2)), Kvad::eOk);
+  open->close();
+  EXPECT_EQ(text->columns().width, 80);
+  EXPECT_EQ(text->columns().heights, (std::vector<double>{14, 40}));
+  const std::string saved = kvdbFormatDrawing(drawing);
+  const std::string record = saved.substr(saved.find("Embedded Object"));
+  EXPECT_NE(record.find(" 11\r\n2.0\r\n 21\r\n4.0"), std::string::npos) << record.substr(0, 400);
+  EXPECT_NE(record.find(" 44\r\n80.0"), std::string::npos);
+}
+
 }  // namespace

@@ -51,7 +51,9 @@ class Paper : public KvGrCanvas {
   void picture(const std::shared_ptr<const KvGrPicture>&, const KvGrMatrix& place) override {
     pictures.push_back(place);
   }
-  void glyph(const KvLtGlyph&, const KvGrMatrix& place, std::uint32_t) override { glyphs.push_back(place); }
+  void glyph(const KvLtGlyph&, const KvGrMatrix& place, std::uint32_t, double) override {
+    glyphs.push_back(place);
+  }
   void pushClip(const std::vector<KvGePoint2d>& outline, bool) override {
     clips.push_back(outline);
     ++open;
@@ -414,6 +416,83 @@ TEST_F(PlotTest, ShapesOfLinetypesStandAtTheirPlaces) {
     }
     EXPECT_EQ(seen, marks) << platform::utf8From(CString(name));
   }
+}
+
+/// The text of every packed stream.
+std::string unpacked(const std::string& pdf) {
+  std::string all;
+  for (std::size_t from = 0; (from = pdf.find("/FlateDecode/Length ", from)) != pdf.npos;) {
+    const std::size_t size = std::stoul(pdf.substr(from + 20));
+    from = pdf.find("stream\n", from) + 7;
+    std::string part(1 << 20, '\0');
+    uLongf length = part.size();
+    EXPECT_EQ(uncompress(reinterpret_cast<Bytef*>(part.data()), &length,
+                         reinterpret_cast<const Bytef*>(pdf.data()) + from, static_cast<uLong>(size)),
+              Z_OK);
+    all += part.substr(0, length);
+    from += size;
+  }
+  return all;
+}
+
+TEST_F(PlotTest, PdfLayersCanBeSwitched) {
+  addLayer(L"Contour");
+  addLayer(L"Mass\u7ebf");
+  addLayer(L"Off");
+  KvDbObjectId off = drawing.recordId(KvDbTable::Layer, L"Off");
+  KvDbLayerTableRecord* record = nullptr;
+  ASSERT_EQ(kvdbOpenObject(record, off, KvDb::kForWrite), Kvad::eOk);
+  record->setIsOff(true);
+  record->close();
+  add(new KvDbLine({0, 0, 0}, {9, 0, 0}), L"Contour");
+  add(new KvDbLine({0, 1, 0}, {9, 1, 0}), L"Mass\u7ebf");
+  add(new KvDbLine({0, 2, 0}, {9, 2, 0}), L"Contour");
+  add(new KvDbLine({0, 3, 0}, {9, 3, 0}), L"Off");
+  options.window = {{0, 0}, {9, 4}};  // with a clip
+  options.title = L"Plan & \u7ebf";
+  for (bool withHidden : {false, true}) {
+    options.withHiddenLayers = withHidden;
+    const auto canvas = kvgrPdfCanvas();
+    ASSERT_TRUE(kvgrPlot(drawing, options, *canvas).isPlotted);
+    ASSERT_TRUE(kvgrPlot(drawing, options, *canvas).isPlotted) << "a second page with the same layers";
+    std::string error;
+    const std::string pdf = canvas->finish(error), content = unpacked(pdf);
+    std::size_t groups = 0;
+    for (std::size_t at = 0; (at = pdf.find("/Type/OCG/Name", at)) != pdf.npos; ++at) ++groups;
+    EXPECT_EQ(groups, withHidden ? 3u : 2u);
+    EXPECT_NE(pdf.find("/Name<FEFF004D0061007300737EBF>"), pdf.npos);
+    EXPECT_NE(pdf.find("/Title<FEFF0050006C0061006E0020002600207EBF>"), pdf.npos);
+    EXPECT_EQ(pdf.find("/OFF[]") != pdf.npos, !withHidden);
+    // Marked content and clips nest: no end without its beginning, none open at a clip's border.
+    int open = 0, marks = 0;
+    for (std::size_t at = 0; at < content.size();) {
+      const std::size_t end = std::min(content.find('\n', at), content.size());
+      const std::string_view line(content.data() + at, end - at);
+      at = end + 1;
+      if (line.ends_with("BDC")) ++open, ++marks;
+      if (line == "EMC") --open;
+      EXPECT_TRUE(open == 0 || open == 1);
+      if (line == "Q" || line.ends_with("W* n")) {
+        EXPECT_EQ(open, 0);
+      }
+    }
+    EXPECT_EQ(open, 0);
+    EXPECT_EQ(marks, 2 * (withHidden ? 4 : 3));
+  }
+}
+
+TEST_F(PlotTest, BoldLettersAreFilledAndStroked) {
+  const KvLtGlyph& glyph = KvLtFace::of(KvLtFaceKind::Sans).glyph('B');
+  std::string error;
+  const auto drawn = [&](std::unique_ptr<KvGrCanvas> canvas, double bold) {
+    canvas->beginPage(100, 100, 0xFFFFFF);
+    canvas->glyph(glyph, {50, 0, 0, 50, 20, 20}, 0xFF0000, bold);
+    canvas->endPage();
+    return canvas->finish(error);
+  };
+  EXPECT_NE(unpacked(drawn(kvgrPdfCanvas(), 0.07)).find("70 w 1 j"), std::string::npos);
+  EXPECT_EQ(unpacked(drawn(kvgrPdfCanvas(), 0)).find(" w 1 j"), std::string::npos);
+  EXPECT_NE(drawn(kvgrSvgCanvas(), 0.07).find("stroke=\"#ff0000\" stroke-width=\"70\""), std::string::npos);
 }
 
 }  // namespace

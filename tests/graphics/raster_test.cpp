@@ -73,7 +73,9 @@ class Log : public KvGrCanvas {
     calls.push_back("picture");
     places.push_back(place);
   }
-  void glyph(const KvLtGlyph&, const KvGrMatrix&, std::uint32_t) override { calls.push_back("glyph"); }
+  void glyph(const KvLtGlyph&, const KvGrMatrix&, std::uint32_t, double) override {
+    calls.push_back("glyph");
+  }
   void pushClip(const std::vector<KvGePoint2d>& outline, bool isInverted) override {
     clips.push_back(outline);
     inverted.push_back(isInverted);

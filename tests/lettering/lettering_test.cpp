@@ -302,4 +302,76 @@ TEST(Paragraphs, PlainText) {
   EXPECT_EQ(CString(kvltPlainText(L"{\\H2;a}\\~b\\Pc^Id \\S1/2;")), CString(L"a b\nc\td 1/2"));
 }
 
+TEST(Columns, LinesGoOnAtTheTopOfTheNextOne) {
+  KvLtParagraphLook look;
+  look.look = standard(3);
+  look.columns.width = 40;
+  look.columns.gutter = 5;
+  const std::wstring text = L"one\\Ptwo\\Pthree\\Pfour\\Pfive\\Psix\\Pseven";
+  // Lines are 5 apart, the first one's base line 3 below the top: three of them are 13 high.
+  struct Case {
+    const char* what;
+    KvLtColumns columns;
+    std::vector<int> linesOf;  // by column
+    double width, height;
+  };
+  const Case cases[] = {
+      {"no limit", {0, false, 40, 5, {}, false}, {7}, 40, 33},
+      {"as many as needed", {0, false, 40, 5, {13}, false}, {3, 3, 1}, 130, 13},
+      {"two, the last takes the rest", {2, false, 40, 5, {13}, false}, {3, 4}, 85, 18},
+      {"heights of their own", {0, false, 40, 5, {8, 3, 100}, false}, {2, 1, 4}, 130, 18},
+      {"fixed, not all filled", {4, true, 40, 5, {18}, false}, {4, 3}, 175, 18},
+      {"too low for a line", {3, false, 40, 5, {1}, false}, {1, 1, 5}, 130, 23},
+  };
+  for (const Case& one : cases) {
+    for (bool isReversed : {false, true}) {
+      look.columns = one.columns;
+      look.columns.isReversed = isReversed;
+      const KvLtParagraphs laid = kvltLayParagraphs(look, text);
+      EXPECT_NEAR(laid.actualWidth, one.width, 1e-9) << one.what;
+      EXPECT_NEAR(laid.actualHeight, one.height, 1e-9) << one.what;
+      std::vector<int> lines(static_cast<std::size_t>(laid.columns), 0);
+      for (const KvLtRun& run : laid.runs) {
+        const int column = static_cast<int>(std::lround(run.at.x / 45));
+        EXPECT_NEAR(run.at.x, column * 45, 1e-9) << one.what;
+        ++lines.at(static_cast<std::size_t>(isReversed ? laid.columns - 1 - column : column));
+        EXPECT_LE(run.at.y, -3 + 1e-9);
+      }
+      while (!lines.empty() && lines.back() == 0) lines.pop_back();
+      EXPECT_EQ(lines, one.linesOf) << one.what << (isReversed ? ", reversed" : "");
+    }
+  }
+}
+
+TEST(Columns, ACodeEndsThemAndTheWholeIsAttached) {
+  KvLtParagraphLook look;
+  look.look = standard(2);
+  EXPECT_EQ(kvltLayParagraphs(look, L"a\\Nb").columns, 1) << "without columns a new paragraph";
+  look.columns.width = 20;
+  look.columns.gutter = 2;
+  look.columns.heights = {50};
+  look.attachment = 9;  // bottom right
+  const KvLtParagraphs laid = kvltLayParagraphs(look, L"a\\Nb");
+  ASSERT_EQ(laid.columns, 2);
+  ASSERT_EQ(laid.runs.size(), 2u);
+  EXPECT_NEAR(laid.runs[0].at.y, laid.runs[1].at.y, 1e-9);
+  EXPECT_NEAR(laid.runs[1].at.x + laid.runs[1].width, 0, 1e-9);
+  EXPECT_NEAR(laid.runs[0].at.x + laid.runs[0].width, -22, 1e-9);
+  EXPECT_EQ(kvltPlainText(L"a\\Nb"), L"a\nb");
+}
+
+TEST(Bold, LettersOfOutlineFontsGrowThicker) {
+  KvGiTextLook look = standard(10);
+  look.typeface = L"Arial";
+  const KvLtLine plain = kvltLayLine(look, L"HI");
+  look.isBold = true;
+  const KvLtLine bold = kvltLayLine(look, L"HI");
+  ASSERT_EQ(bold.glyphs.size(), 2u);
+  EXPECT_EQ(plain.glyphs[0].bold, 0);
+  const double pen = bold.glyphs[0].bold * bold.glyphs[0].xScale;
+  EXPECT_GT(pen, 0.3);
+  EXPECT_NEAR(bold.advance - plain.advance, 2 * pen, 1e-9);
+  EXPECT_NEAR(bold.box.high.y - plain.box.high.y, bold.glyphs[0].bold * 10 / 2, 1e-9);
+}
+
 }  // namespace

@@ -53,6 +53,8 @@ class PlotTracer : public KvGiTracer {
   void drawSign(const KvDbLinetypeDash& dash, const KvGrDashPlace& place, double scale);
   /// A glyph of strokes, by the pen of what is being drawn.
   void strokeGlyph(const KvLtPlacedGlyph& placed, const KvGeMatrix3d& toPage);
+  /// Tells the canvas of the layer that the next marks stand on.
+  void noteLayer();
   KvGrPen pen();
   std::uint32_t inkColor();
 
@@ -62,6 +64,8 @@ class PlotTracer : public KvGiTracer {
   std::vector<KvGePoint2d> flat_;
   std::vector<unsigned char> degrees_;
   std::unordered_map<KvDbObjectId, Pattern> patterns_;
+  KvDbObjectId notedLayer_;
+  bool isLayerNoted_ = false;
 };
 
 /// The box of what shows, by a transform.

@@ -28,7 +28,7 @@ struct CharFormat {
 };
 
 struct Token {
-  enum Kind : unsigned char { kText, kBlank, kTab, kParagraph, kStack };
+  enum Kind : unsigned char { kText, kBlank, kTab, kParagraph, kColumn, kStack };
   Kind kind = kText;
   std::wstring text;          // kText, kBlank; the upper part of a stack
   std::wstring lower;         // of a stack
