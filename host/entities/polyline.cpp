@@ -34,47 +34,72 @@ Kvad::ErrorStatus KvDbPolyline::addVertexAt(int index, const KvGePoint2d& point,
                                             double startWidth, double endWidth) {
   if (index < 0 || index > numVerts()) return Kvad::eInvalidIndex;
   assertWriteEnabled();
-  Vertex vertex{point, bulge, std::max(startWidth, 0.0), std::max(endWidth, 0.0), 0};
-  vertices_.insert(vertices_.begin() + index, vertex);
+  insertVertex(index, {point, bulge, std::max(startWidth, 0.0), std::max(endWidth, 0.0), 0});
   return Kvad::eOk;
+}
+
+KvDbPolyline::Vertex KvDbPolyline::vertex(int index) const {
+  const Corner& own = corner(index);
+  const Extra more = extra(index);
+  return {own.point, own.bulge, more.startWidth, more.endWidth, more.id};
+}
+
+void KvDbPolyline::setVertex(int index, const Vertex& vertex) {
+  const auto place = static_cast<std::size_t>(index);
+  corners_[place] = {vertex.point, vertex.bulge};
+  const bool isBare = vertex.startWidth == 0 && vertex.endWidth == 0 && vertex.id == 0;
+  if (isBare && extras_.empty()) return;
+  extras_.resize(corners_.size());
+  extras_[place] = {vertex.startWidth, vertex.endWidth, vertex.id};
+}
+
+void KvDbPolyline::insertVertex(int index, const Vertex& vertex) {
+  corners_.insert(corners_.begin() + index, Corner());
+  if (!extras_.empty()) extras_.insert(extras_.begin() + index, Extra());
+  setVertex(index, vertex);
+}
+
+void KvDbPolyline::clearWidths() {
+  for (Extra& extra : extras_) extra.startWidth = extra.endWidth = 0;
 }
 
 Kvad::ErrorStatus KvDbPolyline::removeVertexAt(int index) {
   if (!has(index)) return Kvad::eInvalidIndex;
   assertWriteEnabled();
-  vertices_.erase(vertices_.begin() + index);
+  corners_.erase(corners_.begin() + index);
+  if (!extras_.empty()) extras_.erase(extras_.begin() + index);
   return Kvad::eOk;
 }
 
 Kvad::ErrorStatus KvDbPolyline::getPointAt(int index, KvGePoint3d& point) const {
   if (!has(index)) return Kvad::eInvalidIndex;
-  point = KvGeMatrix3d::planeToWorld(normal_) * kvge::spatial(vertex(index).point, elevation_);
+  point = KvGeMatrix3d::planeToWorld(normal_) * kvge::spatial(corner(index).point, elevation_);
   return Kvad::eOk;
 }
 
 Kvad::ErrorStatus KvDbPolyline::getPointAt(int index, KvGePoint2d& point) const {
   if (!has(index)) return Kvad::eInvalidIndex;
-  point = vertex(index).point;
+  point = corner(index).point;
   return Kvad::eOk;
 }
 
 Kvad::ErrorStatus KvDbPolyline::setPointAt(int index, const KvGePoint2d& point) {
   if (!has(index)) return Kvad::eInvalidIndex;
   assertWriteEnabled();
-  vertices_[static_cast<std::size_t>(index)].point = point;
+  corners_[static_cast<std::size_t>(index)].point = point;
   return Kvad::eOk;
 }
 
 Kvad::ErrorStatus KvDbPolyline::getBulgeAt(int index, double& bulge) const {
   if (!has(index)) return Kvad::eInvalidIndex;
-  bulge = vertex(index).bulge;
+  bulge = corner(index).bulge;
   return Kvad::eOk;
 }
 
 Kvad::ErrorStatus KvDbPolyline::setBulgeAt(int index, double bulge) {
   if (!has(index)) return Kvad::eInvalidIndex;
   assertWriteEnabled();
-  vertices_[static_cast<std::size_t>(index)].bulge = bulge;
+  corners_[static_cast<std::size_t>(index)].bulge = bulge;
   return Kvad::eOk;
 }
 
@@ -82,9 +107,9 @@ KvDbPolyline::SegType KvDbPolyline::segType(int index) const {
   if (!has(index)) return kEmpty;
   if (numVerts() == 1) return kPoint;
   if (index == numVerts() - 1 && !isClosed()) return kEmpty;
-  const Vertex& next = vertex((index + 1) % numVerts());
-  if (vertex(index).point.isEqualTo(next.point)) return kCoincident;
-  return vertex(index).bulge == 0 ? kLine : kArc;
+  const Corner& next = corner((index + 1) % numVerts());
+  if (corner(index).point.isEqualTo(next.point)) return kCoincident;
+  return corner(index).bulge == 0 ? kLine : kArc;
 }
 
 void KvDbPolyline::setClosed(bool closed) {
@@ -100,8 +125,8 @@ Kvad::ErrorStatus KvDbPolyline::setElevation(double elevation) {
 }
 
 bool KvDbPolyline::hasOwnWidths() const {
-  return std::any_of(vertices_.begin(), vertices_.end(),
-                     [](const Vertex& v) { return v.startWidth != 0 || v.endWidth != 0; });
+  return std::any_of(extras_.begin(), extras_.end(),
+                     [](const Extra& e) { return e.startWidth != 0 || e.endWidth != 0; });
 }
 
 Kvad::ErrorStatus KvDbPolyline::getConstantWidth(double& width) const {
@@ -109,10 +134,9 @@ Kvad::ErrorStatus KvDbPolyline::getConstantWidth(double& width) const {
     width = constantWidth_;
     return Kvad::eOk;
   }
-  const double first = vertices_.front().startWidth;
-  const bool same = std::all_of(vertices_.begin(), vertices_.end(), [&](const Vertex& v) {
-    return v.startWidth == first && v.endWidth == first;
-  });
+  const double first = extras_.front().startWidth;
+  const bool same = std::all_of(extras_.begin(), extras_.end(),
+                                [&](const Extra& e) { return e.startWidth == first && e.endWidth == first; });
   if (!same) return Kvad::eInvalidInput;
   width = first;
   return Kvad::eOk;
@@ -123,13 +147,13 @@ Kvad::ErrorStatus KvDbPolyline::setConstantWidth(double width) {
   assertWriteEnabled();
   constantWidth_ = width;
   hasConstantWidth_ = true;
-  for (Vertex& vertex : vertices_) vertex.startWidth = vertex.endWidth = 0;
+  clearWidths();
   return Kvad::eOk;
 }
 
 Kvad::ErrorStatus KvDbPolyline::getGeomExtents(KvDbExtents& extents) const {
   extents = KvDbExtents();
-  if (vertices_.empty()) return Kvad::eInvalidExtents;
+  if (corners_.empty()) return Kvad::eInvalidExtents;
   KvDbExtents local;
   for (int i = 0; i < numVerts(); ++i) {
     local.addPoint(kvge::spatial(vertex(i).point, elevation_));
@@ -155,11 +179,13 @@ Kvad::ErrorStatus KvDbPolyline::transformBy(const KvGeMatrix3d& matrix) {
   const double scale = matrix.scale();
   const double oldElevation = elevation_;
   elevation_ = (map * KvGePoint3d(0, 0, oldElevation)).z;
-  for (Vertex& vertex : vertices_) {
-    vertex.point = kvge::planar(map * kvge::spatial(vertex.point, oldElevation));
-    if (isTurned) vertex.bulge = -vertex.bulge;
-    vertex.startWidth *= scale;
-    vertex.endWidth *= scale;
+  for (Corner& own : corners_) {
+    own.point = kvge::planar(map * kvge::spatial(own.point, oldElevation));
+    if (isTurned) own.bulge = -own.bulge;
+  }
+  for (Extra& more : extras_) {
+    more.startWidth *= scale;
+    more.endWidth *= scale;
   }
   constantWidth_ *= scale;
   thickness_ *= scale;
@@ -175,13 +201,16 @@ void KvDbPolyline::dwgOutFields(KvDbDwgFiler& filer) const {
   filer.writeDouble(elevation_);
   filer.writeDouble(thickness_);
   filer.writeVector3d(normal_);
-  filer.writeUInt32(static_cast<std::uint32_t>(vertices_.size()));
-  for (const Vertex& vertex : vertices_) {
-    filer.writePoint2d(vertex.point);
-    filer.writeDouble(vertex.bulge);
-    filer.writeDouble(vertex.startWidth);
-    filer.writeDouble(vertex.endWidth);
-    filer.writeInt32(vertex.id);
+  filer.writeUInt32(static_cast<std::uint32_t>(corners_.size()));
+  for (const Corner& own : corners_) {
+    filer.writePoint2d(own.point);
+    filer.writeDouble(own.bulge);
+  }
+  filer.writeBool(!extras_.empty());
+  for (const Extra& more : extras_) {
+    filer.writeDouble(more.startWidth);
+    filer.writeDouble(more.endWidth);
+    filer.writeInt32(more.id);
   }
 }
 
@@ -193,13 +222,16 @@ void KvDbPolyline::dwgInFields(KvDbDwgFiler& filer) {
   elevation_ = filer.readDouble();
   thickness_ = filer.readDouble();
   normal_ = filer.readVector3d();
-  vertices_.assign(filer.readUInt32(), {});
-  for (Vertex& vertex : vertices_) {
-    vertex.point = filer.readPoint2d();
-    vertex.bulge = filer.readDouble();
-    vertex.startWidth = filer.readDouble();
-    vertex.endWidth = filer.readDouble();
-    vertex.id = filer.readInt32();
+  corners_.assign(filer.readUInt32(), {});
+  for (Corner& own : corners_) {
+    own.point = filer.readPoint2d();
+    own.bulge = filer.readDouble();
+  }
+  extras_.assign(filer.readBool() ? corners_.size() : 0, {});
+  for (Extra& more : extras_) {
+    more.startWidth = filer.readDouble();
+    more.endWidth = filer.readDouble();
+    more.id = filer.readInt32();
   }
 }
 
@@ -216,14 +248,15 @@ void KvDbPolyline::dxfOutFields(KvDxfWriter& writer) const {
   if (!ownWidths && (hasConstantWidth_ || constantWidth_ != 0)) writer.real(43, constantWidth_);
   if (elevation_ != 0) writer.real(38, elevation_);
   if (thickness_ != 0) writer.real(39, thickness_);
-  for (const Vertex& vertex : vertices_) {
-    writer.point2d(10, vertex.point);
+  for (int i = 0; i < numVerts(); ++i) {
+    const Vertex own = vertex(i);
+    writer.point2d(10, own.point);
     if (ownWidths) {
-      writer.real(40, vertex.startWidth);
-      writer.real(41, vertex.endWidth);
+      writer.real(40, own.startWidth);
+      writer.real(41, own.endWidth);
     }
-    if (vertex.bulge != 0) writer.real(42, vertex.bulge);
-    if (vertex.id != 0) writer.integer(91, vertex.id);
+    if (own.bulge != 0) writer.real(42, own.bulge);
+    if (own.id != 0) writer.integer(91, own.id);
   }
   if (!(normal_ == KvGeVector3d::kZAxis)) writer.vector(210, normal_);
   writeUnknown(writer, kMarker);
@@ -231,10 +264,9 @@ void KvDbPolyline::dxfOutFields(KvDxfWriter& writer) const {
 
 bool KvDbPolyline::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker, KvDxfResolver& resolver) {
   if (!marker.empty() && marker != kMarker) return KvDbEntity::dxfInGroup(group, marker, resolver);
-  Vertex* last = vertices_.empty() ? nullptr : &vertices_.back();
   switch (group.code) {
     case 90:
-      vertices_.reserve(
+      corners_.reserve(
           std::min(static_cast<std::size_t>(std::max<std::int64_t>(group.integer, 0)), kMostReserved));
       return true;
     case 70:
@@ -251,7 +283,8 @@ bool KvDbPolyline::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker,
       thickness_ = group.real();
       return true;
     case 10:
-      vertices_.push_back({kvge::planar(group.point), 0, 0, 0, 0});
+      corners_.push_back({kvge::planar(group.point), 0});
+      if (!extras_.empty()) extras_.emplace_back();
       return true;
     case 210:
       normal_ = group.point.asVector();
@@ -264,11 +297,14 @@ bool KvDbPolyline::dxfInGroup(const KvDxfGroup& group, std::wstring_view marker,
     default:
       return KvDbEntity::dxfInGroup(group, marker, resolver);
   }
-  if (!last) return false;
-  if (group.code == 40) last->startWidth = group.real();
-  if (group.code == 41) last->endWidth = group.real();
-  if (group.code == 42) last->bulge = group.real();
-  if (group.code == 91) last->id = static_cast<std::int32_t>(group.integer);
+  if (corners_.empty()) return false;
+  const int index = numVerts() - 1;
+  Vertex last = vertex(index);
+  if (group.code == 40) last.startWidth = group.real();
+  if (group.code == 41) last.endWidth = group.real();
+  if (group.code == 42) last.bulge = group.real();
+  if (group.code == 91) last.id = static_cast<std::int32_t>(group.integer);
+  setVertex(index, last);
   return true;
 }
 
@@ -284,7 +320,7 @@ std::vector<KvGiPathVertex> kvgiVerticesOf(const KvDbPolyline& polyline, int fro
   const int wanted = isWhole ? own : isClosed ? segments + 1 : std::min(segments + 1, own - from);
   const bool ownWidths = polyline.hasOwnWidths();
   for (int i = 0; i < wanted; ++i) {
-    const KvDbPolyline::Vertex& v = polyline.vertex((from + i) % own);
+    const KvDbPolyline::Vertex v = polyline.vertex((from + i) % own);
     const double start = ownWidths ? v.startWidth : polyline.constantWidth_;
     vertices.push_back({v.point, v.bulge, start, ownWidths ? v.endWidth : start});
   }

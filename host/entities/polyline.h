@@ -16,7 +16,7 @@ class KvDbPolyline : public KvDbCurve {
     std::int32_t id = 0;
   };
 
-  int numVerts() const { return static_cast<int>(vertices_.size()); }
+  int numVerts() const { return static_cast<int>(corners_.size()); }
   /// Inserts before `index`; the number of vertices appends.
   Kvad::ErrorStatus addVertexAt(int index, const KvGePoint2d& point, double bulge = 0, double startWidth = -1,
                                 double endWidth = -1);
@@ -86,10 +86,27 @@ class KvDbPolyline : public KvDbCurve {
                                                     KvGiPath& path);
   static constexpr int kClosedFlag = 1, kPlinegenFlag = 128;
   bool has(int index) const { return index >= 0 && index < numVerts(); }
-  const Vertex& vertex(int index) const { return vertices_[static_cast<std::size_t>(index)]; }
+  /// What nearly every vertex has, and what few polylines have: the second list is empty, or as long.
+  struct Corner {
+    KvGePoint2d point;
+    double bulge = 0;
+  };
+  struct Extra {
+    double startWidth = 0, endWidth = 0;
+    std::int32_t id = 0;
+  };
+  const Corner& corner(int index) const { return corners_[static_cast<std::size_t>(index)]; }
+  Extra extra(int index) const {
+    return extras_.empty() ? Extra() : extras_[static_cast<std::size_t>(index)];
+  }
+  Vertex vertex(int index) const;
+  void setVertex(int index, const Vertex& vertex);
+  void insertVertex(int index, const Vertex& vertex);
+  void clearWidths();
   bool hasOwnWidths() const;
 
-  std::vector<Vertex> vertices_;
+  std::vector<Corner> corners_;
+  std::vector<Extra> extras_;
   double constantWidth_ = 0, elevation_ = 0, thickness_ = 0;
   KvGeVector3d normal_ = KvGeVector3d::kZAxis;
   std::int16_t flags_ = 0;

@@ -35,8 +35,8 @@ Kvad::ErrorStatus KvDbPolyline::getArcSegAt(int index, KvGeCircArc3d& arc) const
 Kvad::ErrorStatus KvDbPolyline::getWidthsAt(int index, double& startWidth, double& endWidth) const {
   if (!has(index)) return Kvad::eInvalidIndex;
   const bool own = hasOwnWidths();
-  startWidth = own ? vertex(index).startWidth : constantWidth_;
-  endWidth = own ? vertex(index).endWidth : constantWidth_;
+  startWidth = own ? extra(index).startWidth : constantWidth_;
+  endWidth = own ? extra(index).endWidth : constantWidth_;
   return Kvad::eOk;
 }
 
@@ -45,18 +45,20 @@ Kvad::ErrorStatus KvDbPolyline::setWidthsAt(int index, double startWidth, double
   if (!(startWidth >= 0) || !(endWidth >= 0)) return Kvad::eInvalidInput;
   assertWriteEnabled();
   // From now on each vertex has its own.
-  if (!hasOwnWidths() && constantWidth_ != 0)
-    for (Vertex& each : vertices_) each.startWidth = each.endWidth = constantWidth_;
+  const bool spreads = !hasOwnWidths() && constantWidth_ != 0;
+  extras_.resize(corners_.size());
+  if (spreads)
+    for (Extra& each : extras_) each.startWidth = each.endWidth = constantWidth_;
   constantWidth_ = 0;
   hasConstantWidth_ = false;
-  Vertex& own = vertices_[static_cast<std::size_t>(index)];
+  Extra& own = extras_[static_cast<std::size_t>(index)];
   own.startWidth = startWidth;
   own.endWidth = endWidth;
   return Kvad::eOk;
 }
 
 bool KvDbPolyline::hasBulges() const {
-  return std::any_of(vertices_.begin(), vertices_.end(), [](const Vertex& v) { return v.bulge != 0; });
+  return std::any_of(corners_.begin(), corners_.end(), [](const Corner& c) { return c.bulge != 0; });
 }
 
 Kvad::ErrorStatus KvDbPolyline::setThickness(double thickness) {
@@ -80,21 +82,21 @@ Kvad::ErrorStatus KvDbPolyline::setPlinegen(bool on) {
 }
 
 std::unique_ptr<KvGeCurve3d> KvDbPolyline::geCurve() const {
-  if (vertices_.empty()) return nullptr;
+  if (corners_.empty()) return nullptr;
   std::vector<KvGePolyline3d::Vertex> row;
-  row.reserve(vertices_.size());
-  for (const Vertex& vertex : vertices_) row.push_back({vertex.point, vertex.bulge});
+  row.reserve(corners_.size());
+  for (const Corner& own : corners_) row.push_back({own.point, own.bulge});
   return std::make_unique<KvGePolyline3d>(std::move(row), isClosed(), elevation_, normal_);
 }
 
 Kvad::ErrorStatus KvDbPolyline::getArea(double& area) const {
-  if (vertices_.empty()) return Kvad::eDegenerateGeometry;
+  if (corners_.empty()) return Kvad::eDegenerateGeometry;
   double twice = 0;
-  const KvGePoint2d base = vertices_.front().point;
+  const KvGePoint2d base = corners_.front().point;
   const bool closed = isClosed();
   for (int i = 0; i < numVerts(); ++i) {
-    const Vertex& from = vertex(i);
-    const Vertex& to = vertex((i + 1) % numVerts());
+    const Corner& from = corner(i);
+    const Corner& to = corner((i + 1) % numVerts());
     twice += (from.point - base).crossProduct(to.point - base);
     if (from.bulge == 0 || (i == numVerts() - 1 && !closed)) continue;
     // The segment between chord and arc: r^2 (sweep - sin sweep) / 2, on the side of the bulge.
@@ -107,17 +109,18 @@ Kvad::ErrorStatus KvDbPolyline::getArea(double& area) const {
 
 Kvad::ErrorStatus KvDbPolyline::reverseCurve() {
   assertWriteEnabled();
-  const std::vector<Vertex> old = vertices_;
-  const std::size_t count = old.size();
-  for (std::size_t i = 0; i < count; ++i) {
-    Vertex& own = vertices_[i];
-    own = old[count - 1 - i];
+  const int count = numVerts();
+  std::vector<Vertex> reversed;
+  for (int i = 0; i < count; ++i) {
+    Vertex own = vertex(count - 1 - i);
     // What belongs to a segment moves to its other end.
-    const std::size_t segment = count - 1 - i > 0 ? count - 2 - i : count - 1;
-    own.bulge = -old[segment].bulge;
-    own.startWidth = old[segment].endWidth;
-    own.endWidth = old[segment].startWidth;
+    const Vertex segment = vertex(count - 1 - i > 0 ? count - 2 - i : count - 1);
+    own.bulge = -segment.bulge;
+    own.startWidth = segment.endWidth;
+    own.endWidth = segment.startWidth;
+    reversed.push_back(own);
   }
+  for (int i = 0; i < count; ++i) setVertex(i, reversed[static_cast<std::size_t>(i)]);
   return Kvad::eOk;
 }
 
@@ -132,15 +135,16 @@ std::unique_ptr<KvDbCurve> KvDbPolyline::pieceEntity(std::unique_ptr<KvGeCurve3d
   own->hasConstantWidth_ = hasConstantWidth_;
   if (!hasOwnWidths()) return entity;
   const auto widthAt = [&](int segment, double share) {
-    const Vertex& whole = vertex(segment % numVerts());
+    const Extra whole = extra(segment % numVerts());
     return whole.startWidth + (whole.endWidth - whole.startWidth) * share;
   };
   const int first = static_cast<int>(std::floor(from));
   for (int i = 0; i < own->numVerts(); ++i) {
     const int segment = first + i;
-    Vertex& target = own->vertices_[static_cast<std::size_t>(i)];
+    Vertex target = own->vertex(i);
     target.startWidth = widthAt(segment, std::clamp(from - segment, 0.0, 1.0));
     target.endWidth = widthAt(segment, std::clamp(to - segment, 0.0, 1.0));
+    own->setVertex(i, target);
   }
   return entity;
 }
@@ -153,12 +157,13 @@ Kvad::ErrorStatus KvDbPolyline::convertFrom(KvDbEntity*& entity, bool transferId
     return Kvad::eInvalidInput;
   assertWriteEnabled();
   setPropertiesFrom(old);
-  vertices_.clear();
+  corners_.clear();
+  extras_.clear();
   for (const KvDb2dVertex* vertex : old->vertices()) {
     const auto width = [](double own, double standard) { return own < 0 ? standard : own; };
-    vertices_.push_back({kvge::planar(vertex->position()), vertex->bulge(),
-                         width(vertex->startWidth(), old->defaultStartWidth()),
-                         width(vertex->endWidth(), old->defaultEndWidth()), 0});
+    insertVertex(numVerts(), {kvge::planar(vertex->position()), vertex->bulge(),
+                              width(vertex->startWidth(), old->defaultStartWidth()),
+                              width(vertex->endWidth(), old->defaultEndWidth()), 0});
   }
   elevation_ = old->elevation();
   thickness_ = old->thickness();
@@ -191,7 +196,7 @@ Kvad::ErrorStatus KvDbPolyline::convertFrom(KvDbEntity*& entity, bool transferId
 }
 
 bool KvDbPolyline::subWorldDraw(KvGiWorldDraw* draw) {
-  if (vertices_.empty()) return false;
+  if (corners_.empty()) return false;
   draw->geometry().pline(*this);
   return true;
 }

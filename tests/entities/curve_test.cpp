@@ -217,6 +217,41 @@ TEST(Curve, NearestPointsAlongADirectionAndWithContinuation) {
   EXPECT_EQ(slanting.getClosestPointTo({4, 1, 0}, KvGeVector3d(0, 0, 0), at), Kvad::eInvalidInput);
 }
 
+// Widths come to few polylines, and late: they stay with their vertices whatever is put in, taken out or
+// turned.
+TEST(Polyline, WidthsStayWithTheirVertices) {
+  const auto widthsOf = [](const KvDbPolyline& line) {
+    std::vector<double> widths;
+    for (int i = 0; i < line.numVerts(); ++i) {
+      double start = -1, end = -1;
+      EXPECT_EQ(line.getWidthsAt(i, start, end), Kvad::eOk);
+      widths.insert(widths.end(), {start, end});
+    }
+    return widths;
+  };
+  using Widths = std::vector<double>;
+  KvDbPolyline line;
+  for (int i = 0; i < 3; ++i) line.addVertexAt(i, {1.0 * i, 0});
+  EXPECT_FALSE(line.hasWidth());
+  line.setConstantWidth(7);
+  EXPECT_EQ(widthsOf(line), Widths({7, 7, 7, 7, 7, 7}));
+  line.setWidthsAt(1, 2, 3);  // from now on each has its own
+  EXPECT_EQ(widthsOf(line), Widths({7, 7, 2, 3, 7, 7}));
+  line.addVertexAt(0, {-1, 0}, 0.5);
+  line.addVertexAt(4, {9, 0}, 0, 4, 5);
+  EXPECT_EQ(widthsOf(line), Widths({0, 0, 7, 7, 2, 3, 7, 7, 4, 5}));
+  line.removeVertexAt(1);
+  EXPECT_EQ(widthsOf(line), Widths({0, 0, 2, 3, 7, 7, 4, 5}));
+  line.transformBy(KvGeMatrix3d::scaling(2));
+  EXPECT_EQ(widthsOf(line), Widths({0, 0, 4, 6, 14, 14, 8, 10}));
+  line.reverseCurve();
+  EXPECT_EQ(widthsOf(line), Widths({14, 14, 6, 4, 0, 0, 10, 8}));
+  const std::unique_ptr<KvDbObject> copy(line.clone());
+  EXPECT_EQ(widthsOf(*KvDbPolyline::cast(copy.get())), widthsOf(line));
+  line.setConstantWidth(1);
+  EXPECT_EQ(widthsOf(line), Widths(8, 1));
+}
+
 TEST(Curve, AreasAreExact) {
   double area = 0;
   ASSERT_EQ(KvDbCircle({9, 9, 9}, {1, 1, 1}, 2).getArea(area), Kvad::eOk);
