@@ -242,7 +242,14 @@ bool KvDbBlockReference::subWorldDraw(KvGiWorldDraw* draw) {
     if (filter.isOn()) geometry.popClipBoundary();
     geometry.popModelTransform();
   });
-  for (const KvDbEntity* attribute : members()) geometry.draw(const_cast<KvDbEntity*>(attribute));
+  if (members().empty()) return true;
+  // Each cell shows the attributes.
+  const KvGeVector3d first = cellTransform(0, 0).translation();
+  forCells(false, [&](const KvGeMatrix3d& transform) {
+    geometry.pushModelTransform(KvGeMatrix3d::translation(transform.translation() - first));
+    for (const KvDbEntity* attribute : members()) geometry.draw(const_cast<KvDbEntity*>(attribute));
+    geometry.popModelTransform();
+  });
   return true;
 }
 
