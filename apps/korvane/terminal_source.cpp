@@ -102,6 +102,14 @@ struct TerminalSource::LineEditor {
       if (bytes.size() >= length) break;
     }
     *character = platform::wideFromUtf8(bytes).GetAt(0);
+    // Escape alone cancels; keys that send more begin with it and are followed at once.
+    constexpr wchar_t kEscape = 27;
+    constexpr int kKeyMilliseconds = 50;
+    pollfd more{STDIN_FILENO, POLLIN, 0};
+    if (*character == kEscape && poll(&more, 1, kKeyMilliseconds) == 0) {
+      g_interrupted = 1;
+      return -1;
+    }
     return 1;
   }
 
@@ -132,7 +140,10 @@ bool TerminalSource::readLine(const CString& prompt) {
     HistEvent event;
     ::history(editor_->history, &event, H_ENTER, text.c_str());
   }
-  reader_.feed(platform::wideFromUtf8(text).view(), true);
+  // Blanks at the end would each be an empty answer, which nobody means who sees a line.
+  CString answers = platform::wideFromUtf8(text);
+  reader_.feed(answers.TrimRight(L" \t\r\n").view(), false);
+  reader_.feed(L"\n", true);
   return true;
 }
 

@@ -22,6 +22,7 @@ class TerminalSource : public KvEdInputSource {
 
   KvEdToken read(KvEdReadMode mode, const CString& prompt) override;
   bool isInteractive() const override { return true; }
+  void dropLine() override { reader_.drop(); }
 
  private:
   struct LineEditor;

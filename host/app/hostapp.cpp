@@ -106,6 +106,8 @@ class CommandDocuments : public KvCmdDocuments {
   CString open(const CString& file) override;
   CString save(const CString& file, bool rename) override;
   CString close() override;
+  std::vector<CString> names(int& current) const override;
+  CString activate(int index) override;
   CString currentFile() const override;
   bool hasDrawing() const override { return app_.documents().curDocument() != nullptr; }
   bool hasUnsaved() const override;
@@ -145,6 +147,23 @@ CString CommandDocuments::close() {
     default:
       return L"There is no drawing.";
   }
+}
+
+std::vector<CString> CommandDocuments::names(int& current) const {
+  std::vector<CString> names;
+  current = -1;
+  for (auto all = app_.documents().newKvApDocumentIterator(); !all->done(); all->step()) {
+    if (all->document() == app_.documents().curDocument()) current = static_cast<int>(names.size());
+    names.push_back(all->document()->fileName());
+  }
+  return names;
+}
+
+CString CommandDocuments::activate(int index) {
+  int at = 0;
+  for (auto all = app_.documents().newKvApDocumentIterator(); !all->done(); all->step())
+    if (at++ == index && app_.documents().setCurDocument(all->document()) == Kvad::eOk) return {};
+  return L"There is no such drawing.";
 }
 
 CString CommandDocuments::currentFile() const {

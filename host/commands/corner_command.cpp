@@ -15,35 +15,6 @@ struct Side {
   KvGePoint2d pick;
 };
 
-/// Where a rounding touches both sides.
-struct Rounding {
-  KvGePoint2d center, first, second;
-};
-
-KvGePoint2d touching(const FlatCurve& curve, KvGePoint2d center) {
-  return curve.project(center);
-}
-
-/// Of all circles of that radius that touch both curves, the one whose touching points are nearest to the
-/// picks.
-std::optional<Rounding> roundingOf(const Side& a, const Side& b, double radius) {
-  std::optional<Rounding> best;
-  double least = INFINITY;
-  for (double sideA : {radius, -radius})
-    for (double sideB : {radius, -radius}) {
-      const auto baseA = offsetBase(baseOf(a.curve), sideA), baseB = offsetBase(baseOf(b.curve), sideB);
-      if (!baseA || !baseB) continue;
-      for (KvGePoint2d center : meetings(*baseA, *baseB)) {
-        const Rounding one{center, touching(a.curve, center), touching(b.curve, center)};
-        const double away = one.first.distanceTo(a.pick) + one.second.distanceTo(b.pick);
-        if (away >= least) continue;
-        least = away;
-        best = one;
-      }
-    }
-  return best;
-}
-
 std::optional<Side> askSide(const wchar_t* prompt, const wchar_t* keywords, CString& keyword, Got& got) {
   Side side;
   KvGePoint3d pick;
@@ -99,7 +70,7 @@ bool fillet(const Side& a, const Side& b, double radius, bool trims) {
   const bool isParallel = !a.curve.isRound() && !b.curve.isRound() &&
                           std::fabs(a.curve.direction().crossProduct(b.curve.direction())) < kSmallestTurn;
   if (isParallel) return filletParallel(a, b, trims);
-  const auto corner = roundingOf(a, b, radius);
+  const auto corner = touchingBoth(a.curve, a.pick, b.curve, b.pick, radius);
   if (!corner) return false;
   if (trims) {
     cutBack(a.id, a.curve, corner->first, a.pick);

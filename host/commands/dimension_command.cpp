@@ -1,4 +1,4 @@
-// DIMLINEAR, DIMALIGNED, DIMRADIUS, DIMDIAMETER, DIMANGULAR, DIMORDINATE, LEADER.
+// DIMLINEAR, DIMALIGNED, DIMRADIUS, DIMDIAMETER, DIMANGULAR, DIMORDINATE, LEADER, QLEADER.
 #include "host/commands/internal/dimstyle.h"
 #include "host/commands/internal/rows.h"
 #include "host/commands/internal/support.h"
@@ -160,12 +160,17 @@ bool roundOf(KvDbObjectId id, const KvGePoint3d& pick, KvGePoint3d& center, doub
   return true;
 }
 
+/// What may be round at a pick.
+bool mayBeRound(KvDbObjectId id) {
+  return look<KvDbCircle>(id) || look<KvDbArc>(id) || look<KvDbPolyline>(id);
+}
+
 void roundDimension(bool isDiameter) {
   if (!drawing()) return;
   KvDbObjectId id;
   KvGePoint3d pick, center, line;
   double radius = 0;
-  if (Ask(L"\nSelect arc or circle: ").entity(id, &pick) != Got::Value) return;
+  if (Ask(L"\nSelect arc or circle: ").prefer(mayBeRound).entity(id, &pick) != Got::Value) return;
   if (!roundOf(id, pick, center, radius)) return fail(L"The object is no arc and no circle.");
   TextWish wish;
   for (;;) {
@@ -282,6 +287,38 @@ void runOrdinate() {
   place(std::move(made), wish);
 }
 
+/// The lines of a note, as paragraphs; empty when there are none.
+CString askNote() {
+  CString text, line;
+  while (Ask(text.IsEmpty() ? L"\nEnter first line of annotation text: "
+                            : L"\nEnter next line of annotation text: ")
+             .text(line, true) == Got::Value)
+    text += text.IsEmpty() ? line : L"\\P" + line;
+  return text;
+}
+
+/// A leader through points and the note at its end, where there is one; `width` 0 breaks no lines.
+void drawLeader(const std::vector<KvGePoint3d>& points, bool hasArrow, const CString& text,
+                double width = 0) {
+  auto leader = std::make_unique<KvDbLeader>();
+  for (const KvGePoint3d& point : points) leader->appendVertex(point);
+  leader->setHasArrowHead(hasArrow);
+  if (addFromUser(std::move(leader)).isNull()) return fail(L"The leader could not be drawn.");
+  if (text.IsEmpty()) return;
+  const KvDbDimVars vars = presentDimVars();
+  const double scale = vars.real(KvDbDimVar::Scale) > 0 ? vars.real(KvDbDimVar::Scale) : 1;
+  const double gap = vars.real(KvDbDimVar::Gap) * scale, height = vars.real(KvDbDimVar::Txt) * scale;
+  const bool goesLeft = points.back().x < points[points.size() - 2].x;
+  auto note = std::make_unique<KvDbMText>();
+  note->setTextStyle(drawing()->textstyle());
+  note->setContents(text);
+  note->setTextHeight(height);
+  note->setWidth(width);
+  note->setAttachment(goesLeft ? KvDbMText::kMiddleRight : KvDbMText::kMiddleLeft);
+  note->setLocation(points.back() + KvGeVector3d(goesLeft ? -gap : gap, 0, 0));
+  if (addFromUser(std::move(note)).isNull()) fail(L"The text could not be placed.");
+}
+
 void runLeader() {
   if (!drawing()) return;
   std::vector<KvGePoint3d> points(2);
@@ -306,27 +343,25 @@ void runLeader() {
       goesOn = false;
     }
   }
-  CString text, line;
-  while (Ask(text.IsEmpty() ? L"\nEnter first line of annotation text: "
-                            : L"\nEnter next line of annotation text: ")
-             .text(line, true) == Got::Value)
-    text += text.IsEmpty() ? line : L"\\P" + line;
-  auto leader = std::make_unique<KvDbLeader>();
-  for (const KvGePoint3d& point : points) leader->appendVertex(point);
-  leader->setHasArrowHead(hasArrow);
-  if (addFromUser(std::move(leader)).isNull()) return fail(L"The leader could not be drawn.");
-  if (text.IsEmpty()) return;
-  const KvDbDimVars vars = presentDimVars();
-  const double scale = vars.real(KvDbDimVar::Scale) > 0 ? vars.real(KvDbDimVar::Scale) : 1;
-  const double gap = vars.real(KvDbDimVar::Gap) * scale, height = vars.real(KvDbDimVar::Txt) * scale;
-  const bool goesLeft = points.back().x < points[points.size() - 2].x;
-  auto note = std::make_unique<KvDbMText>();
-  note->setTextStyle(drawing()->textstyle());
-  note->setContents(text);
-  note->setTextHeight(height);
-  note->setAttachment(goesLeft ? KvDbMText::kMiddleRight : KvDbMText::kMiddleLeft);
-  note->setLocation(points.back() + KvGeVector3d(goesLeft ? -gap : gap, 0, 0));
-  if (addFromUser(std::move(note)).isNull()) fail(L"The text could not be placed.");
+  drawLeader(points, hasArrow, askNote());
+}
+
+void runQleader() {
+  if (!drawing()) return;
+  constexpr std::size_t kMostPoints = 3;
+  std::vector<KvGePoint3d> points(1);
+  if (Ask(L"\nSpecify first leader point: ").point(points[0]) != Got::Value) return;
+  while (points.size() < kMostPoints) {
+    KvGePoint3d next;
+    const Got got = Ask(L"\nSpecify next point: ").base(points.back()).point(next);
+    if (got == Got::Cancelled) return;
+    if (got == Got::Nothing) break;
+    points.push_back(next);
+  }
+  if (points.size() < 2) return;
+  double width = 0;
+  if (Ask(L"\nSpecify text width <0>: ").flags(KVED_NONEG).distance(width) == Got::Cancelled) return;
+  drawLeader(points, true, askNote(), width);
 }
 
 constexpr KvCommandRow kRows[] = {
@@ -347,9 +382,13 @@ constexpr KvCommandRow kRows[] = {
      L"Specify feature location:\nSpecify leader endpoint or [Xdatum/Ydatum/Mtext/Text/Angle]:"},
     {L"DIMRADIUS", L"DRA DIMRAD", KVRX_CMD_MODAL, runRadius, L"Dimensions a radius.",
      L"Select arc or circle:\nSpecify dimension line location or [Mtext/Text/Angle]:"},
-    {L"LEADER", L"LEAD LE", KVRX_CMD_MODAL, runLeader, L"Draws a line with an arrow that leads to a note.",
+    {L"LEADER", L"LEAD", KVRX_CMD_MODAL, runLeader, L"Draws a line with an arrow that leads to a note.",
      L"Specify leader start point:\nSpecify next point:\nSpecify next point or [Annotation/Format/Undo] "
      L"<Annotation>:\nEnter first line of annotation text: (empty: ends)"},
+    {L"QLEADER", L"LE", KVRX_CMD_MODAL, runQleader, L"Draws a leader of up to three points and its note.",
+     L"Specify first leader point:\nSpecify next point: (empty: the note)\nSpecify text width <0>:\nEnter "
+     L"first "
+     L"line of annotation text: (empty: ends)"},
 };
 
 }  // namespace

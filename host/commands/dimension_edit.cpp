@@ -240,7 +240,8 @@ void runCenter() {
   KvDbObjectId id;
   KvGePoint3d pick, center;
   double radius = 0;
-  if (Ask(L"\nSelect arc or circle: ").entity(id, &pick) != Got::Value) return;
+  const auto isRound = [](KvDbObjectId one) { return look<KvDbCircle>(one) || look<KvDbArc>(one); };
+  if (Ask(L"\nSelect arc or circle: ").prefer(isRound).entity(id, &pick) != Got::Value) return;
   if (const auto* circle = look<KvDbCircle>(id)) {
     center = circle->center();
     radius = circle->radius();
@@ -317,7 +318,8 @@ void runDimedit() {
 void runDimtedit() {
   if (!drawing()) return;
   KvDbObjectId id;
-  if (Ask(L"\nSelect dimension: ").entity(id) != Got::Value) return;
+  const auto isDimension = [](KvDbObjectId one) { return look<KvDbDimension>(one) != nullptr; };
+  if (Ask(L"\nSelect dimension: ").prefer(isDimension).entity(id) != Got::Value) return;
   if (!look<KvDbDimension>(id)) return fail(L"The object is no dimension.");
   if (isLocked(id)) return fail(L"The object is on a locked layer.");
   KvGePoint3d at;

@@ -1,10 +1,12 @@
 // NEW, OPEN, SAVE, SAVEAS, CLOSE, QUIT, WBLOCK.
 #include "host/commands/documents.h"
+#include "host/commands/internal/erased.h"
 #include "host/commands/internal/rows.h"
 #include "host/commands/internal/support.h"
 #include "host/io/drawing_file.h"
 #include "platform/files/files.h"
 #include "platform/files/paths.h"
+#include "platform/text/number.h"
 
 namespace kvcmd {
 namespace {
@@ -97,6 +99,33 @@ void runEnd() {
   problem.IsEmpty() ? editor()->dropInput() : report(problem);
 }
 
+/// The part of a path behind its folders.
+CString bareName(const CString& path) {
+  return path.Mid(std::max(path.ReverseFind(L'\\'), path.ReverseFind(L'/')) + 1);
+}
+
+void runDrawings() {
+  KvCmdDocuments* all = documents();
+  if (!all) return;
+  int current = -1;
+  const std::vector<CString> names = all->names(current);
+  if (names.empty()) return fail(L"There is no drawing.");
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    CString line;
+    line.Format(L"%d  %s%s", static_cast<int>(i) + 1, names[i],
+                static_cast<int>(i) == current ? L"  current" : L"");
+    say(line);
+  }
+  CString reply;
+  if (Ask(L"\nEnter number or name of drawing to go to <stay>: ").text(reply, true) != Got::Value) return;
+  int number = 0;
+  if (!platform::parseWhole(reply.view(), number))
+    for (std::size_t i = 0; i < names.size(); ++i)
+      if (names[i].CompareNoCase(reply) == 0 || bareName(names[i]).CompareNoCase(reply) == 0)
+        number = static_cast<int>(i) + 1;
+  report(number > 0 ? all->activate(number - 1) : L"There is no drawing \"" + reply + L"\".");
+}
+
 /// Saves a drawing that commands made for a file.
 void writeOut(const KvDbDatabase& made, const CString& target) {
   KvIoReport problem;
@@ -135,12 +164,15 @@ void runWblock() {
   const auto path = platform::toNative(target);
   if (kvdbSaveDrawing(*made, path, problem, kvdbSaveOptionsFor(path)) != Kvad::eOk)
     return fail(problem.error.text);
-  erase(ids);
+  eraseForOops(ids);
 }
 
 constexpr KvCommandRow kRows[] = {
     {L"CLOSE", L"", KVRX_CMD_MODAL, runClose, L"Closes the current drawing.",
      L"Really want to discard all changes to drawing? [Yes/No] <No>: (when there are any)"},
+    {L"DRAWINGS", L"DOCS WINDOW", KVRX_CMD_MODAL, runDrawings,
+     L"Lists the open drawings and goes from one to another.",
+     L"Enter number or name of drawing to go to <stay>:"},
     {L"END", L"", KVRX_CMD_MODAL, runEnd, L"Saves the current drawing and ends the program.",
      L"Save drawing as: (when it has no name yet)"},
     {L"NEW", L"", KVRX_CMD_MODAL, runNew, L"Begins a new drawing.", L""},

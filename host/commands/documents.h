@@ -1,5 +1,7 @@
 #pragma once
 // What commands on whole drawings (NEW, OPEN, SAVE, CLOSE, ...) ask of whoever holds the drawings.
+#include <vector>
+
 #include "platform/text/cstring.h"
 
 class KvCmdDocuments {
@@ -15,6 +17,12 @@ class KvCmdDocuments {
   virtual CString save(const CString& file, bool rename) = 0;
   /// Without saving.
   virtual CString close() = 0;
+
+  /// The open drawings' names, in the order of their opening, and which of them is the current one (-1:
+  /// none).
+  virtual std::vector<CString> names(int& current) const = 0;
+  /// Goes to another one, by its place in that row.
+  virtual CString activate(int index) = 0;
 
   /// The current drawing's file; empty when it was never saved, or when there is none.
   virtual CString currentFile() const = 0;

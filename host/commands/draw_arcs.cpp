@@ -1,6 +1,7 @@
 // ARC and CIRCLE. All is reckoned in the XY plane of the user system, at the height of the first point.
 #include <cmath>
 
+#include "host/commands/internal/flatcurve.h"
 #include "host/commands/internal/rows.h"
 #include "host/commands/internal/support.h"
 #include "host/entities/curves.h"
@@ -179,10 +180,37 @@ void circleByPoints(bool isThree) {
     fail(L"The three points lie on one line.");
 }
 
+/// One of the two objects that a circle is to touch; false when the command ends.
+bool askTouched(const wchar_t* prompt, FlatCurve& curve, KvGePoint2d& pick) {
+  KvDbObjectId id;
+  KvGePoint3d at;
+  const auto isFlat = [](KvDbObjectId one) { return flatCurveOf(one).has_value(); };
+  if (Ask(prompt).prefer(isFlat).entity(id, &at) != Got::Value) return false;
+  const auto found = flatCurveOf(id);
+  if (!found) return fail(L"A line, an arc or a circle in the user system's plane expected."), false;
+  curve = *found;
+  pick = kvge::planar(at);
+  return true;
+}
+
+void circleByTangents() {
+  FlatCurve first, second;
+  KvGePoint2d firstPick, secondPick;
+  double radius = 0;
+  if (!askTouched(L"\nSpecify point on object for first tangent of circle: ", first, firstPick) ||
+      !askTouched(L"\nSpecify point on object for second tangent of circle: ", second, secondPick) ||
+      Ask(L"\nSpecify radius of circle: ").flags(KVED_NOZERO | KVED_NONEG).distance(radius) != Got::Value)
+    return;
+  const auto round = touchingBoth(first, firstPick, second, secondPick, radius);
+  if (!round) return fail(L"Circle does not exist.");
+  addCircle({round->center.x, round->center.y, first.height}, radius);
+}
+
 void runCircle() {
   KvGePoint3d center;
-  Ask ask(L"\nSpecify center point for circle or [3P/2P]: ");
-  const Got got = ask.keywords(L"3P 2P").point(center);
+  Ask ask(L"\nSpecify center point for circle or [3P/2P/Ttr (tan tan radius)]: ");
+  const Got got = ask.keywords(L"3P 2P Ttr").point(center);
+  if (got == Got::Keyword && ask.keyword == L"Ttr") return drawing() ? circleByTangents() : void();
   if (got == Got::Keyword) {
     circleByPoints(ask.keyword == L"3P");
     return;
@@ -217,8 +245,10 @@ constexpr KvCommandRow kRows[] = {
      L"(after an "
      L"end; a negative radius gives the greater arc)"},
     {L"CIRCLE", L"C", KVRX_CMD_MODAL, runCircle,
-     L"Draws a circle by centre and radius or diameter, or through two or three points.",
-     L"Specify center point for circle or [3P/2P]:\nSpecify radius of circle or [Diameter]:"},
+     L"Draws a circle by centre and radius or diameter, through two or three points, or touching two "
+     L"objects.",
+     L"Specify center point for circle or [3P/2P/Ttr (tan tan radius)]:\nSpecify point on object for first "
+     L"tangent of circle: (after Ttr)\nSpecify radius of circle or [Diameter]:"},
 };
 
 }  // namespace

@@ -51,7 +51,7 @@ std::optional<KvGePoint3d> firstBeyond(const KvDbCurve& curve, bool atEnd, const
     const auto* edge = look<KvDbEntity>(id);
     if (!edge || id == self) continue;
     KvGePoint3dArray points;
-    curve.intersectWith(edge, KvDb::kExtendThis, plane, points);
+    curve.intersectWith(edge, edgeType(true), plane, points);
     for (const KvGePoint3d& point : points) {
       double beyond = -1;
       if (line) {
@@ -111,21 +111,10 @@ bool extendAt(KvDbObjectId id, const KvGePoint3d& picked, const KvDbObjectIdArra
 
 void runExtend() {
   if (!drawing()) return;
-  say(L"Select boundary edges ...");
-  bool isCancelled = false;
-  KvDbObjectIdArray edges = select(nullptr, true, &isCancelled);
-  if (isCancelled) return;
-  if (edges.isEmpty())
-    if (const auto* space = look<KvDbBlockTableRecord>(drawing()->currentSpaceId()))
-      edges = space->entities();
-  KvDbObjectId id;
-  KvGePoint3d point;
-  while (Ask(L"\nSelect object to extend: ").entity(id, &point) == Got::Value) {
-    if (isLocked(id))
-      say(L"The object is on a locked layer.");
-    else if (!extendAt(id, toWorld(point), edges))
-      say(L"No edge in this direction, or the object can't be extended.");
-  }
+  const auto edges = askEdges(L"Select boundary edges ...");
+  if (edges)
+    cutRepeatedly(L"extend", L"No edge in this direction, or the object can't be extended.",
+                  [&](KvDbObjectId id, const KvGePoint3d& at) { return extendAt(id, at, *edges); });
 }
 
 /// The parameter of the point of a curve nearest to a user point.
@@ -212,8 +201,9 @@ constexpr KvCommandRow kRows[] = {
     {L"EXPLODE", L"X", KVRX_CMD_USEPICKSET, runExplode,
      L"Takes blocks, polylines, dimensions and texts apart.", L"Select objects:"},
     {L"EXTEND", L"EX", KVRX_CMD_MODAL, runExtend, L"Draws lines and arcs out to other objects.",
-     L"Select boundary edges: (empty: every object is one)\nSelect object to extend: (near the end; empty: "
-     L"ends)"},
+     L"Select boundary edges: (empty: every object is one)\nSelect object to extend or "
+     L"[Fence/Crossing/Edge/eRase/Undo]: (near the end; empty: ends)\nEnter an implied edge extension mode "
+     L"[Extend/No extend] <No extend>: (after Edge)"},
 };
 
 }  // namespace

@@ -127,4 +127,23 @@ void cutBack(KvDbObjectId id, const FlatCurve& curve, KvGePoint2d corner, KvGePo
   });
 }
 
+std::optional<Rounding> touchingBoth(const FlatCurve& a, KvGePoint2d pickA, const FlatCurve& b,
+                                     KvGePoint2d pickB, double radius) {
+  std::optional<Rounding> best;
+  double least = INFINITY;
+  for (double sideA : {radius, -radius})
+    for (double sideB : {radius, -radius}) {
+      const auto baseA = offsetBase(baseOf(a), sideA), baseB = offsetBase(baseOf(b), sideB);
+      if (!baseA || !baseB) continue;
+      for (KvGePoint2d center : meetings(*baseA, *baseB)) {
+        const Rounding one{center, a.project(center), b.project(center)};
+        const double away = one.first.distanceTo(pickA) + one.second.distanceTo(pickB);
+        if (away >= least) continue;
+        least = away;
+        best = one;
+      }
+    }
+  return best;
+}
+
 }  // namespace kvcmd

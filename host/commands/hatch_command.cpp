@@ -1,10 +1,16 @@
-// HATCH: fills the closed outlines among the selected objects.
+// HATCH, BHATCH, BOUNDARY: closed outlines among selected objects, and areas round points.
+#include <algorithm>
+#include <cmath>
+
+#include "host/commands/internal/enclosure.h"
 #include "host/commands/internal/rows.h"
 #include "host/commands/internal/support.h"
 #include "host/commands/outlines.h"
 #include "host/editor/sysvars.h"
-#include "host/entities/curve.h"
+#include "host/entities/curves.h"
 #include "host/entities/hatch.h"
+#include "host/entities/polyline.h"
+#include "host/entities/region.h"
 
 namespace kvcmd {
 namespace {
@@ -96,9 +102,7 @@ void setPattern(KvDbHatch& hatch, const Wish& wish) {
   }
 }
 
-void runHatch() {
-  Wish wish;
-  if (!drawing() || !askPattern(wish)) return;
+void hatchSelected(const Wish& wish) {
   bool isCancelled = false;
   const KvDbObjectIdArray ids = select(nullptr, true, &isCancelled);
   if (isCancelled) return;
@@ -135,8 +139,187 @@ void runHatch() {
   remember(wish);
 }
 
+void runHatch() {
+  Wish wish;
+  if (drawing() && askPattern(wish)) hatchSelected(wish);
+}
+
+/// The plane of hatches: the user system's, at the height of its origin.
+KvGePoint2d inPlane(const KvGePoint3d& world, const KvGeVector3d& normal) {
+  return kvge::planar(KvGeMatrix3d::worldToPlane(normal) * world);
+}
+
+/// The loop as a polyline's vertices with bulges; false when it has other edges than lines and arcs in planes
+/// parallel to the hatch's.
+bool asVertices(const EnclosureLoop& loop, const KvGeVector3d& normal, KvGePoint2dArray& vertices,
+                KvArray<double>& bulges) {
+  for (const EnclosureLoop::Piece& piece : loop.pieces) {
+    KvGePoint3d start, end;
+    double bulge = 0;
+    piece.curve->getStartPoint(start);
+    piece.curve->getEndPoint(end);
+    if (const auto* circle = KvDbCircle::cast(piece.curve.get())) {
+      // Two halves.
+      if (std::fabs(std::fabs(circle->normal().dotProduct(normal)) - 1) > 1e-9) return false;
+      const KvGePoint2d middle = inPlane(circle->center(), normal);
+      for (const double side : {1.0, -1.0}) {
+        vertices.append(KvGePoint2d(middle.x + side * circle->radius(), middle.y));
+        bulges.append(piece.isBackwards ? -1 : 1);
+      }
+      continue;
+    }
+    if (const auto* arc = KvDbArc::cast(piece.curve.get())) {
+      const double along = arc->normal().dotProduct(normal);
+      if (std::fabs(std::fabs(along) - 1) > 1e-9) return false;
+      bulge = std::tan(arc->totalAngle() / 4) * (along > 0 ? 1 : -1);
+    } else if (!KvDbLine::cast(piece.curve.get())) {
+      return false;
+    }
+    vertices.append(inPlane(piece.isBackwards ? end : start, normal));
+    bulges.append(piece.isBackwards ? -bulge : bulge);
+  }
+  return true;
+}
+
+/// Adds a loop: by whole entities, which the hatch then follows, else by its edges. False when it can't.
+bool addLoop(KvDbHatch& hatch, const EnclosureLoop& loop, int type, bool follows) {
+  if (follows) return hatch.appendLoop(type, loop.wholeSources()) == Kvad::eOk;
+  KvGePoint2dArray vertices;
+  KvArray<double> bulges;
+  if (asVertices(loop, hatch.normal(), vertices, bulges))
+    return hatch.appendLoop(type, vertices, bulges) == Kvad::eOk;
+  // Through entities of its own, which go when their shape has been taken.
+  KvDbObjectIdArray ids;
+  for (auto& curve : loop.curves()) ids.append(add(std::move(curve), true));
+  const bool isAdded = hatch.appendLoop(type, ids) == Kvad::eOk;
+  erase(ids);
+  return isAdded;
+}
+
+/// A hatch in all of the areas; false, with a word, when there can be none.
+bool hatchAreas(const std::vector<Enclosure>& areas, const Wish& wish) {
+  auto hatch = std::make_unique<KvDbHatch>();
+  hatch->setNormal(userNormal());
+  hatch->setElevation((KvGeMatrix3d::worldToPlane(userNormal()) * toWorld({0, 0, drawing()->elevation()})).z);
+  setPattern(*hatch, wish);
+  const auto isWhole = [](const EnclosureLoop& loop) { return !loop.wholeSources().isEmpty(); };
+  const bool follows =
+      variable(L"HPASSOC", 1) != 0 && std::all_of(areas.begin(), areas.end(), [&](const Enclosure& area) {
+        return isWhole(area.outer) && std::all_of(area.islands.begin(), area.islands.end(), isWhole);
+      });
+  hatch->setAssociative(follows);
+  for (const Enclosure& area : areas) {
+    bool isAdded = addLoop(*hatch, area.outer, KvDbHatch::kExternal, follows);
+    for (const EnclosureLoop& island : area.islands)
+      isAdded = addLoop(*hatch, island, KvDbHatch::kDefault, follows) && isAdded;
+    if (!isAdded) return fail(L"The outlines can't bound a hatch."), false;
+  }
+  if (!wish.isSolid() && !hatch->patternStretches([](KvGePoint2d, KvGePoint2d) {}))
+    return fail(L"The pattern is too fine for the area: a greater scale would do."), false;
+  const KvDbObjectIdArray sources = follows ? hatch->assocObjIds() : KvDbObjectIdArray();
+  const KvDbObjectId id = add(std::move(hatch));
+  for (KvDbObjectId source : sources)
+    change<KvDbEntity>(source, [&](KvDbEntity& entity) { entity.addPersistentReactor(id); });
+  return !id.isNull();
+}
+
+void runBhatch() {
+  if (!drawing()) return;
+  Wish wish;
+  read(L"HPNAME", wish.pattern);
+  read(L"HPSCALE", wish.scale);
+  read(L"HPANG", wish.angle);
+  std::vector<Enclosure> areas;
+  for (;;) {
+    KvGePoint3d inside;
+    say(L"Current hatch pattern:  " + wish.pattern);
+    Ask ask(L"\nSpecify internal point or [Properties/Select objects/Undo]: ");
+    const Got got = ask.keywords(L"Properties Select Undo").point(inside);
+    if (got == Got::Cancelled) return;
+    if (got == Got::Nothing) break;
+    if (got == Got::Keyword && ask.keyword == L"Properties") {
+      if (!askPattern(wish)) return;
+    } else if (got == Got::Keyword && ask.keyword == L"Undo") {
+      if (areas.empty())
+        say(L"Nothing to undo.");
+      else
+        areas.pop_back();
+    } else if (got == Got::Keyword) {
+      if (!areas.empty() && hatchAreas(areas, wish)) remember(wish);
+      return hatchSelected(wish);
+    } else {
+      CString reason;
+      auto area = enclosureAt(inside, reason);
+      if (area)
+        areas.push_back(std::move(*area));
+      else
+        say(reason);
+    }
+  }
+  if (!areas.empty() && hatchAreas(areas, wish)) remember(wish);
+}
+
+/// The areas round points as polylines, or where they have other edges as regions.
+void runBoundary() {
+  if (!drawing()) return;
+  bool wantsRegions = false;
+  int polylines = 0, regions = 0;
+  const auto addOutline = [&](const EnclosureLoop& loop) {
+    KvGePoint2dArray vertices;
+    KvArray<double> bulges;
+    if (!wantsRegions && asVertices(loop, userNormal(), vertices, bulges) && vertices.length() > 1) {
+      auto polyline = std::make_unique<KvDbPolyline>();
+      for (int i = 0; i < vertices.length(); ++i) polyline->addVertexAt(i, vertices[i], bulges[i], 0, 0);
+      polyline->setClosed(true);
+      polyline->setNormal(userNormal());
+      polyline->setElevation(
+          (KvGeMatrix3d::worldToPlane(userNormal()) * toWorld({0, 0, drawing()->elevation()})).z);
+      if (!add(std::move(polyline)).isNull()) ++polylines;
+      return;
+    }
+    KvDbVoidPtrArray curves, made;
+    const auto copies = loop.curves();
+    for (const auto& copy : copies) curves.append(static_cast<KvDbEntity*>(copy.get()));
+    KvDbRegion::createFromCurves(curves, made);
+    for (void* region : made)
+      if (!add(std::unique_ptr<KvDbEntity>(static_cast<KvDbEntity*>(region))).isNull()) ++regions;
+  };
+  for (;;) {
+    KvGePoint3d inside;
+    Ask ask(L"\nSpecify internal point or [Object type]: ");
+    const Got got = ask.keywords(L"Object").point(inside);
+    if (got == Got::Keyword) {
+      Ask type(L"\nEnter type of boundary object [Region/Polyline] <" +
+               CString(wantsRegions ? L"Region" : L"Polyline") + L">: ");
+      if (type.keywords(L"Region Polyline").word() == Got::Keyword) wantsRegions = type.keyword == L"Region";
+      continue;
+    }
+    if (got != Got::Value) break;
+    CString reason;
+    const auto area = enclosureAt(inside, reason);
+    if (!area) {
+      say(reason);
+      continue;
+    }
+    addOutline(area->outer);
+    for (const EnclosureLoop& island : area->islands) addOutline(island);
+  }
+  if (polylines > 0) say(countOf(polylines, polylines == 1 ? L"polyline made" : L"polylines made"));
+  if (regions > 0) say(countOf(regions, regions == 1 ? L"region made" : L"regions made"));
+}
+
 constexpr KvCommandRow kRows[] = {
-    {L"HATCH", L"H -HATCH BHATCH", KVRX_CMD_MODAL, runHatch,
+    {L"BHATCH", L"BH -BHATCH", KVRX_CMD_MODAL, runBhatch,
+     L"Fills the areas round points, as the curves about them cross; what lies in an area is left out.",
+     L"Specify internal point or [Properties/Select objects/Undo]: (empty: draws)\nthen, after Properties "
+     L"and "
+     L"Select objects, the prompts of HATCH"},
+    {L"BOUNDARY", L"BO -BOUNDARY BPOLY", KVRX_CMD_MODAL, runBoundary,
+     L"Draws the outlines of the areas round points, as the curves about them cross.",
+     L"Specify internal point or [Object type]: (empty: ends)\nEnter type of boundary object "
+     L"[Region/Polyline] "
+     L"<Polyline>: (after Object type; outlines of other than lines and arcs are regions)"},
+    {L"HATCH", L"H -HATCH", KVRX_CMD_MODAL, runHatch,
      L"Fills closed outlines with a pattern of lines or a colour.",
      L"Enter a pattern name or [?/Solid/User defined]: (ANSI31, ISO02W100, ...)\nSpecify a scale for the "
      L"pattern "

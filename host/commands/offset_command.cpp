@@ -163,33 +163,65 @@ void runOffset() {
     break;
   }
   setVariable(L"OFFSETDIST", isThrough ? -1.0 : distance);
+  KvDbObjectIdArray made;
+  const auto takeBack = [&] {
+    if (made.isEmpty()) return say(L"Nothing to undo.");
+    change<KvDbEntity>(made[made.length() - 1], [](KvDbEntity& entity) { entity.erase(); });
+    made.removeAt(made.length() - 1);
+  };
   for (;;) {
     KvDbObjectId id;
-    KvGePoint3d side;
-    Ask ask(L"\nSelect object to offset or [Exit] <Exit>: ");
-    if (ask.keywords(L"Exit").entity(id) != Got::Value) return;
+    Ask ask(L"\nSelect object to offset or [Exit/Undo] <Exit>: ");
+    const auto isCurve = [](KvDbObjectId one) { return look<KvDbCurve>(one) != nullptr; };
+    const Got picked = ask.keywords(L"Exit Undo").prefer(isCurve).entity(id);
+    if (picked == Got::Keyword && ask.keyword == L"Undo") {
+      takeBack();
+      continue;
+    }
+    if (picked != Got::Value) return;
     const auto* curve = look<KvDbCurve>(id);
     if (!curve || isLocked(id)) {
       say(curve ? L"The object is on a locked layer." : L"Curves can be offset only.");
       continue;
     }
-    if (Ask(isThrough ? L"\nSpecify through point: " : L"\nSpecify point on side to offset: ").point(side) !=
-        Got::Value)
-      return;
-    KvGePoint3d on;
-    const KvGePoint3d world = toWorld(side);
-    double away = distance;
-    if (isThrough && curve->getClosestPointTo(world, userNormal(), on, true) == Kvad::eOk) {
-      const KvGePoint3d flat = toUser(on);
-      away = flatDistance(flat, side);
+    // One copy, or with Multiple one beside the other until an empty answer.
+    bool isMultiple = false;
+    std::vector<KvDbObjectId> row{id};
+    for (;;) {
+      KvGePoint3d side;
+      const CString what = isThrough ? L"\nSpecify through point" : L"\nSpecify point on side to offset";
+      Ask where(what +
+                (isMultiple ? L" or [Exit/Undo] <next object>: " : L" or [Exit/Multiple/Undo] <Exit>: "));
+      const Got got = where.keywords(isMultiple ? L"Exit Undo" : L"Exit Multiple Undo").point(side);
+      if (got == Got::Keyword && where.keyword == L"Multiple") {
+        isMultiple = true;
+        continue;
+      }
+      if (got == Got::Keyword && where.keyword == L"Undo") {
+        takeBack();
+        if (row.size() > 1) row.pop_back();
+        continue;
+      }
+      if (got == Got::Nothing && isMultiple) break;
+      if (got != Got::Value) return;
+      const KvGePoint3d world = toWorld(side);
+      const auto* from = look<KvDbCurve>(row.back());
+      KvGePoint3d on;
+      double away = distance;
+      if (isThrough && from && from->getClosestPointTo(world, userNormal(), on, true) == Kvad::eOk)
+        away = flatDistance(toUser(on), side);
+      auto copy = from && away > 0 ? offsetOf(*from, away, world) : nullptr;
+      if (!copy) {
+        say(L"The object can't be offset there.");
+        if (!isMultiple) break;
+        continue;
+      }
+      const KvDbObjectId next = onCurrentLayer ? add(std::move(copy)) : addBeside(row.back(), std::move(copy));
+      made.append(next);
+      if (erases) change<KvDbEntity>(row.back(), [](KvDbEntity& entity) { entity.erase(); });
+      if (!isMultiple) break;
+      row.push_back(next);
     }
-    auto made = away > 0 ? offsetOf(*curve, away, world) : nullptr;
-    if (!made) {
-      say(L"The object can't be offset there.");
-      continue;
-    }
-    onCurrentLayer ? add(std::move(made)) : addBeside(id, std::move(made));
-    if (erases) change<KvDbEntity>(id, [](KvDbEntity& entity) { entity.erase(); });
   }
 }
 
@@ -401,9 +433,10 @@ constexpr KvCommandRow kRows[] = {
     {L"JOIN", L"J", KVRX_CMD_MODAL, runJoin, L"Joins lines on one line, or curves that meet, to one.",
      L"Select source object:\nSelect objects to join to source:"},
     {L"OFFSET", L"O", KVRX_CMD_MODAL, runOffset, L"Draws a curve beside another one.",
-     L"Specify offset distance or [Through/Erase/Layer] <>:\nSelect object to offset or [Exit] <Exit>: "
-     L"(empty: "
-     L"ends)\nSpecify point on side to offset:\nSpecify through point: (after Through)"},
+     L"Specify offset distance or [Through/Erase/Layer] <>:\nSelect object to offset or [Exit/Undo] <Exit>: "
+     L"(empty: ends)\nSpecify point on side to offset or [Exit/Multiple/Undo] <Exit>: (Multiple: one beside "
+     L"the "
+     L"other)\nSpecify through point or [Exit/Multiple/Undo] <Exit>: (after Through)"},
     {L"STRETCH", L"S", KVRX_CMD_MODAL, runStretch,
      L"Moves what lies in a crossing window and draws the rest along.",
      L"Select objects: (by C or CP; what is picked otherwise moves whole)\nSpecify base point or "

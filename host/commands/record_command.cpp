@@ -8,6 +8,7 @@
 #include "host/database/dictionary.h"
 #include "host/database/header.h"
 #include "host/database/layout.h"
+#include "host/entities/dimension.h"
 #include "host/io/linetype_file.h"
 
 namespace kvcmd {
@@ -176,12 +177,24 @@ void saveDimStyle() {
     takeStyle(id);
 }
 
+/// Dimensions that are there already get the current style and variables.
+void applyDimStyle() {
+  const KvDbDimVars vars = presentDimVars();
+  for (KvDbObjectId id : select())
+    change<KvDbDimension>(id, [&](KvDbDimension& dimension) {
+      dimension.setDimensionStyle(drawing()->dimstyle());
+      dimension.setDimVars(vars);
+      dimension.recomputeDimBlock(true);
+    });
+}
+
 void runDimStyle() {
   if (!drawing()) return;
   say(L"Current dimension style: " + kvdbRecordName(drawing()->dimstyle()));
-  Ask ask(L"\nEnter a dimension style option [Save/Restore/Variables/?] <Restore>: ");
-  const Got got = ask.keywords(L"Save Restore Variables ?").word();
+  Ask ask(L"\nEnter a dimension style option [Save/Restore/Variables/Apply/?] <Restore>: ");
+  const Got got = ask.keywords(L"Save Restore Variables Apply ?").word();
   if (got == Got::Cancelled) return;
+  if (got == Got::Keyword && ask.keyword == L"Apply") return applyDimStyle();
   if (got == Got::Keyword && ask.keyword == L"Save") return saveDimStyle();
   if (got == Got::Keyword && ask.keyword == L"?")
     return listRecords(KvDbTable::DimStyle, L"\nEnter dimension style(s) to list <*>: ");
@@ -383,9 +396,9 @@ void runPurge() {
 
 constexpr KvCommandRow kRows[] = {
     {L"DIMSTYLE", L"D DST -DIMSTYLE", KVRX_CMD_MODAL, runDimStyle, L"Saves, lists and sets dimension styles.",
-     L"Enter a dimension style option [Save/Restore/Variables/?] <Restore>: (Save takes the DIM "
-     L"variables)\nEnter "
-     L"name for new dimension style or [?]: (after Save)\nEnter a dimension style name:"},
+     L"Enter a dimension style option [Save/Restore/Variables/Apply/?] <Restore>: (Save takes the DIM "
+     L"variables, Apply gives them to dimensions)\nEnter name for new dimension style or [?]: (after "
+     L"Save)\nEnter a dimension style name:"},
     {L"GROUP", L"G -GROUP", KVRX_CMD_MODAL, runGroup, L"Makes and changes groups, which are selected as one.",
      L"Enter a group option [?/Add/Remove/Explode/Create] <Create>:\nEnter a group name or [?]:\nSelect "
      L"objects:"},

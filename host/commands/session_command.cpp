@@ -150,8 +150,25 @@ void runRedraw() {
   kvedRedraw(nullptr, 0);
 }
 
+/// Looks at the drawing itself and mends it, as one step.
+void mendDrawing() {
+  KvDbAudit audit(*drawing(), true);
+  audit.run();
+  CString text;
+  for (const KvDbFinding& finding : audit.findings()) {
+    text.Format(L"%d ", static_cast<int>(finding.fault));
+    say(text + finding.text);
+  }
+  text.Format(L"%d faults found, %d of them mended", static_cast<int>(audit.errorCount() + audit.fixCount()),
+              static_cast<int>(audit.fixCount()));
+  say(text);
+}
+
 void runAudit() {
   if (!drawing()) return;
+  const auto mends = askYes(L"\nFix any errors detected?", false);
+  if (!mends) return;
+  if (*mends) return mendDrawing();
   KvDbDatabase copy(false, true);
   KvIoReport report;
   const std::string bytes = kvdbFormatDrawing(*drawing());
@@ -168,11 +185,14 @@ void runAudit() {
   const std::uint64_t total = audit.errorCount() + report.repairsLeftOut;
   text.Format(total == 1 ? L"%d fault found" : L"%d faults found", static_cast<int>(total));
   say(text);
-  if (total > 0) say(L"\"korvane audit --fix\" mends the saved file.");
+  if (total > 0)
+    say(L"AUDIT Yes mends what it can in the drawing, \"korvane audit --fix\" in the saved file.");
 }
 
 constexpr KvCommandRow kRows[] = {
-    {L"AUDIT", L"", KVRX_CMD_MODAL, runAudit, L"Looks for faults that a saved file would have.", L""},
+    {L"AUDIT", L"", KVRX_CMD_MODAL, runAudit,
+     L"Looks for faults that a saved file would have, and mends those of the drawing.",
+     L"Fix any errors detected? [Yes/No] <No>:"},
     {L"DELAY", L"", KVRX_CMD_MODAL, runDelay, L"Waits; for scripts.", L"Enter delay time in milliseconds:"},
     {L"HELP", L"?", KVRX_CMD_TRANSPARENT, runHelp, L"Tells of all commands, or the prompts of one.",
      L"Enter command name <all>:"},

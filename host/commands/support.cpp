@@ -114,6 +114,7 @@ Got Ask::entity(KvDbObjectId& id, KvGePoint3d* point) {
   constexpr int kMostMisses = 100;
   for (int miss = 0; miss < kMostMisses; ++miss) {
     init();
+    if (accept_ && editor()) editor()->preferNext(accept_);
     kvds_name name;
     double at[3] = {0, 0, 0};
     const int status = kvedEntSel(prompt_, name, at);

@@ -116,7 +116,7 @@ bool trimAt(KvDbObjectId id, const KvGePoint3d& picked, const KvDbObjectIdArray&
   if (!curve || curve->getClosestPointTo(picked, userToWorld().column(2), on) != Kvad::eOk ||
       curve->getParamAtPoint(on, param) != Kvad::eOk)
     return false;
-  const auto part = partAround(param, crossingParams(*curve, edges, KvDb::kOnBothOperands), *curve);
+  const auto part = partAround(param, crossingParams(*curve, edges, edgeType(false)), *curve);
   if (!part) return false;
   KvArray<double> cuts;
   for (const auto& cut : {part->from, part->to})
@@ -143,33 +143,18 @@ namespace {
 
 void runTrim() {
   if (!drawing()) return;
-  say(L"Select cutting edges ...");
-  bool isCancelled = false;
-  KvDbObjectIdArray edges = select(nullptr, true, &isCancelled);
-  if (isCancelled) return;
-  if (edges.isEmpty())
-    if (const auto* space = look<KvDbBlockTableRecord>(drawing()->currentSpaceId()))
-      edges = space->entities();
-  for (;;) {
-    kvds_name name;
-    double point[3];
-    const int status = kvedEntSel(L"\nSelect object to trim: ", name, point);
-    KvDbObjectId id;
-    if (status != RTNORM) return;
-    kvdbGetObjectId(id, name);
-    const auto* layer =
-        look<KvDbEntity>(id) ? look<KvDbLayerTableRecord>(look<KvDbEntity>(id)->layerId()) : nullptr;
-    if (layer && layer->isLocked())
-      say(L"The object is on a locked layer.");
-    else if (!trimAt(id, toWorld({point[0], point[1], point[2]}), edges))
-      say(L"Object does not intersect an edge.");
-  }
+  const auto edges = askEdges(L"Select cutting edges ...");
+  if (edges)
+    cutRepeatedly(L"trim", L"Object does not intersect an edge.",
+                  [&](KvDbObjectId id, const KvGePoint3d& at) { return trimAt(id, at, *edges); });
 }
 
 constexpr KvCommandRow kRows[] = {
     {L"TRIM", L"TR", KVRX_CMD_MODAL, runTrim, L"Cuts parts of curves away at other objects.",
-     L"Select cutting edges: (empty: every object is one)\nSelect object to trim: (on the part that goes; "
-     L"empty: ends)"},
+     L"Select cutting edges: (empty: every object is one)\nSelect object to trim or "
+     L"[Fence/Crossing/Edge/eRase/Undo]: (on the part that goes; empty: ends)\nEnter an implied edge "
+     L"extension "
+     L"mode [Extend/No extend] <No extend>: (after Edge)"},
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "host/editor/editor.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cmath>
 #include <exception>
@@ -30,6 +31,26 @@ struct KvEdEditor::Frame {
 namespace {
 
 constexpr std::size_t kDeepestNesting = 32;
+
+/// Letters left out, put in, changed or exchanged with their neighbour.
+int slipsBetween(const CString& a, const CString& b) {
+  const int n = a.GetLength(), m = b.GetLength();
+  std::vector<std::vector<int>> cost(static_cast<std::size_t>(n) + 1,
+                                     std::vector<int>(static_cast<std::size_t>(m) + 1));
+  const auto at = [&](int i, int k) -> int& {
+    return cost[static_cast<std::size_t>(i)][static_cast<std::size_t>(k)];
+  };
+  for (int i = 0; i <= n; ++i) at(i, 0) = i;
+  for (int k = 0; k <= m; ++k) at(0, k) = k;
+  for (int i = 1; i <= n; ++i)
+    for (int k = 1; k <= m; ++k) {
+      const int change = a.GetAt(i - 1) == b.GetAt(k - 1) ? 0 : 1;
+      at(i, k) = std::min({at(i - 1, k) + 1, at(i, k - 1) + 1, at(i - 1, k - 1) + change});
+      if (i > 1 && k > 1 && a.GetAt(i - 1) == b.GetAt(k - 2) && a.GetAt(i - 2) == b.GetAt(k - 1))
+        at(i, k) = std::min(at(i, k), at(i - 2, k - 2) + 1);
+    }
+  return at(n, m);
+}
 
 class OwnedCommandStack : public KvEdCommandStack {};
 
@@ -118,6 +139,7 @@ bool KvEdEditor::runNext(KvEdOutcome& outcome) {
   if (token.kind == KvEdToken::Kind::Cancel) return true;
   const CString name = token.text.IsEmpty() ? lastCommand_ : token.text;
   if (!name.IsEmpty()) outcome = runCommand(name);
+  if (outcome != KvEdOutcome::Done && !sources_.empty()) sources_.back()->dropLine();
   return true;
 }
 
@@ -128,7 +150,9 @@ KvEdOutcome KvEdEditor::runCommand(const CString& typed) {
   finishInner(running_);
   const KvEdCommand* command = commandFor(name);
   if (!command) {
-    printLine(L"Unknown command \"" + CString(typed).MakeUpper() + L"\".");
+    const CString meant = likelyCommand(CString(typed).MakeUpper());
+    printLine(L"Unknown command \"" + CString(typed).MakeUpper() + L"\"." +
+              (meant.IsEmpty() ? CString() : L" Did you mean " + meant + L"?"));
     return KvEdOutcome::Unknown;
   }
   lastCommand_ = typedVariable.IsEmpty() ? command->globalName() : typedVariable;
@@ -152,6 +176,23 @@ KvEdOutcome KvEdEditor::runCommand(const CString& typed) {
   closeFrame(own, outcome);
   if (frames_.empty() && onCommandEnded) onCommandEnded(outcome);
   return outcome;
+}
+
+CString KvEdEditor::likelyCommand(const CString& typed) const {
+  constexpr int kShortest = 4, kLongest = 32, kMostSlips = 2;
+  const int length = typed.GetLength();
+  CString best;
+  int least = kMostSlips + 1;
+  if (length < kShortest || length > kLongest) return best;
+  for (const KvEdCommand* command : commands_->commands()) {
+    const CString name = CString(command->globalName()).MakeUpper();
+    if (name.GetLength() < kShortest || name.GetLength() > kLongest) continue;
+    if (const int slips = slipsBetween(typed, name); slips < least) {
+      least = slips;
+      best = name;
+    }
+  }
+  return best;
 }
 
 bool KvEdEditor::runTransparent(const CString& typed) {
@@ -387,7 +428,7 @@ std::optional<CString> KvEdEditor::readLine(const CString& prompt) {
 }
 
 void KvEdEditor::initGet(int flags, const CString& keywords) {
-  getOptions_ = {flags, keywords};
+  getOptions_ = {flags, keywords, {}};
 }
 
 KvEdEditor::GetOptions KvEdEditor::takeGetOptions() {

@@ -92,7 +92,10 @@ class KvEdEditor {
   struct GetOptions {
     int flags = 0;
     CString keywords;
+    std::function<bool(KvDbObjectId)> accept = {};  ///< empty: anything
   };
+  /// What the next prompt for an entity would rather have: it looks past others under the pick box.
+  void preferNext(std::function<bool(KvDbObjectId)> accept) { getOptions_.accept = std::move(accept); }
   GetOptions takeGetOptions();
   /// What the last prompt got when it answered RTKWORD, or the text that was typed.
   CString lastInput;
@@ -122,6 +125,8 @@ class KvEdEditor {
  private:
   struct Frame;
 
+  /// The command whose name differs least from what was typed, in upper case; empty when none is near.
+  CString likelyCommand(const CString& typed) const;
   /// By name; for a variable's name SETVAR. Null when there is neither.
   const KvEdCommand* commandFor(const CString& name);
   KvEdToken readFor(std::size_t frame, KvEdReadMode mode, const CString& prompt);

@@ -19,10 +19,12 @@ struct Picked {
 };
 
 /// What lies under a point; ERRNO tells of a miss.
-bool pickAt(KvEdEditor& editor, KvDbDatabase& database, const KvGePoint3d& point, bool nested,
-            Picked& picked) {
+bool pickAt(KvEdEditor& editor, KvDbDatabase& database, const KvGePoint3d& point, bool nested, Picked& picked,
+            const kved::Picker::Accept& accept = {}) {
   const KvGePoint3d world = kved::userToWorld(point);
-  const auto hit = kved::Picker(database).nearest(world);
+  const kved::Picker picker(database);
+  auto hit = picker.nearest(world, accept);
+  if (!hit && accept) hit = picker.nearest(world);
   if (!hit) {
     kved::setErrno(editor, kKvedErrnoMiss);
     return false;
@@ -73,7 +75,8 @@ int select(const wchar_t* prompt, bool nested, Picked& picked) {
     kved::PointWish wish;
     wish.isPick = true;
     Verdict verdict = kved::judgePoint(*editor, token, question, point, wish);
-    if (verdict.isTaken && verdict.status == RTNORM && !pickAt(*editor, *database, point, nested, picked))
+    if (verdict.isTaken && verdict.status == RTNORM &&
+        !pickAt(*editor, *database, point, nested, picked, options.accept))
       verdict.status = RTERROR;
     return verdict;
   });

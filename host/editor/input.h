@@ -52,6 +52,8 @@ class KvEdInputSource {
   virtual bool isInteractive() const { return false; }
   /// Line of the answer read last, counted from 1; 0 where there are no lines.
   virtual int line() const { return 0; }
+  /// A command went wrong: what a person has typed on for it in the same line has no meaning any more.
+  virtual void dropLine() {}
 };
 
 /// Cuts text into answers by the rules of scripts: each line end or blank ends an answer (in Line mode only
@@ -63,6 +65,8 @@ class KvEdLineReader {
   /// False when no whole answer is there yet.
   bool next(KvEdReadMode mode, CString& answer);
   bool isUsedUp() const { return at_ >= text_.size(); }
+  /// Forgets what has not been read.
+  void drop() { at_ = text_.size(); }
   int line() const { return answerLine_; }
 
  private:

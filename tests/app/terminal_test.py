@@ -63,6 +63,23 @@ def main():
         one.type("\x03")
         one.expect("*Cancel*")
         one.expect("Command: ")
+        one.type("CIRCLE\r")
+        one.expect("[3P/2P")
+        one.type("1,\x1b")  # Escape alone, in the middle of an answer
+        one.expect("*Cancel*")
+        one.expect("Command: ")
+        one.type("POINT 1,1  \r")  # blanks at the end are no answers: nothing is repeated
+        one.expect("Command: ")
+        one.type("DISTT 0,0 1,1\r")  # an unknown command takes the rest of its line along
+        one.expect("Did you mean DIST?")
+        one.expect("Command: ")
+        one.type("DIST 0,0 3,4\r")
+        one.expect("Distance = 5")
+        one.expect("Command: ")
+        one.type("LINE 0,0 5,5 'ORTHO ON\r")
+        one.expect("Resuming LINE")
+        one.type("\r")
+        one.expect("Command: ")
         one.type("DIMA\t\t")  # several words: a list of them
         one.expect("DIMALIGNED")
         one.expect("DIMANGULAR")

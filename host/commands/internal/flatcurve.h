@@ -38,6 +38,14 @@ std::optional<FlatBase> offsetBase(const FlatBase& base, double distance);
 /// Where they meet; none where they don't or run along one another.
 std::vector<KvGePoint2d> meetings(const FlatBase& a, const FlatBase& b);
 
+/// A circle that touches two curves, or the whole lines and circles behind them.
+struct Rounding {
+  KvGePoint2d center, first, second;  ///< where it touches the first and the second one
+};
+/// Of all circles of that radius that touch both, the one whose touching points are nearest to the picks.
+std::optional<Rounding> touchingBoth(const FlatCurve& a, KvGePoint2d pickA, const FlatCurve& b,
+                                     KvGePoint2d pickB, double radius);
+
 /// Moves the end of a line or arc that lies on the other side of `corner` than `keep` to the corner; user
 /// coordinates. Circles stay whole.
 void cutBack(KvDbObjectId id, const FlatCurve& curve, KvGePoint2d corner, KvGePoint2d keep);

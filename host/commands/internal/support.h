@@ -42,6 +42,8 @@ class Ask {
   explicit Ask(CString prompt) : prompt_(std::move(prompt)) {}
   Ask& keywords(const wchar_t* list) { return keywords_ = list, *this; }
   Ask& flags(int flags) { return flags_ = flags, *this; }
+  /// Of entities: which ones are wanted, so that others under the pick box are looked past.
+  Ask& prefer(bool (*accept)(KvDbObjectId)) { return accept_ = accept, *this; }
   /// Where a rubber line starts, user coordinates.
   Ask& base(const KvGePoint3d& point) { return base_ = point, *this; }
 
@@ -66,6 +68,7 @@ class Ask {
   const wchar_t* keywords_ = L"";
   int flags_ = 0;
   std::optional<KvGePoint3d> base_;
+  bool (*accept_)(KvDbObjectId) = nullptr;
 };
 
 /// Yes, no, or Cancelled; an empty reply is the default. The prompt's end is added.

@@ -1,5 +1,7 @@
 #pragma once
 // Cutting curves at other objects, for TRIM and its kin.
+#include <functional>
+#include <optional>
 #include <vector>
 
 #include "host/commands/internal/support.h"
@@ -11,6 +13,16 @@ namespace kvcmd {
 /// Where other objects meet a curve, seen along the user system's Z axis: parameters of the curve, in order.
 std::vector<double> crossingParams(const KvDbCurve& curve, const KvDbObjectIdArray& edges,
                                    KvDb::Intersect type);
+/// The objects that cut or bound: what is selected, or everything for an empty answer; none after a cancel.
+std::optional<KvDbObjectIdArray> askEdges(const wchar_t* title);
+/// Asks for objects one by one, or by fence or crossing, and lets `cut` work on each at a point (world) until
+/// the user ends it; each piece of work can be taken back. `cut` answers whether it could; `refusal` tells
+/// that not.
+void cutRepeatedly(const wchar_t* verb, const wchar_t* refusal,
+                   const std::function<bool(KvDbObjectId, const KvGePoint3d&)>& cut);
+/// How edges count for TRIM and EXTEND: drawn out beyond their ends where EDGEMODE is 1.
+KvDb::Intersect edgeType(bool extendsCurve);
+
 /// Takes the part of a curve away on which a point (world) lies, up to the nearest edges on both sides. False
 /// when no edge cuts it.
 bool trimAt(KvDbObjectId id, const KvGePoint3d& picked, const KvDbObjectIdArray& edges);
