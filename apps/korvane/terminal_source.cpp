@@ -150,8 +150,20 @@ bool TerminalSource::readLine(const CString& prompt) {
 KvEdToken TerminalSource::read(KvEdReadMode mode, const CString& prompt) {
   CString answer;
   while (!reader_.next(mode, answer)) {
-    if (readLine(prompt)) continue;
-    if (!g_interrupted) return KvEdToken::of(KvEdToken::Kind::End);
+    if (readLine(prompt)) {
+      hasEnded_ = false;
+      continue;
+    }
+    if (!g_interrupted) {
+      // The end of input asks for the program's end as QUIT does, so that nothing is lost by a slip; a second
+      // one, or a terminal that is gone, is the end.
+      if (hasEnded_) return KvEdToken::of(KvEdToken::Kind::End);
+      const bool isIdle = prompt == kKvCommandPrompt;
+      hasEnded_ = isIdle;
+      ::fputs(isIdle ? "QUIT\n" : "*Cancel*\n", stdout);
+      el_reset(editor_->editLine);
+      return isIdle ? KvEdToken::ofText(L"QUIT") : KvEdToken::of(KvEdToken::Kind::Cancel);
+    }
     g_interrupted = 0;
     el_reset(editor_->editLine);
     ::fputs("*Cancel*\n", stdout);

@@ -30,6 +30,7 @@ class TerminalSource : public KvEdInputSource {
   bool readLine(const CString& prompt);
 
   KvEdLineReader reader_;
+  bool hasEnded_ = false;  // the last line was the end of input
   std::unique_ptr<LineEditor> editor_;
 };
 

@@ -303,9 +303,13 @@ void drawLeader(const std::vector<KvGePoint3d>& points, bool hasArrow, const CSt
   auto leader = std::make_unique<KvDbLeader>();
   for (const KvGePoint3d& point : points) leader->appendVertex(point);
   leader->setHasArrowHead(hasArrow);
-  if (addFromUser(std::move(leader)).isNull()) return fail(L"The leader could not be drawn.");
-  if (text.IsEmpty()) return;
+  leader->setDimensionStyle(drawing()->dimstyle());
   const KvDbDimVars vars = presentDimVars();
+  const KvDbObjectId id = addFromUser(std::move(leader));
+  if (id.isNull()) return fail(L"The leader could not be drawn.");
+  change<KvDbLeader>(
+      id, [&](KvDbLeader& made) { vars.writeOverrides(made, KvDbDimVars::ofStyle(drawing()->dimstyle())); });
+  if (text.IsEmpty()) return;
   const double scale = vars.real(KvDbDimVar::Scale) > 0 ? vars.real(KvDbDimVar::Scale) : 1;
   const double gap = vars.real(KvDbDimVar::Gap) * scale, height = vars.real(KvDbDimVar::Txt) * scale;
   const bool goesLeft = points.back().x < points[points.size() - 2].x;

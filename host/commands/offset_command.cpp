@@ -216,7 +216,8 @@ void runOffset() {
         if (!isMultiple) break;
         continue;
       }
-      const KvDbObjectId next = onCurrentLayer ? add(std::move(copy)) : addBeside(row.back(), std::move(copy));
+      const KvDbObjectId next =
+          onCurrentLayer ? add(std::move(copy)) : addBeside(row.back(), std::move(copy));
       made.append(next);
       if (erases) change<KvDbEntity>(row.back(), [](KvDbEntity& entity) { entity.erase(); });
       if (!isMultiple) break;

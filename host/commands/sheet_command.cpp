@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "host/commands/documents.h"
+#include "host/commands/internal/dimstyle.h"
 #include "host/commands/internal/rows.h"
 #include "host/commands/internal/support.h"
 #include "host/database/block.h"
@@ -23,7 +24,7 @@ template <class Take>
 bool askText(const CString& prompt, const wchar_t* refusal, const Take& take) {
   for (;;) {
     CString reply;
-    const Got got = Ask(prompt).text(reply, true);
+    const Got got = Ask(prompt).text(reply);
     if (got == Got::Cancelled) return false;
     if (got == Got::Nothing || take(platform::utf8From(reply))) return true;
     say(refusal);
@@ -232,7 +233,11 @@ void runTolerance() {
   if (Ask(L"\nEnter tolerance location: ").point(at) != Got::Value) return;
   auto frame = std::make_unique<KvDbFcf>(text, at);
   frame->setDimensionStyle(drawing()->dimstyle());
-  if (addFromUser(std::move(frame)).isNull()) fail(L"The frame could not be placed.");
+  const KvDbObjectId id = addFromUser(std::move(frame));
+  if (id.isNull()) return fail(L"The frame could not be placed.");
+  change<KvDbFcf>(id, [](KvDbFcf& made) {
+    presentDimVars().writeOverrides(made, KvDbDimVars::ofStyle(drawing()->dimstyle()));
+  });
 }
 
 constexpr KvCommandRow kRows[] = {

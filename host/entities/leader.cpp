@@ -74,6 +74,11 @@ KvDbObjectId KvDbLeader::dimensionStyle() const {
                                      : database()->recordId(KvDbTable::DimStyle, CString(name.front().text));
 }
 
+Kvad::ErrorStatus KvDbLeader::setDimensionStyle(KvDbObjectId style) {
+  if (style.objectClass() != KvDbDimStyleTableRecord::desc()) return Kvad::eInvalidInput;
+  return putText(3, kvdbRecordNameView(style));
+}
+
 Kvad::ErrorStatus KvDbLeader::transformBy(const KvGeMatrix3d& matrix) {
   if (!matrix.isUniScaledOrtho()) return Kvad::eCannotScaleNonUniformly;
   const double scale = matrix.scale();

@@ -24,6 +24,8 @@ class KvDbLeader : public KvDbPartsEntity {
   /// The text, tolerance or block that it leads to; null for none.
   KvDbObjectId annotationId() const;
   KvDbObjectId dimensionStyle() const;
+  /// eInvalidInput for an id that is no dimension style's.
+  Kvad::ErrorStatus setDimensionStyle(KvDbObjectId style);
   KvDbDimVars dimVars() const { return KvDbDimVars::ofEntity(*this, dimensionStyle()); }
   /// eCannotScaleNonUniformly.
   Kvad::ErrorStatus transformBy(const KvGeMatrix3d& matrix) override;

@@ -80,6 +80,15 @@ def main():
         one.expect("Resuming LINE")
         one.type("\r")
         one.expect("Command: ")
+        one.type("LINE\r")
+        one.expect("first point")
+        one.type("\x04")  # the end of input cancels first, then it quits, and asks
+        one.expect("*Cancel*")
+        one.expect("Command: ")
+        one.type("\x04")
+        one.expect("[Yes/No] <No>: ")
+        one.type("N\r")
+        one.expect("Command: ")
         one.type("DIMA\t\t")  # several words: a list of them
         one.expect("DIMALIGNED")
         one.expect("DIMANGULAR")

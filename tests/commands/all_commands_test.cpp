@@ -6,6 +6,10 @@
 #include "host/commands/command_table.h"
 #include "host/commands/completion.h"
 #include "host/entities/dimension.h"
+#include "host/entities/hatch.h"
+#include "host/entities/leader.h"
+#include "host/entities/tolerance.h"
+#include "host/entities/viewport.h"
 #include "host/io/drawing_file.h"
 #include "tests/editor/editor_host.h"
 #include "tests/support/notation.h"
@@ -162,6 +166,65 @@ TEST_F(AllCommandsTest, DrawingsAreSavedOpenedAndLeft) {
   EXPECT_EQ(test::notationOf(database()), content);
   run(L"LINE 0,0 1,1\n\nQUIT N\nPOINT 1,1\nQUIT Y\nPOINT 2,2\n");
   EXPECT_EQ(test::notationOf(database()), content + "line 0,0 1,1\npoint 1,1\n");
+}
+
+TEST_F(AllCommandsTest, NotesAndFramesFollowTheDimensionVariables) {
+  run(L"DIMTXT 7\nDIMASZ 4\nQLEADER 0,0 20,20\n\n0 note\n\nTOLERANCE P %%c0.1\n\nA\n\n\n50,50\n");
+  const auto* space = KvDbBlockTableRecord::cast(database().modelSpaceId().stub()->object);
+  const KvDbObjectIdArray ids = space->entities();
+  ASSERT_EQ(ids.length(), 3);
+  const auto* leader = KvDbLeader::cast(ids[0].stub()->object);
+  const auto* frame = KvDbFcf::cast(ids[2].stub()->object);
+  ASSERT_TRUE(leader && frame);
+  EXPECT_EQ(kvdbRecordName(leader->dimensionStyle()), L"Standard");
+  EXPECT_EQ(leader->dimVars().real(KvDbDimVar::Asz), 4);
+  EXPECT_EQ(frame->dimVars().real(KvDbDimVar::Txt), 7);
+  ASSERT_EQ(frame->cells().size(), 1U);
+  EXPECT_EQ(frame->cells()[0].size(), 3U);  // symbol, tolerance, datum
+}
+
+TEST_F(AllCommandsTest, HatchesRoundPointsFollowWholeOutlines) {
+  run(L"CIRCLE 0,0 10\nRECTANG -2,-2 2,2\nLINE 30,-50 30,50\n\nBHATCH 5,0\n\n");
+  const auto last = [&] {
+    const auto* space = KvDbBlockTableRecord::cast(database().modelSpaceId().stub()->object);
+    const KvDbObjectIdArray ids = space->entities();
+    return KvDbHatch::cast(ids[ids.length() - 1].stub()->object);
+  };
+  const KvDbHatch* hatch = last();
+  ASSERT_TRUE(hatch);
+  double area = 0;
+  EXPECT_EQ(hatch->numLoops(), 2);
+  EXPECT_EQ(hatch->getArea(area), Kvad::eOk);
+  EXPECT_NEAR(area, 100 * M_PI - 16, 1e-9);
+  // Cut by a line it is half, and an ellipse bounds as well as an arc.
+  run(L"ERASE L\n\nLINE -20,0 20,0\n\nBHATCH 0,5\n\n");
+  ASSERT_TRUE(last());
+  EXPECT_EQ(last()->getArea(area), Kvad::eOk);
+  EXPECT_NEAR(area, 50 * M_PI - 8, 1e-9);
+  EXPECT_FALSE(last()->associative());
+  run(L"ELLIPSE C 100,0 120,0 10\nBHATCH 100,5\n\n");
+  EXPECT_EQ(last()->getArea(area), Kvad::eOk);
+  EXPECT_NEAR(area, 200 * M_PI, 1e-6);
+}
+
+TEST_F(AllCommandsTest, PlotsViewportsAndOpenDrawings) {
+  const CString picture = platform::wideFromUtf8((folder.path() / "out.svg").string());
+  run(L"CIRCLE 0,0 10\nLAYOUT N Sheet\nLAYOUT S Sheet\nMVIEW 10,10 110,90 1:2\n");
+  const auto* sheet = KvDbBlockTableRecord::cast(database().currentSpaceId().stub()->object);
+  const KvDbObjectIdArray ids = sheet->entities();
+  const auto* viewport = KvDbViewport::cast(ids[ids.length() - 1].stub()->object);
+  ASSERT_TRUE(viewport);
+  EXPECT_EQ(viewport->customScale(), 0.5);
+  EXPECT_EQ(viewport->centerPoint(), KvGePoint3d(60, 50, 0));
+  run(L"PLOT\n\n\n\n\n\n" + picture + L"\n");
+  EXPECT_TRUE(std::filesystem::exists(folder.path() / "out.svg")) << platform::utf8From(shown);
+  run(L"PLOT Model\nnonsense A4 L W -20,-20 20,20 1:0\n1:1 Y " + picture + L"\n\n");
+  EXPECT_GE(shown.Find(L"That is no paper"), 0);
+  EXPECT_GE(shown.Find(L"That is no scale"), 0);
+  run(L"NEW\nPOINT 1,1\nDRAWINGS 1\nDRAWINGS 9\n");
+  EXPECT_GE(shown.Find(L"There is no such drawing"), 0);
+  run(L"LAYOUT S Model\n");
+  EXPECT_EQ(test::notationOf(database()), "circle 0,0 r10\n");
 }
 
 TEST_F(AllCommandsTest, ScriptsRunOneAnotherToAnEnd) {

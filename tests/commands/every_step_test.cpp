@@ -218,8 +218,9 @@ TEST_F(EveryStepTest, AHundredCommandsAreTakenBackAndBroughtAgainToTheByte) {
   }
   EXPECT_GE(names.size(), 100U);
   // Those that tell and set nothing that is saved; every other one has done something.
-  const std::set<CString> expected = {L"AREA",     L"AUDIT",  L"DELAY", L"DIST",   L"HELP",   L"ID",  L"LIST",
-                                      L"MASSPROP", L"OSNAP", L"REDRAW", L"REGEN", L"SELECT", L"STATUS", L"TIME"};
+  const std::set<CString> expected = {L"AREA",  L"AUDIT",  L"DELAY",    L"DIST",  L"HELP",
+                                      L"ID",    L"LIST",   L"MASSPROP", L"OSNAP", L"REDRAW",
+                                      L"REGEN", L"SELECT", L"STATUS",   L"TIME"};
   EXPECT_EQ(withoutStep, expected);
   const int last = undo().undoCount();
   const std::string lastSaved = saved(L"last.dxf");
