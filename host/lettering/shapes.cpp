@@ -197,7 +197,8 @@ std::string kvltCompileShapes(const KvLtShapeFile& file) {
   std::string out = isUnicode ? "Korvane unifont 1.0" : "Korvane shapes 1.0";
   out += kLineEnd;
   std::vector<std::pair<int, std::string>> records;
-  if (file.isFont()) {
+  // A font by Unicode begins with its own record, whatever stands in it.
+  if (file.isFont() || isUnicode) {
     std::string own = file.name();
     own += '\0';
     for (double v : {file.above_, file.below_, static_cast<double>(file.modes_), 0.0})
@@ -212,6 +213,10 @@ std::string kvltCompileShapes(const KvLtShapeFile& file) {
     body.append(shape.code.begin(), shape.code.end());
     records.emplace_back(number, std::move(body));
   }
+  constexpr std::size_t kMost = 65535;
+  if (records.size() > kMost ||
+      std::any_of(records.begin(), records.end(), [](const auto& r) { return r.second.size() > kMost; }))
+    return {};
   if (isUnicode) {
     putWord(out, records.size());
     for (const auto& [number, body] : records) {

@@ -74,7 +74,8 @@ class KvLtShapeFile {
 
 /// A file's bytes. Null, with the reason, for what is no shape file or is damaged.
 std::unique_ptr<KvLtShapeFile> kvltParseShapes(std::string_view bytes, KvLtShapeError& error);
-/// As a compiled file of the same kind. Big fonts aren't written: empty.
+/// As a compiled file of the same kind. Empty for big fonts, which aren't written, and for shapes of more
+/// than 65,535 bytes.
 std::string kvltCompileShapes(const KvLtShapeFile& file);
 
 /// The shape file of a name as drawings give it, with or without an ending: beside the drawing (`folder`, may
