@@ -178,7 +178,7 @@ bool KvGiTracer::path(const KvGiPath& path) {
   const auto add = [&](KvGePoint2d p) {
     outline_.push_back(toModel * KvGePoint3d(p.x, p.y, path.elevation));
   };
-  if (isWide && !isOutlineOnly()) {
+  if (isWide) {
     std::vector<std::vector<KvGePoint2d>> outlines;
     kvdb::widenPath(path, step, outlines);
     for (const auto& outline : outlines) {

@@ -14,6 +14,7 @@
 #include "host/database/block.h"
 #include "host/entities/blockreference.h"
 #include "host/entities/curves.h"
+#include "host/entities/polyline.h"
 #include "host/entities/text.h"
 #include "host/graphics/colors.h"
 #include "host/graphics/dashes.h"
@@ -493,6 +494,20 @@ TEST_F(PlotTest, BoldLettersAreFilledAndStroked) {
   EXPECT_NE(unpacked(drawn(kvgrPdfCanvas(), 0.07)).find("70 w 1 j"), std::string::npos);
   EXPECT_EQ(unpacked(drawn(kvgrPdfCanvas(), 0)).find(" w 1 j"), std::string::npos);
   EXPECT_NE(drawn(kvgrSvgCanvas(), 0.07).find("stroke=\"#ff0000\" stroke-width=\"70\""), std::string::npos);
+}
+
+TEST_F(PlotTest, WidthsOfPolylinesHaveRoomOnTheSheet) {
+  auto* wide = new KvDbPolyline;
+  wide->addVertexAt(0, {0, 0}, 0, 40, 40);
+  wide->addVertexAt(1, {100, 0}, 0, 40, 40);
+  add(wide);
+  const KvPlotResult result = kvgrPlot(drawing, options, paper);
+  ASSERT_TRUE(result.isPlotted);
+  EXPECT_NEAR(result.scale, 277 / 100.0, 1e-9);
+  options.paper = KvPlotPaper{1000, 100};
+  options.turn = KvPlotOptions::Turn::Landscape;
+  EXPECT_NEAR(kvgrPlot(drawing, options, paper).scale, 80 / 40.0, 1e-9)
+      << "by its width, not its middle line";
 }
 
 }  // namespace
