@@ -63,7 +63,14 @@ CString kvcmdDocument() {
       L"# Commands\n\nMade by `korvane help --markdown` from the commands' own table. Points are typed as "
       L"`x,y`, `@dx,dy`, "
       L"`@distance<angle` or `*x,y` (world); an empty line takes the default or ends a list; `Esc`, or `^C` "
-      L"in a script, cancels.\n";
+      L"in a script, cancels.\n\nIn place of a point there may stand object snaps before a rough one (`end`, "
+      L"`mid,cen`), `.x` and the like (these coordinates from one point, the others from the next), `from` "
+      L"(a "
+      L"base and an offset), `mtp` (the middle of two points), `tt` (a point to count from), a distance (on "
+      L"in "
+      L"the direction shown last), or `<angle` and a distance. Transparent commands run inside others behind "
+      L"an "
+      L"apostrophe: `'ZOOM`.\n";
   for (const KvCommandRow* row : kvcmdRows()) {
     text += L"\n## " + CString(row->name) + L"\n\n" + CString(row->purpose) + L"\n";
     if (*row->aliases) text += L"\nAlso: `" + CString(row->aliases) + L"`\n";

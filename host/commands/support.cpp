@@ -6,6 +6,7 @@
 #include "host/database/deepclone.h"
 #include "host/database/names.h"
 #include "host/editor/ucs.h"
+#include "host/editor/units.h"
 #include "platform/text/number.h"
 #include "platform/text/utf.h"
 
@@ -152,31 +153,12 @@ CString numberText(double value) {
   return platform::wideFromUtf8(platform::shortest(value));
 }
 
-namespace {
-
-constexpr double kDegrees = 180 / kvge::kPi;
-
-/// With that many decimals; what rounds to 0 has no sign.
-CString fixedText(double value, int decimals) {
-  CString text;
-  text.Format(L"%.*f", decimals, value);
-  if (text.GetAt(0) == L'-' && platform::parseDouble(text.view()) == 0) return text.Mid(1);
-  return text;
-}
-
-}  // namespace
-
 CString lengthText(double value) {
-  constexpr int kScientific = 1;
-  const int decimals = std::clamp(variable(L"LUPREC", 4), 0, 8);
-  if (variable(L"LUNITS", 2) != kScientific) return fixedText(value, decimals);
-  CString text;
-  text.Format(L"%.*E", decimals, value);
-  return text;
+  return kvedLengthText(value, variable(L"LUNITS", 2), variable(L"LUPREC", 4));
 }
 
 CString angleText(double radians) {
-  return fixedText(radians * kDegrees, std::clamp(variable(L"AUPREC", 0), 0, 8));
+  return kvedAngleText(radians, variable(L"AUNITS", 0), variable(L"AUPREC", 0));
 }
 
 CString pointText(const KvGePoint3d& point) {

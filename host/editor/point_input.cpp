@@ -131,7 +131,10 @@ KvEdPointContext kvedPointContext() {
   return context;
 }
 
-std::optional<double> kvedParseNumber(std::wstring_view text) {
+namespace {
+
+/// A decimal number, a fraction or a mixed number.
+std::optional<double> plainNumber(std::wstring_view text) {
   if (const auto value = decimal(text)) return value;
   // n/d or w-n/d
   const auto slash = text.find(L'/');
@@ -151,6 +154,29 @@ std::optional<double> kvedParseNumber(std::wstring_view text) {
   const double value = whole + *numerator / *denominator;
   if (!isNear(value)) return std::nullopt;
   return isNegative ? -value : value;
+}
+
+}  // namespace
+
+std::optional<double> kvedParseNumber(std::wstring_view text) {
+  if (text.find_first_of(L"'\"") == std::wstring_view::npos) return plainNumber(text);
+  const bool isNegative = !text.empty() && text.front() == L'-';
+  if (isNegative) text.remove_prefix(1);
+  constexpr double kInchesOfFoot = 12;
+  double value = 0;
+  if (const auto mark = text.find(L'\''); mark != std::wstring_view::npos) {
+    const auto feet = plainNumber(text.substr(0, mark));
+    if (!feet || !isDigit(text.front())) return std::nullopt;
+    value = *feet * kInchesOfFoot;
+    text.remove_prefix(mark + 1);
+    if (text.empty()) return isNegative ? -value : value;
+    if (text.front() == L'-') text.remove_prefix(1);
+  }
+  if (!text.empty() && text.back() == L'"') text.remove_suffix(1);
+  const auto inches = plainNumber(text);
+  if (!inches || !(isDigit(text.front()) || text.front() == L'.')) return std::nullopt;
+  value += *inches;
+  return isNear(value) ? std::optional(isNegative ? -value : value) : std::nullopt;
 }
 
 std::optional<double> kvedParseAngle(std::wstring_view text, int angleUnits) {

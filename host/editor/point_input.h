@@ -6,7 +6,7 @@
 //   @...           from the last point; @ alone is the last point
 //   *...           in world coordinates (also @*...)
 //   a  ad  ag  ar  an angle by AUNITS, in degrees (also 45d30'15"), grads, radians; N45dE by the compass
-//   2.5  1/2  2-1/2  numbers
+//   2.5  1/2  2-1/2  numbers; 5'  5'6  5'-6-1/2"  6.5"  feet and inches, in inches
 #include <optional>
 #include <string_view>
 

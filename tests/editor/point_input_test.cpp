@@ -5,6 +5,7 @@
 
 #include "host/editor/point_input.h"
 #include "host/editor/ucs.h"
+#include "host/editor/units.h"
 #include "tests/editor/editor_host.h"
 
 namespace {
@@ -51,6 +52,45 @@ TEST(PointInput, TurnedAndMovedUserSystem) {
   EXPECT_NEAR(world->y, 0, 1e-12);
   const auto worldPolar = kvedParsePoint(L"@*5<90", context);  // the world knows no base angle
   EXPECT_NEAR(worldPolar->x, 5, 1e-12);
+}
+
+TEST(PointInput, FeetAndInches) {
+  for (const auto& [text, inches] :
+       {std::pair(L"5'", 60.0), std::pair(L"5'6", 66.0), std::pair(L"5'6\"", 66.0),
+        std::pair(L"5'-6-1/2\"", 66.5), std::pair(L"6.5\"", 6.5), std::pair(L"1/2\"", 0.5),
+        std::pair(L"-1'3", -15.0), std::pair(L"0'.5", 0.5)}) {
+    const auto value = kvedParseNumber(text);
+    ASSERT_TRUE(value) << platform::utf8From(CString(text));
+    EXPECT_EQ(*value, inches) << platform::utf8From(CString(text));
+  }
+  for (const wchar_t* text :
+       {L"'", L"\"", L"5''", L"5'6'", L"5\"6", L"5'--6", L"--5'", L"'6", L"5'x", L"1e300'", L"5'6\"\""})
+    EXPECT_FALSE(kvedParseNumber(text)) << platform::utf8From(CString(text));
+}
+
+TEST(PointInput, LengthsAndAnglesAsTheyAreTold) {
+  struct Row {
+    double value;
+    int unit, places;
+    const wchar_t* text;
+  };
+  for (const Row& row :
+       {Row{15.5, 1, 2, L"1.55E+01"}, Row{15.5, 2, 2, L"15.50"}, Row{15.5, 3, 2, L"1'-3.50\""},
+        Row{15.5, 4, 4, L"1'-3 1/2\""}, Row{15.5, 5, 4, L"15 1/2"}, Row{-0.001, 2, 2, L"0.00"},
+        Row{11.999, 4, 4, L"1'-0\""}, Row{11.999, 3, 1, L"1'-0.0\""}, Row{0.5, 4, 1, L"1/2\""},
+        Row{0.5, 5, 3, L"1/2"}, Row{12.5, 4, 3, L"1'-0 1/2\""}, Row{-3.25, 5, 2, L"-3 1/4"},
+        Row{-0.01, 5, 2, L"0"}, Row{1e300, 4, 4, nullptr}})
+    if (row.text)
+      EXPECT_EQ(kvedLengthText(row.value, row.unit, row.places), row.text);
+    else
+      EXPECT_FALSE(kvedLengthText(row.value, row.unit, row.places).IsEmpty());
+  for (const Row& row :
+       {Row{45, 0, 1, L"45.0"}, Row{45.5, 1, 0, L"46d"}, Row{45.5, 1, 2, L"45d30'"},
+        Row{45.51, 1, 4, L"45d30'36\""}, Row{45.9999999, 1, 4, L"46d0'0\""}, Row{-1.5, 1, 1, L"-1d30'"},
+        Row{45, 2, 0, L"50g"}, Row{180, 3, 2, L"3.14r"}, Row{0, 4, 4, L"E"}, Row{90, 4, 4, L"N"},
+        Row{360, 4, 0, L"E"}, Row{120, 4, 0, L"N 30d W"}, Row{315, 4, 4, L"S 45d0'0\" E"},
+        Row{-135, 4, 0, L"S 45d W"}, Row{10.0001, 1, 6, L"10d0'0.36\""}})
+    EXPECT_EQ(kvedAngleText(row.value * kPi / 180, row.unit, row.places), row.text);
 }
 
 TEST(PointInput, Angles) {

@@ -91,7 +91,7 @@ T variable(const wchar_t* name, T standard) {
 void setVariable(const wchar_t* name, const KvEdVarValue& value);
 /// The shortest text that reads back as the same number.
 CString numberText(double value);
-/// By the variables LUNITS (decimal forms) and LUPREC; angles in degrees by AUPREC.
+/// By the variables LUNITS and LUPREC; angles by AUNITS and AUPREC.
 CString lengthText(double value);
 CString angleText(double radians);
 CString pointText(const KvGePoint3d& point);
