@@ -130,6 +130,12 @@ void KvDbBlockTableRecord::setLayoutId(KvDbObjectId id) {
   layout_ = id;
 }
 
+bool KvDbBlockTableRecord::takesName(std::wstring_view name) const {
+  const bool isUnnumbered =
+      name.size() == 2 && name[0] == L'*' && platform::equalNoCase(name.substr(1), L"U");
+  return isUnnumbered || KvDbSymbolTableRecord::takesName(name);
+}
+
 bool KvDbBlockTableRecord::isSpace() const {
   constexpr std::wstring_view kModel = L"*MODEL_SPACE", kPaper = L"*PAPER_SPACE";
   const std::wstring_view name = getName().view();

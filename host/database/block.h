@@ -84,6 +84,7 @@ class KvDbBlockTableRecord : public KvDbSymbolTableRecord {
 
  protected:
   const wchar_t* fileMarker() const override { return L"AcDbBlockTableRecord"; }
+  bool takesName(std::wstring_view name) const override;
 
  private:
   friend class KvDbBlockBegin;

@@ -20,6 +20,8 @@ bool owns(KvDbReference reference) {
   return reference == KvDbReference::HardOwnership || reference == KvDbReference::SoftOwnership;
 }
 
+constexpr int kApplicationName = 1001;
+
 KvDbTable tableOf(const KvDbDatabase& database, KvDbObjectId table) {
   for (int i = 0; i < kKvDbTableCount; ++i)
     if (database.tableId(static_cast<KvDbTable>(i)) == table) return static_cast<KvDbTable>(i);
@@ -119,6 +121,18 @@ class KvDbCloner {
         bring(*other, 0);
       }
     }
+    if (crosses()) bringApplications(object);
+  }
+
+  /// The names under which extended data stand.
+  void bringApplications(const KvDbObject& object) {
+    resbuf* data = object.xData();
+    for (const resbuf* node = data; node; node = node->rbnext)
+      if (node->restype == kApplicationName)
+        if (const KvDbObject* record =
+                objectOf(source_.recordId(KvDbTable::RegApp, CString(node->resval.rstring))))
+          bring(*record, 0);
+    kvutRelRb(data);
   }
 
   /// An object that something in the other drawing needs.

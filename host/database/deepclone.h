@@ -11,7 +11,9 @@ namespace KvDb {
 enum DuplicateRecordCloning : int { kDrcIgnore = 1, kDrcReplace = 2 };
 }  // namespace KvDb
 
-/// Old ids to new ones, with the call's own objects told from what came along.
+/// Old ids to new ones, with the call's own objects told from what came along. What a mapping knows from a
+/// call before is not copied again, so that several calls may share one: links between their copies then
+/// hold.
 class KvDbIdMapping {
  public:
   /// Null when the object was not copied (and has no counterpart).

@@ -65,6 +65,24 @@ KvDbReference referenceOf(int code) {
   return code >= kFirstHard && code <= kLastHard ? KvDbReference::HardPointer : KvDbReference::SoftPointer;
 }
 
+/// Extended data name objects by their handles as text.
+constexpr int kHandleText = 1005;
+
+/// The object of a handle as an id, so that it follows a copy, and whether there is one.
+void writeReference(KvDbDwgFiler& filer, KvDbHandle handle, int code, const KvDbObject& owner) {
+  const KvDbObjectId id = owner.database() ? owner.database()->idFromHandle(handle) : KvDbObjectId();
+  filer.writeBool(!id.isNull());
+  filer.writeId(id, referenceOf(code));
+}
+
+/// The handle that stands in the copy: 0 for an object that did not come along.
+KvDbHandle readReference(KvDbDwgFiler& filer, KvDbHandle old, int code) {
+  const bool wasThere = filer.readBool();
+  const KvDbObjectId id = filer.readId(referenceOf(code));
+  if (!id.isNull()) return id.handle();
+  return wasThere ? KvDbHandle() : old;
+}
+
 void writeGroup(KvDbDwgFiler& filer, const KvDxfGroup& group, const KvDbObject& owner) {
   filer.writeInt16(group.code);
   filer.writeUInt8(static_cast<std::uint8_t>(group.kind));
@@ -73,16 +91,16 @@ void writeGroup(KvDbDwgFiler& filer, const KvDxfGroup& group, const KvDbObject& 
     case KvDxfKind::Text:
     case KvDxfKind::Binary:
       filer.writeString(CString(group.text));
+      if (group.code == kHandleText)
+        writeReference(filer, KvDbHandle(CString(group.text)), group.code, owner);
       break;
     case KvDxfKind::Point:
     case KvDxfKind::Real:
       filer.writePoint3d(group.point);
       break;
     case KvDxfKind::Handle: {
-      const KvDbHandle handle(static_cast<std::uint64_t>(group.integer));
       filer.writeInt64(group.integer);
-      filer.writeId(owner.database() ? owner.database()->idFromHandle(handle) : KvDbObjectId(),
-                    referenceOf(group.code));
+      writeReference(filer, KvDbHandle(static_cast<std::uint64_t>(group.integer)), group.code, owner);
       break;
     }
     default:
@@ -99,6 +117,10 @@ void readGroup(KvDbDwgFiler& filer, KvDbStoredGroup& group) {
     case KvDxfKind::Text:
     case KvDxfKind::Binary:
       group.text = filer.readString();
+      if (group.code == kHandleText) {
+        const KvDbHandle old(group.text), now = readReference(filer, old, group.code);
+        if (now != old) group.text = now.isNull() ? CString(L"0") : now.toText();
+      }
       break;
     case KvDxfKind::Point:
     case KvDxfKind::Real:
@@ -106,8 +128,8 @@ void readGroup(KvDbDwgFiler& filer, KvDbStoredGroup& group) {
       break;
     case KvDxfKind::Handle: {
       group.integer = filer.readInt64();
-      const KvDbObjectId id = filer.readId(referenceOf(group.code));
-      if (!id.isNull()) group.integer = static_cast<std::int64_t>(id.handle().value());
+      const KvDbHandle old(static_cast<std::uint64_t>(group.integer));
+      group.integer = static_cast<std::int64_t>(readReference(filer, old, group.code).value());
       break;
     }
     default:

@@ -55,9 +55,14 @@ bool KvDbSymbolTableRecord::dxfInGroup(const KvDxfGroup& group, std::wstring_vie
   return group.code == 2 || group.code == 70;
 }
 
+bool KvDbSymbolTableRecord::takesName(std::wstring_view name) const {
+  return kvdbIsSymbolName(name);
+}
+
 Kvad::ErrorStatus KvDbSymbolTableRecord::setName(const wchar_t* name) {
   const CString wanted(name);
-  if (!kvdbIsSymbolName(wanted.view())) return Kvad::eInvalidName;
+  if (ownerId().isNull() ? !takesName(wanted.view()) : !kvdbIsSymbolName(wanted.view()))
+    return Kvad::eInvalidName;
   if (wanted == name_) return Kvad::eOk;
   assertWriteEnabled();
   if (!ownerId().isNull()) {

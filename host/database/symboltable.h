@@ -12,7 +12,8 @@ class KvDbSymbolTableRecord : public KvDbObject {
   KVRX_DECLARE(KvDbSymbolTableRecord)
  public:
   const CString& getName() const { return name_; }
-  /// eInvalidName, eDuplicateRecordName; a record outside a table takes any valid name.
+  /// eInvalidName, eDuplicateRecordName; a record outside a table takes any valid name, one of a block also
+  /// an asterisk and a letter ("*U"), which gets its number when the record is added.
   Kvad::ErrorStatus setName(const wchar_t* name);
   /// For records that the host makes itself, whose names ("*Active") no user may give.
   void setNameAsMade(const wchar_t* name) { name_ = name; }
@@ -31,6 +32,8 @@ class KvDbSymbolTableRecord : public KvDbObject {
  protected:
   /// The class's own marker in files.
   virtual const wchar_t* fileMarker() const = 0;
+  /// Whether a record outside a table may be called so.
+  virtual bool takesName(std::wstring_view name) const;
   std::int16_t flags_ = 0;
 
  private:
