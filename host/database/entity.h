@@ -137,7 +137,8 @@ class KvDbProxyEntity : public KvDbEntity {
   void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
                     KvDxfResolver& resolver) override;
   void dxfInEnd(KvDxfResolver& resolver) override;
-  /// What can be drawn of types that are not modelled: the block of a table.
+  /// What can be drawn of types that are not modelled: the block of a table or a dimension, else the picture
+  /// that the file keeps with the entity (host/database/storedgraphics.h).
   bool subWorldDraw(KvGiWorldDraw* draw) override;
   std::unique_ptr<KvDbObject> makeSame() const override;
 

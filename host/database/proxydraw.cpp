@@ -1,6 +1,7 @@
 // What is seen of entities that the host doesn't model.
 #include "host/database/block.h"
 #include "host/database/database.h"
+#include "host/database/storedgraphics.h"
 #include "host/geometry/matrix.h"
 
 namespace {
@@ -46,10 +47,26 @@ bool drawTable(const KvDbEntity& table, KvGiGeometry& geometry) {
   return true;
 }
 
+/// Dimensions of other kinds show their block, which stands in its place already.
+bool drawDimension(const KvDbEntity& entity, KvGiGeometry& geometry) {
+  const KvDbGroupList* groups = sectionOf(entity, L"AcDbDimension");
+  if (!groups) return false;
+  for (const KvDxfGroup& group : *groups) {
+    if (group.code != 2) continue;
+    const KvDbBlockTableRecord* block = blockNamed(entity.database(), CString(group.text));
+    if (!block) return false;
+    for (KvDbObjectId id : block->entities())
+      if (KvDbEntity* part = KvDbEntity::cast(id.stub()->object)) geometry.draw(part);
+    return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 bool KvDbProxyEntity::subWorldDraw(KvGiWorldDraw* draw) {
   const std::wstring_view type = fileTypeView();
-  if (type == L"ACAD_TABLE") return drawTable(*this, draw->geometry());
-  return false;
+  if (type == L"ACAD_TABLE" && drawTable(*this, draw->geometry())) return true;
+  if (drawDimension(*this, draw->geometry())) return true;
+  return kvdbDrawStoredGraphics(kvdbStoredGraphicsOf(*this), database(), *draw);
 }

@@ -198,6 +198,7 @@ void KvDbRegion::getGeCurves(std::vector<std::unique_ptr<KvGeCurve3d>>& curves) 
 }
 
 bool KvDbRegion::subWorldDraw(KvGiWorldDraw* draw) {
+  if (isNull()) return KvDbProxyEntity::subWorldDraw(draw);
   std::vector<KvGeCurve3d::Ptr> edges;
   shape_.explode(edges);
   for (const KvGeCurve3d::Ptr& edge : edges) kvdbDrawCurve(*edge, *draw);

@@ -68,6 +68,7 @@ class TestDrawing {
 /// What something draws, gathered.
 class TestSink : public KvDbCurveSink {
  public:
+  TestSink() = default;
   explicit TestSink(const KvDbEntity& entity) { draw(const_cast<KvDbEntity*>(&entity)); }
   void takeCurve(Curve curve) override {
     if (std::isfinite(curve->length())) length += curve->length();
