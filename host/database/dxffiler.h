@@ -54,6 +54,8 @@ class KvDxfWriter {
   /// True where objects have subclass markers, handles and references (every form but the oldest file
   /// version).
   virtual bool hasMarkers() const { return true; }
+  /// True where a modeller's data stand among an entity's groups as text (R2000 to R2010).
+  virtual bool hasModelerText() const { return false; }
   /// True when the groups go to a chain of resbuf, whose entity records leave some groups out.
   virtual bool isForChain() const { return false; }
 

@@ -1,7 +1,10 @@
 // What is seen of entities that the host doesn't model.
 #include "host/database/block.h"
 #include "host/database/database.h"
+#include "host/database/internal/flatten.h"
+#include "host/database/modelertext.h"
 #include "host/database/storedgraphics.h"
+#include "host/geometry/arc.h"
 #include "host/geometry/matrix.h"
 
 namespace {
@@ -62,11 +65,37 @@ bool drawDimension(const KvDbEntity& entity, KvGiGeometry& geometry) {
   return false;
 }
 
+/// Regions and solids show the edges of their model, as far as they can be read.
+bool drawModel(const KvDbEntity& entity, KvGiWorldDraw& draw) {
+  const std::wstring text = kvdbModelerTextOf(entity);
+  const auto model = text.empty() ? std::nullopt : kvdbReadModelerText(text);
+  if (!model) return false;
+  for (const KvGeCurve3d::Ptr& edge : model->edges) {
+    const double deviation = draw.deviation(edge->startPoint()), start = edge->startParam();
+    const double sweep = edge->endParam() - start;
+    std::vector<KvGePoint3d> points;
+    if (edge->kind() == KvGeCurve3d::kCircArc) {
+      const auto& arc = static_cast<const KvGeCircArc3d&>(*edge);
+      const KvGeVector3d u = arc.refVec() * arc.radius();
+      kvdb::flattenConic(arc.center(), u, arc.normal().crossProduct(u), start, sweep, deviation, true,
+                         points);
+    } else if (edge->kind() == KvGeCurve3d::kEllipArc) {
+      const auto& arc = static_cast<const KvGeEllipArc3d&>(*edge);
+      kvdb::flattenConic(arc.center(), arc.majorAxis(), arc.minorAxis(), start, sweep, deviation, true,
+                         points);
+    } else {
+      points = {edge->startPoint(), edge->endPoint()};
+    }
+    draw.geometry().polyline(static_cast<int>(points.size()), points.data());
+  }
+  return !model->edges.empty();
+}
+
 }  // namespace
 
 bool KvDbProxyEntity::subWorldDraw(KvGiWorldDraw* draw) {
   const std::wstring_view type = fileTypeView();
   if (type == L"ACAD_TABLE" && drawTable(*this, draw->geometry())) return true;
   if (drawDimension(*this, draw->geometry())) return true;
-  return kvdbDrawStoredGraphics(kvdbStoredGraphicsOf(*this), database(), *draw);
+  return kvdbDrawStoredGraphics(kvdbStoredGraphicsOf(*this), database(), *draw) || drawModel(*this, *draw);
 }

@@ -1,5 +1,6 @@
 #include "host/entities/region.h"
 
+#include "host/database/modelertext.h"
 #include "host/entities/curve.h"
 #include "host/geometry/arc.h"
 #include "host/geometry/nurb.h"
@@ -108,6 +109,24 @@ KvGeRegion regionOf(const std::vector<std::unique_ptr<KvGeCurve3d>>& edges) {
   return region;
 }
 
+/// The groups of a modeller's text; false for a shape that it can't hold.
+bool writeModel(const KvGeRegion& shape, KvDxfWriter& writer) {
+  constexpr int kLineCode = 1, kRestCode = 3;
+  constexpr std::size_t kLongest = 255;
+  const std::vector<std::wstring> lines = kvdbWriteModelerText(shape);
+  for (const std::wstring& line : lines) {
+    const std::wstring letters = kvdbModelerEncoded(line);
+    for (std::size_t at = 0; at < letters.size();) {
+      // A sign and the blank that belongs to it stay together.
+      std::size_t size = std::min(kLongest, letters.size() - at);
+      if (letters[at + size - 1] == L'^' && at + size < letters.size()) --size;
+      writer.text(at == 0 ? kLineCode : kRestCode, std::wstring_view(letters).substr(at, size));
+      at += size;
+    }
+  }
+  return !lines.empty();
+}
+
 }  // namespace
 
 Kvad::ErrorStatus KvDbRegion::createFromCurves(const KvDbVoidPtrArray& curves, KvDbVoidPtrArray& regions) {
@@ -208,7 +227,28 @@ bool KvDbRegion::subWorldDraw(KvGiWorldDraw* draw) {
 // --- Filing
 // --------------------------------------------------------------------------------------------------------------------
 
+void KvDbRegion::setShape(const KvGeRegion& shape) {
+  shape_ = shape;
+  filed_.reset();
+  if (!isOfModel_) return;
+  isOfModel_ = false;
+  std::erase_if(editUnknownSections(),
+                [](const KvDbUnknownSection& s) { return s.marker.view() == kModelerMarker; });
+}
+
+void KvDbRegion::readModel() {
+  if (!isNull()) return;
+  const std::wstring text = kvdbModelerTextOf(*this);
+  const auto model = text.empty() ? std::nullopt : kvdbReadModelerText(text);
+  if (!model || !model->isComplete || !model->isFlat) return;
+  shape_ = regionOf(model->edges);
+  isOfModel_ = !isNull();
+}
+
 const KvDbRegion::Edges& KvDbRegion::filedEdges() const {
+  // A shape that follows from kept data is taken from them again.
+  static const Edges kNone;
+  if (isOfModel_) return kNone;
   if (!filed_) {
     std::vector<KvGeCurve3d::Ptr> edges;
     shape_.explode(edges);
@@ -245,7 +285,9 @@ void KvDbRegion::dwgInFields(KvDbDwgFiler& filer) {
     edge.numbers.resize(filer.readUInt32());
     for (double& number : edge.numbers) number = filer.readDouble();
   }
+  isOfModel_ = false;
   readEdges(std::move(edges));
+  readModel();
 }
 
 bool KvDbRegion::knowsMarker(std::wstring_view marker) const {
@@ -254,9 +296,10 @@ bool KvDbRegion::knowsMarker(std::wstring_view marker) const {
 
 void KvDbRegion::dxfOutFields(KvDxfWriter& writer) const {
   KvDbProxyEntity::dxfOutFields(writer);
-  if (isNull()) return;
+  if (isNull() || isOfModel_) return;
   writer.marker(kModelerMarker);
   writer.integer(70, 1);
+  if (writer.hasModelerText() && writeModel(shape_, writer)) return;
   writer.marker(kEdgesMarker);
   for (const EdgeNumbers& edge : filedEdges()) {
     writer.integer(kKindCode, edge.kind);
@@ -280,4 +323,9 @@ void KvDbRegion::dxfInSection(std::wstring_view marker, std::span<const KvDxfGro
     edges.push_back(std::move(edge));
   }
   readEdges(std::move(edges));
+}
+
+void KvDbRegion::dxfInEnd(KvDxfResolver& resolver) {
+  KvDbProxyEntity::dxfInEnd(resolver);
+  readModel();
 }

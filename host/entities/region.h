@@ -1,6 +1,7 @@
 #pragma once
-// Flat areas. Those that are made here know their shape; those of drawing files carry the data of a solid
-// modeller, which is kept as it is.
+// Flat areas. Files of R2000 to R2010 carry their shape as text of a solid modeller, which is read and
+// written where all edges are lines and parts of ellipses (host/database/modelertext.h); other data of a
+// modeller are kept as they are.
 #include "host/database/entity.h"
 #include "host/geometry/region.h"
 
@@ -19,7 +20,7 @@ class KvDbRegion : public KvDbProxyEntity {
   /// This region becomes the union, the common part, or itself less the other, which becomes empty.
   /// eNonPlanarEntity when they lie in different planes; nothing is changed then. eNullEntityPointer.
   Kvad::ErrorStatus booleanOper(BoolOperType operation, KvDbRegion* other);
-  /// True when it encloses nothing, or its shape stands in a modeller's data.
+  /// True when it encloses nothing, or its shape stands in a modeller's data that can't be read.
   bool isNull() const { return shape_.isNull(); }
   const KvGeRegion& shape() const { return shape_; }
   /// eNoContent for a region without a shape.
@@ -39,6 +40,7 @@ class KvDbRegion : public KvDbProxyEntity {
   bool knowsMarker(std::wstring_view marker) const override;
   void dxfInSection(std::wstring_view marker, std::span<const KvDxfGroup> groups,
                     KvDxfResolver& resolver) override;
+  void dxfInEnd(KvDxfResolver& resolver) override;
 
  private:
   /// An edge as it is filed.
@@ -47,14 +49,15 @@ class KvDbRegion : public KvDbProxyEntity {
     std::vector<double> numbers;
   };
   using Edges = std::vector<EdgeNumbers>;
-  void setShape(const KvGeRegion& shape) {
-    shape_ = shape;
-    filed_.reset();
-  }
+  /// A shape that is no longer the one of the modeller's data; these go.
+  void setShape(const KvGeRegion& shape);
+  /// Takes the shape from the modeller's data, where there is none yet.
+  void readModel();
   /// What is filed of the shape. A shape that was read is filed as it was read, to the last digit.
   const Edges& filedEdges() const;
   void readEdges(Edges edges);
 
   KvGeRegion shape_;
+  bool isOfModel_ = false;                      // the shape is that of the kept data
   mutable std::shared_ptr<const Edges> filed_;  // null: not asked for since the shape changed
 };

@@ -122,7 +122,7 @@ std::string kvdbFormatDrawing(const KvDbDatabase& database, const KvIoSaveOption
   encoding.isUtf8 = version >= KvDbFileVersion::R2007;
   encoding.codePage =
       platform::codePageFromDrawingName(platform::utf8From(database.extras().codePage)).value_or(1252);
-  kvio::DxfByteWriter writer(options.form, encoding);
+  kvio::DxfByteWriter writer(options.form, encoding, version);
   writer.expect(database.objectCount());
   kvio::DxfFileWriter(database, version, writer).write();
   return writer.takeBytes();

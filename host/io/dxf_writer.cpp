@@ -89,7 +89,8 @@ char* formatReal(char* out, char* end, double value) {
 // --- Bytes
 // ---------------------------------------------------------------------------------------------------------------------
 
-DxfByteWriter::DxfByteWriter(KvIoForm form, TextEncoding encoding) : form_(form), encoding_(encoding) {
+DxfByteWriter::DxfByteWriter(KvIoForm form, TextEncoding encoding, KvDbFileVersion version)
+    : form_(form), encoding_(encoding), version_(version) {
   if (form_ == KvIoForm::Binary) bytes_ = kBinaryMark;
 }
 

@@ -26,7 +26,7 @@ std::string shortest(double value) {
 }
 
 void expectExact(double value) {
-  kvio::DxfByteWriter writer(KvIoForm::Text, {});
+  kvio::DxfByteWriter writer(KvIoForm::Text, {}, KvDbFileVersion::R2018);
   writer.real(40, value);
   EXPECT_EQ(writer.takeBytes(), " 40\r\n" + shortest(value) + "\r\n");
   const double back = readBack(shortest(value));

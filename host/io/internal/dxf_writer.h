@@ -10,7 +10,7 @@ namespace kvio {
 /// Groups as text or binary bytes, appended to a buffer.
 class DxfByteWriter : public KvDxfWriter {
  public:
-  DxfByteWriter(KvIoForm form, TextEncoding encoding);
+  DxfByteWriter(KvIoForm form, TextEncoding encoding, KvDbFileVersion version);
   /// Makes room for the bytes of so many objects, as they are on the average.
   void expect(std::size_t objects) { bytes_.reserve(bytes_.size() + objects * kBytesOfObject); }
   std::string takeBytes() { return std::move(bytes_); }
@@ -22,6 +22,7 @@ class DxfByteWriter : public KvDxfWriter {
   void point(int code, const KvGePoint3d& value) override;
   void point2d(int code, const KvGePoint2d& value) override;
   void binary(int code, std::span<const std::uint8_t> bytes) override;
+  bool hasModelerText() const override { return version_ < KvDbFileVersion::R2013; }
 
  private:
   static constexpr std::size_t kBytesOfObject = 256;
@@ -34,6 +35,7 @@ class DxfByteWriter : public KvDxfWriter {
 
   KvIoForm form_;
   TextEncoding encoding_;
+  KvDbFileVersion version_;
   std::string bytes_;
 };
 
