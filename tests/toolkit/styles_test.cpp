@@ -240,7 +240,8 @@ class FillCanvas : public KvGrCanvas {
     for (int i = 0; i < outlines; points += counts[i++])
       fills_.back().emplace_back(points, points + counts[i]);
   }
-  void glyph(const KvLtGlyph&, const KvGrMatrix&, std::uint32_t) override {}
+  void picture(const std::shared_ptr<const KvGrPicture>&, const KvGrMatrix&) override {}
+  void glyph(const KvLtGlyph&, const KvGrMatrix&, std::uint32_t, double) override {}
   void pushClip(const std::vector<KvGePoint2d>&, bool) override {}
   void popClip() override {}
   std::string finish(std::string&) override { return {}; }
