@@ -169,11 +169,17 @@ CString angleText(const KvDbDimVars& vars, double radians, int decimals) {
   }
 }
 
-/// The value with what stands before and behind it; `place` in `post` stands for the value.
-CString withPost(CString post, const wchar_t* place, const CString& value, const CString& prefix) {
-  if (post.IsEmpty()) return prefix + value;
-  if (post.Find(place) < 0) return prefix + value + post;
-  post.Replace(CString(place), value);
+/// What stands round a value; `place` in `post` stands for the value itself.
+struct Surroundings {
+  CString post, prefix;
+  const wchar_t* place;
+};
+/// The value with what stands before and behind it.
+CString withPost(const Surroundings& round, const CString& value) {
+  if (round.post.IsEmpty()) return round.prefix + value;
+  CString post = round.post;
+  if (post.Find(round.place) < 0) return round.prefix + value + post;
+  post.Replace(CString(round.place), value);
   return post;
 }
 
@@ -181,17 +187,27 @@ CString withPost(CString post, const wchar_t* place, const CString& value, const
 struct ValueLook {
   std::function<CString(double value, bool isStacked)> nominal;
   std::function<CString(double value)> tolerance;
-  CString post, prefix;
-  const wchar_t* place;
+  Surroundings round;
 };
+
+/// Tolerances have decimals and zeros of their own; fractions that stand above one another aren't stacked
+/// themselves.
+ValueLook lengthLook(const LengthLook& look, int decimals, int zeros, Surroundings round) {
+  LengthLook level = look, tolerance = look;
+  level.fraction = tolerance.fraction = LengthLook::kNotStacked;
+  tolerance.decimals = decimals;
+  tolerance.zeros = zeros;
+  return {[=](double number, bool isStacked) { return lengthText(isStacked ? level : look, number); },
+          [=](double number) { return lengthText(tolerance, number); }, std::move(round)};
+}
 
 CString valueText(const KvDbDimVars& vars, const ValueLook& look, double value, double plus, double minus) {
   const double height = vars.real(V::Tfac);
   if (vars.on(V::Lim)) {
     const CString upper = look.nominal(value + plus, true), lower = look.nominal(value - minus, true);
-    return withPost(look.post, look.place, stackOf(upper, L"^ ", lower, height), look.prefix);
+    return withPost(look.round, stackOf(upper, L"^ ", lower, height));
   }
-  const CString text = withPost(look.post, look.place, look.nominal(value, false), look.prefix);
+  const CString text = withPost(look.round, look.nominal(value, false));
   if (!vars.on(V::Tol) || (plus == 0 && minus == 0)) return text;
   if (plus == minus) return text + L"\x00B1" + look.tolerance(plus);
   const auto signedText = [&](double number) {
@@ -208,19 +224,8 @@ double rounded(double value, double unit) {
 CString lengthValueText(const KvDbDimVars& vars, double value, const wchar_t* prefix) {
   LengthLook look{vars.whole(V::Lunit), vars.whole(V::Frac), vars.whole(V::Dec),
                   vars.whole(V::Zin),   separatorOf(vars),   vars.real(V::Tfac)};
-  ValueLook whole{[=](double number, bool isStacked) {
-                    LengthLook own = look;
-                    if (isStacked) own.fraction = LengthLook::kNotStacked;
-                    return lengthText(own, number);
-                  },
-                  [=, &vars](double number) {
-                    LengthLook own = look;
-                    own.fraction = LengthLook::kNotStacked;
-                    own.decimals = vars.whole(V::Tdec);
-                    own.zeros = vars.whole(V::Tzin);
-                    return lengthText(own, number);
-                  },
-                  vars.text(V::Post), prefix, L"<>"};
+  const ValueLook whole =
+      lengthLook(look, vars.whole(V::Tdec), vars.whole(V::Tzin), {vars.text(V::Post), prefix, L"<>"});
   value = rounded(value * std::fabs(vars.real(V::Lfac)), vars.real(V::Rnd));
   return valueText(vars, whole, value, vars.real(V::Tp), vars.real(V::Tm));
 }
@@ -256,19 +261,8 @@ CString kvdbDimensionText(const KvDbDimVars& vars, double value, bool isAngle, c
 CString kvdbAlternateDimensionText(const KvDbDimVars& vars, double value, const wchar_t* prefix) {
   const LengthLook look = alternateLook(vars);
   const double factor = vars.real(V::AltF);
-  const ValueLook whole{[=](double number, bool isStacked) {
-                          LengthLook own = look;
-                          if (isStacked) own.fraction = LengthLook::kNotStacked;
-                          return lengthText(own, number);
-                        },
-                        [=, &vars](double number) {
-                          LengthLook own = look;
-                          own.fraction = LengthLook::kNotStacked;
-                          own.decimals = vars.whole(V::AltTd);
-                          own.zeros = vars.whole(V::AltTz);
-                          return lengthText(own, number);
-                        },
-                        vars.text(V::APost), prefix, L"[]"};
+  const ValueLook whole =
+      lengthLook(look, vars.whole(V::AltTd), vars.whole(V::AltTz), {vars.text(V::APost), prefix, L"[]"});
   value = rounded(value * std::fabs(vars.real(V::Lfac)) * factor, vars.real(V::AltRnd));
   return L"[" + valueText(vars, whole, value, vars.real(V::Tp) * factor, vars.real(V::Tm) * factor) + L"]";
 }
