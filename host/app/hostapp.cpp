@@ -11,6 +11,7 @@
 #include "host/database/block.h"
 #include "host/database/dictionary.h"
 #include "host/editor/selection.h"
+#include "host/entities/leader.h"
 #include "platform/files/files.h"
 #include "platform/files/paths.h"
 #include "platform/system/timers.h"
@@ -207,6 +208,7 @@ struct KvHostApp::State {
   std::filesystem::path root;
   std::unique_ptr<CommandDocuments> commandDocuments;
   KvApDocument* stepDocument = nullptr;  // of the command that is running
+  std::unique_ptr<KvDbLeaderFollower> follower;
   int drawingsMade = 0;
 };
 
@@ -226,14 +228,20 @@ KvHostApp::KvHostApp(KvHostOptions options) : state_(std::make_unique<State>(opt
     if (!state_->stepDocument) return;
     state_->documents.closeUndoGroups(state_->stepDocument);
     state_->stepDocument->database()->undoRecorder().beginGroup();
+    state_->follower = std::make_unique<KvDbLeaderFollower>(*state_->stepDocument->database());
   };
   state_->editor.onCommandEnded = [this](KvEdOutcome) {
     // The command may have closed the drawing that it began in.
+    bool isOpen = false;
     for (auto all = state_->documents.newKvApDocumentIterator(); !all->done(); all->step())
       if (all->document() == state_->stepDocument) {
+        isOpen = true;
         state_->documents.closeUndoGroups(state_->stepDocument);
+        state_->follower->settle();
         all->document()->database()->undoRecorder().endGroup();
       }
+    if (state_->follower && !isOpen) state_->follower->forget();
+    state_->follower.reset();
     state_->stepDocument = nullptr;
   };
 

@@ -94,7 +94,6 @@ void runTrace() {
           .flags(KVED_NONEG | KVED_NOZERO)
           .distance(width) == Got::Cancelled)
     return;
-  setVariable(L"TRACEWID", width);
   std::vector<KvGePoint3d> points(1);
   if (Ask(L"\nSpecify start point: ").point(points[0]) != Got::Value) return;
   KvGePoint3d next;
@@ -102,6 +101,7 @@ void runTrace() {
     if (flatDistance(points.back(), next) > 0) points.push_back({next.x, next.y, points[0].z});
   const auto direction = [&](std::size_t i) { return (points[i + 1] - points[i]).normal(); };
   const std::size_t segments = points.size() - 1;
+  if (segments > 0) setVariable(L"TRACEWID", width);
   for (std::size_t i = 0; i < segments; ++i) {
     const KvGeVector3d before = i > 0 ? direction(i - 1) : direction(i);
     const KvGeVector3d behind = i + 1 < segments ? direction(i + 1) : direction(i);

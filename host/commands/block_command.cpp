@@ -220,6 +220,7 @@ bool askArray(KvDbBlockReference& reference) {
 
 void insertBlock(bool isArrayed) {
   if (!drawing()) return;
+  const AllOrNothing together;
   KvEdVarValue last;
   CString name;
   if (editor()->variables().get(L"INSNAME", last) == Kvad::eOk)

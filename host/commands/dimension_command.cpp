@@ -287,14 +287,17 @@ void runOrdinate() {
   place(std::move(made), wish);
 }
 
-/// The lines of a note, as paragraphs; empty when there are none.
-CString askNote() {
+/// The lines of a note, as paragraphs, empty when there are none; nothing after a cancel.
+std::optional<CString> askNote() {
   CString text, line;
-  while (Ask(text.IsEmpty() ? L"\nEnter first line of annotation text: "
-                            : L"\nEnter next line of annotation text: ")
-             .text(line, true) == Got::Value)
+  for (;;) {
+    const Got got = Ask(text.IsEmpty() ? L"\nEnter first line of annotation text: "
+                                       : L"\nEnter next line of annotation text: ")
+                        .text(line, true);
+    if (got == Got::Cancelled) return std::nullopt;
+    if (got != Got::Value) return text;
     text += text.IsEmpty() ? line : L"\\P" + line;
-  return text;
+  }
 }
 
 /// A leader through points and the note at its end, where there is one; `width` 0 breaks no lines.
@@ -320,7 +323,9 @@ void drawLeader(const std::vector<KvGePoint3d>& points, bool hasArrow, const CSt
   note->setWidth(width);
   note->setAttachment(goesLeft ? KvDbMText::kMiddleRight : KvDbMText::kMiddleLeft);
   note->setLocation(points.back() + KvGeVector3d(goesLeft ? -gap : gap, 0, 0));
-  if (addFromUser(std::move(note)).isNull()) fail(L"The text could not be placed.");
+  const KvDbObjectId noteId = addFromUser(std::move(note));
+  if (noteId.isNull()) return fail(L"The text could not be placed.");
+  change<KvDbLeader>(id, [&](KvDbLeader& made) { made.attachAnnotation(noteId); });
 }
 
 void runLeader() {
@@ -347,7 +352,7 @@ void runLeader() {
       goesOn = false;
     }
   }
-  drawLeader(points, hasArrow, askNote());
+  if (const auto note = askNote()) drawLeader(points, hasArrow, *note);
 }
 
 void runQleader() {
@@ -365,7 +370,7 @@ void runQleader() {
   if (points.size() < 2) return;
   double width = 0;
   if (Ask(L"\nSpecify text width <0>: ").flags(KVED_NONEG).distance(width) == Got::Cancelled) return;
-  drawLeader(points, true, askNote(), width);
+  if (const auto note = askNote()) drawLeader(points, true, *note, width);
 }
 
 constexpr KvCommandRow kRows[] = {

@@ -262,6 +262,7 @@ void runBhatch() {
 /// The areas round points as polylines, or where they have other edges as regions.
 void runBoundary() {
   if (!drawing()) return;
+  const AllOrNothing together;
   bool wantsRegions = false;
   int polylines = 0, regions = 0;
   const auto addOutline = [&](const EnclosureLoop& loop) {

@@ -200,6 +200,7 @@ constexpr Option kOptions[] = {
 
 void runLayer() {
   if (!drawing()) return;
+  const AllOrNothing together;
   for (;;) {
     Ask ask(
         L"\nEnter an option "

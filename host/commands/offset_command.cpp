@@ -1,5 +1,6 @@
 // OFFSET, JOIN, STRETCH.
 #include "host/commands/internal/flatcurve.h"
+#include "host/commands/internal/offsetting.h"
 #include "host/commands/internal/polychain.h"
 #include "host/commands/internal/rows.h"
 #include "host/commands/internal/trimming.h"
@@ -128,6 +129,19 @@ std::unique_ptr<KvDbEntity> offsetOf(const KvDbCurve& curve, double distance, co
     if (!made) return nullptr;
     setVertices(*polyline, *made);
     return copy;
+  }
+  if (KvDbEllipse::cast(copy.get()) || KvDbSpline::cast(copy.get())) {
+    constexpr double kDeviation = 1e-6;  // in parts of the curve's size
+    KvDbExtents box;
+    if (sign == 0 || curve.getGeomExtents(box) != Kvad::eOk) return nullptr;
+    double tolerance = box.minPoint().distanceTo(box.maxPoint()) * kDeviation;
+    auto spline = offsetAsSpline(curve, sign * distance, tolerance);
+    if (!spline) return nullptr;
+    CString told;
+    told.Format(L"Drawn as a spline that deviates by %.1e at most.", tolerance);
+    say(told);
+    spline->setPropertiesFrom(&curve);
+    return spline;
   }
   KvGeVector3d direction;
   if (const auto* line = KvDbLine::cast(copy.get())) direction = line->endPoint() - line->startPoint();

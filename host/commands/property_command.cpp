@@ -101,6 +101,7 @@ void changeProperties(const KvDbObjectIdArray& ids) {
 
 void runChprop() {
   if (!drawing()) return;
+  const AllOrNothing together;
   const KvDbObjectIdArray ids = select();
   if (!ids.isEmpty()) changeProperties(ids);
 }
@@ -122,6 +123,7 @@ void changeByPoint(const KvDbObjectIdArray& ids, const KvGePoint3d& world) {
 
 void runChange() {
   if (!drawing()) return;
+  const AllOrNothing together;
   const KvDbObjectIdArray ids = select();
   if (ids.isEmpty()) return;
   KvGePoint3d point;

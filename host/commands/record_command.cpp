@@ -1,4 +1,4 @@
-// LINETYPE, STYLE, DIMSTYLE, GROUP, RENAME, PURGE.
+// LINETYPE, STYLE, DIMSTYLE, RENAME, PURGE.
 #include "host/base/wcmatch.h"
 #include "host/commands/internal/dimstyle.h"
 #include "host/commands/internal/records.h"
@@ -211,87 +211,6 @@ void runDimStyle() {
           (row.kind == KvDbDimVarRow::Text ? vars.text(row.variable) : numberText(vars.real(row.variable))));
 }
 
-constexpr const wchar_t* kGroups = L"ACAD_GROUP";
-
-/// The dictionary of groups, made when missing and wanted.
-KvDbObjectId groupsId(bool makes) {
-  KvDbDictionary* root = nullptr;
-  KvDbObjectId id;
-  if (drawing()->getNamedObjectsDictionary(root, makes ? KvDb::kForWrite : KvDb::kForRead) != Kvad::eOk)
-    return id;
-  if (root->getAt(kGroups, id) != Kvad::eOk && makes) {
-    auto groups = std::make_unique<KvDbDictionary>();
-    if (root->setAt(kGroups, groups.get(), id) == Kvad::eOk) groups.release()->close();
-  }
-  root->close();
-  return id;
-}
-
-/// Asks for a group that there is; null, with a word, else.
-KvDbObjectId askGroup(CString& name) {
-  KvDbObjectId id;
-  if (Ask(L"\nEnter group name: ").text(name) != Got::Value) return id;
-  const auto* groups = look<KvDbDictionary>(groupsId(false));
-  if (!groups || groups->getAt(name, id) != Kvad::eOk) fail(L"There is no group \"" + name + L"\".");
-  return id;
-}
-
-void createGroup() {
-  CString name;
-  if (Ask(L"\nEnter a group name or [?]: ").text(name) != Got::Value) return;
-  if (!kvdbIsSymbolName(name.view())) return fail(L"\"" + name + L"\" is no name for a group.");
-  if (const auto* groups = look<KvDbDictionary>(groupsId(false)); groups && groups->has(name))
-    return fail(L"There is a group \"" + name + L"\" already.");
-  const KvDbObjectIdArray ids = select();
-  if (ids.isEmpty()) return;
-  change<KvDbDictionary>(groupsId(true), [&](KvDbDictionary& groups) {
-    auto group = std::make_unique<KvDbGroup>();
-    KvDbObjectId id;
-    if (groups.setAt(name, group.get(), id) != Kvad::eOk) return fail(L"The group could not be made.");
-    KvDbGroup* made = group.release();
-    for (KvDbObjectId member : ids) made->append(member);
-    made->close();
-  });
-}
-
-void changeGroup(bool adds) {
-  CString name;
-  const KvDbObjectId id = askGroup(name);
-  if (id.isNull()) return;
-  const KvDbObjectIdArray ids =
-      select(adds ? L"\nSelect objects to add to group: " : L"\nSelect objects to remove from group: ");
-  change<KvDbGroup>(id, [&](KvDbGroup& group) {
-    for (KvDbObjectId member : ids)
-      if (adds && group.allEntityIds().contains(member))
-        say(L"An object is in the group already.");
-      else
-        adds ? (void)group.append(member) : (void)group.remove(member);
-  });
-}
-
-void explodeGroup() {
-  CString name;
-  const KvDbObjectId id = askGroup(name);
-  if (id.isNull()) return;
-  change<KvDbDictionary>(groupsId(false), [&](KvDbDictionary& groups) { groups.remove(name); });
-  change<KvDbGroup>(id, [](KvDbGroup& group) {
-    group.clear();
-    group.erase();
-  });
-}
-
-void runGroup() {
-  if (!drawing()) return;
-  Ask ask(L"\nEnter a group option [?/Add/Remove/Explode/Create] <Create>: ");
-  const Got got = ask.keywords(L"? Add Remove Explode Create").word();
-  if (got == Got::Cancelled) return;
-  if (got == Got::Nothing || ask.keyword == L"Create") return createGroup();
-  if (ask.keyword == L"Explode") return explodeGroup();
-  if (ask.keyword != L"?") return changeGroup(ask.keyword == L"Add");
-  if (const auto* groups = look<KvDbDictionary>(groupsId(false)))
-    for (const auto& entry : groups->entries()) say(entry.name);
-}
-
 struct Kind {
   const wchar_t* keyword;
   KvDbTable table;
@@ -399,9 +318,6 @@ constexpr KvCommandRow kRows[] = {
      L"Enter a dimension style option [Save/Restore/Variables/Apply/?] <Restore>: (Save takes the DIM "
      L"variables, Apply gives them to dimensions)\nEnter name for new dimension style or [?]: (after "
      L"Save)\nEnter a dimension style name:"},
-    {L"GROUP", L"G -GROUP", KVRX_CMD_MODAL, runGroup, L"Makes and changes groups, which are selected as one.",
-     L"Enter a group option [?/Add/Remove/Explode/Create] <Create>:\nEnter a group name or [?]:\nSelect "
-     L"objects:"},
     {L"LINETYPE", L"LT -LINETYPE", KVRX_CMD_MODAL, runLinetype, L"Loads and sets linetypes.",
      L"Enter an option [?/Load/Set]: (empty: ends)\nEnter linetype(s) to load: (with commas; `*`: "
      L"all)\nEnter "

@@ -95,6 +95,7 @@ void runLtscale() {
 
 void runElev() {
   if (!drawing()) return;
+  const AllOrNothing together;
   double elevation = drawing()->elevation(), thickness = drawing()->thickness();
   Got got = Ask(L"\nSpecify new default elevation <" + numberText(elevation) + L">: ").distance(elevation);
   if (got == Got::Cancelled) return;
@@ -147,6 +148,7 @@ bool askWhole(const CString& prompt, const wchar_t* name, int lowest, int highes
 
 void runUnits() {
   if (!drawing()) return;
+  const AllOrNothing together;
   say(L"Report formats:\n  1. Scientific     1.55E+01\n  2. Decimal        15.50\n  3. Engineering    "
       L"1'-3.50\"\n  4. Architectural  1'-3 1/2\"\n  5. Fractional     15 1/2");
   if (!askWhole(L"\nEnter choice, 1 to 5", L"LUNITS", 1, 5)) return;

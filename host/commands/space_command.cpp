@@ -15,8 +15,8 @@ void listLayouts(const KvDbLayoutManager& manager) {
 void runLayout() {
   if (!drawing()) return;
   KvDbLayoutManager& manager = drawing()->layoutManager();
-  Ask ask(L"\nEnter layout option [Delete/New/Rename/Set/?] <Set>: ");
-  const Got got = ask.keywords(L"Delete New Rename Set ?").word();
+  Ask ask(L"\nEnter layout option [Copy/Delete/New/Rename/Set/?] <Set>: ");
+  const Got got = ask.keywords(L"Copy Delete New Rename Set ?").word();
   if (got == Got::Cancelled) return;
   if (got == Got::Keyword && ask.keyword == L"?") return listLayouts(manager);
   CString name = manager.currentLayoutName(), other;
@@ -28,6 +28,11 @@ void runLayout() {
     KvDbObjectId id;
     if (Ask(L"\nEnter new Layout name: ").text(name, true) != Got::Value) return;
     status = manager.createLayout(name, id);
+  } else if (ask.keyword == L"Copy") {
+    KvDbObjectId id;
+    if (Ask(L"\nEnter name of layout to copy <" + name + L">: ").text(name, true) == Got::Cancelled) return;
+    if (Ask(L"\nEnter layout name for copy: ").text(other, true) != Got::Value) return;
+    status = manager.copyLayout(name, other, id);
   } else if (ask.keyword == L"Delete") {
     if (Ask(L"\nEnter name of layout to delete <" + name + L">: ").text(name, true) == Got::Cancelled) return;
     status = manager.deleteLayout(name);
@@ -53,8 +58,11 @@ void runLayout() {
 constexpr KvCommandRow kRows[] = {
     {L"LAYOUT", L"LO -LAYOUT", KVRX_CMD_MODAL, runLayout,
      L"Makes and changes sheets, and goes from one to another.",
-     L"Enter layout option [Delete/New/Rename/Set/?] <Set>:\nEnter layout to make current <>: (Model: model "
-     L"space)\nEnter new Layout name: (after New)"},
+     L"Enter layout option [Copy/Delete/New/Rename/Set/?] <Set>:\nEnter layout to make current <>: (Model: "
+     L"model "
+     L"space)\nEnter new Layout name: (after New)\nEnter name of layout to copy <>: (after Copy: with all "
+     L"that is "
+     L"on it)\nEnter layout name for copy:"},
 };
 
 }  // namespace

@@ -29,8 +29,10 @@ KvGePoint3d toUser(const KvGePoint3d& world) {
   return userToWorld().inverse() * world;
 }
 
-void Ask::init() const {
+bool Ask::begin() const {
+  if (editor() && editor()->isBrokenOff()) return false;
   kvedInitGet(flags_, keywords_);
+  return true;
 }
 
 Got Ask::outcome(int status) {
@@ -49,7 +51,7 @@ Got Ask::outcome(int status) {
 }
 
 Got Ask::point(KvGePoint3d& value) {
-  init();
+  if (!begin()) return Got::Cancelled;
   double result[3] = {0, 0, 0}, from[3] = {0, 0, 0};
   if (base_) from[0] = base_->x, from[1] = base_->y, from[2] = base_->z;
   const Got got = outcome(kvedGetPoint(base_ ? from : nullptr, prompt_, result));
@@ -58,7 +60,7 @@ Got Ask::point(KvGePoint3d& value) {
 }
 
 Got Ask::corner(const KvGePoint3d& opposite, KvGePoint3d& value) {
-  init();
+  if (!begin()) return Got::Cancelled;
   const double from[3] = {opposite.x, opposite.y, opposite.z};
   double result[3] = {0, 0, 0};
   const Got got = outcome(kvedGetCorner(from, prompt_, result));
@@ -67,31 +69,31 @@ Got Ask::corner(const KvGePoint3d& opposite, KvGePoint3d& value) {
 }
 
 Got Ask::distance(double& value) {
-  init();
+  if (!begin()) return Got::Cancelled;
   double from[3] = {0, 0, 0};
   if (base_) from[0] = base_->x, from[1] = base_->y, from[2] = base_->z;
   return outcome(kvedGetDist(base_ ? from : nullptr, prompt_, &value));
 }
 
 Got Ask::angle(double& value) {
-  init();
+  if (!begin()) return Got::Cancelled;
   double from[3] = {0, 0, 0};
   if (base_) from[0] = base_->x, from[1] = base_->y, from[2] = base_->z;
   return outcome(kvedGetOrient(base_ ? from : nullptr, prompt_, &value));
 }
 
 Got Ask::real(double& value) {
-  init();
+  if (!begin()) return Got::Cancelled;
   return outcome(kvedGetReal(prompt_, &value));
 }
 
 Got Ask::whole(int& value) {
-  init();
+  if (!begin()) return Got::Cancelled;
   return outcome(kvedGetInt(prompt_, &value));
 }
 
 Got Ask::text(CString& value, bool blanks) {
-  init();
+  if (!begin()) return Got::Cancelled;
   CString reply;
   const int status = kvedGetString(blanks, prompt_, reply);
   if (status != RTNORM) return Got::Cancelled;
@@ -101,7 +103,7 @@ Got Ask::text(CString& value, bool blanks) {
 }
 
 Got Ask::word() {
-  init();
+  if (!begin()) return Got::Cancelled;
   CString reply;
   const int status = kvedGetKword(prompt_, reply);
   if (status == RTNORM) {
@@ -114,7 +116,7 @@ Got Ask::word() {
 Got Ask::entity(KvDbObjectId& id, KvGePoint3d* point) {
   constexpr int kMostMisses = 100;
   for (int miss = 0; miss < kMostMisses; ++miss) {
-    init();
+    if (!begin()) return Got::Cancelled;
     if (accept_ && editor()) editor()->preferNext(accept_);
     kvds_name name;
     double at[3] = {0, 0, 0};
@@ -217,6 +219,9 @@ KvDbObjectId add(std::unique_ptr<KvDbEntity> entity, bool keepLook) {
 KvDbObjectIdArray select(const wchar_t* prompt, bool withLocked, bool* isCancelled) {
   KvDbObjectIdArray ids;
   kvds_name set;
+  const bool isOver = editor() && editor()->isBrokenOff();
+  if (isCancelled) *isCancelled = isOver;
+  if (isOver) return ids;
   const wchar_t* prompts[2] = {prompt, L"\nRemove objects: "};
   const int status = prompt ? kvedSSGet(L":$", prompts, nullptr, nullptr, set)
                             : kvedSSGet(nullptr, nullptr, nullptr, nullptr, set);
@@ -238,6 +243,17 @@ KvDbObjectIdArray select(const wchar_t* prompt, bool withLocked, bool* isCancell
   kvedSSFree(set);
   if (locked > 0) say(countOf(locked, L"on a locked layer, left out"));
   return ids;
+}
+
+AllOrNothing::AllOrNothing() : database_(drawing()) {
+  if (database_ && !database_->undoRecorder().isInGroup()) database_ = nullptr;
+  if (database_) database_->undoRecorder().setSavePoint();
+}
+
+AllOrNothing::~AllOrNothing() {
+  if (!database_) return;
+  KvDbUndoRecorder& undo = database_->undoRecorder();
+  editor() && editor()->isBrokenOff() ? undo.rollBack() : undo.releaseSavePoint();
 }
 
 void erase(const KvDbObjectIdArray& ids) {

@@ -44,6 +44,7 @@ struct TextWish {
   KvDbObjectId style;
   KvGePoint3d at, end;  // the second one of aligned and fitted texts
   double height = 0, rotation = 0;
+  bool isSizeAsked = false;  // the height becomes the drawing's standard one
   bool runsBetweenPoints() const {
     return justification->horizontal == KvDb::kTextAlign || justification->horizontal == KvDb::kTextFit;
   }
@@ -101,7 +102,7 @@ bool askSize(TextWish& wish) {
             .base(wish.at)
             .distance(wish.height) == Got::Cancelled)
       return false;
-    drawing()->setTextsize(wish.height);
+    wish.isSizeAsked = true;
   }
   return wish.runsBetweenPoints() ||
          Ask(L"\nSpecify rotation angle of text <0>: ").base(wish.at).angle(wish.rotation) != Got::Cancelled;
@@ -109,6 +110,7 @@ bool askSize(TextWish& wish) {
 
 /// Dresses a text by the wish and puts it into the drawing.
 KvDbObjectId place(std::unique_ptr<KvDbText> text, const TextWish& wish) {
+  if (wish.isSizeAsked) drawing()->setTextsize(wish.height);
   text->setTextStyle(wish.style);
   text->setHeight(wish.height);
   text->setRotation(wish.rotation);
@@ -201,7 +203,7 @@ void runMText() {
     if (!contents.IsEmpty()) contents += L"\\P";
     contents += line;
   }
-  if (contents.IsEmpty()) return;
+  if (got == Got::Cancelled || contents.IsEmpty()) return;
   auto text = std::make_unique<KvDbMText>();
   text->setTextStyle(wish.style);
   text->setContents(contents);
@@ -241,6 +243,7 @@ bool askModes(TagModes& modes) {
 
 void runAttdef() {
   if (!drawing()) return;
+  const AllOrNothing together;
   TagModes modes;
   if (!askModes(modes)) return;
   CString tag, question, value;

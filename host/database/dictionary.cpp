@@ -275,6 +275,39 @@ void KvDbGroup::clear() {
   for (KvDbObjectId id : all) remove(id);
 }
 
+void KvDbGroup::setSelectable(bool isSelectable) {
+  assertWriteEnabled();
+  isSelectable_ = isSelectable;
+}
+
+void KvDbGroup::setDescription(const CString& text) {
+  assertWriteEnabled();
+  description_ = text;
+}
+
+Kvad::ErrorStatus KvDbGroup::move(int from, int to, int count) {
+  const KvDbObjectIdArray all = allEntityIds();
+  std::vector<KvDbObjectId> row(all.begin(), all.end());
+  const int size = all.length();
+  if (from < 0 || to < 0 || count < 1 || from > size - count || to > size - count) return Kvad::eInvalidIndex;
+  assertWriteEnabled();
+  const auto first = row.begin() + from;
+  if (to < from)
+    std::rotate(row.begin() + to, first, first + count);
+  else
+    std::rotate(first, first + count, row.begin() + to + count);
+  members_.removeAll();
+  for (KvDbObjectId id : row) members_.append(id);
+  return Kvad::eOk;
+}
+
+void KvDbGroup::reverse() {
+  assertWriteEnabled();
+  const KvDbObjectIdArray all = members_;
+  members_.removeAll();
+  for (int i = all.length() - 1; i >= 0; --i) members_.append(all[i]);
+}
+
 void KvDbGroup::dwgOutFields(KvDbDwgFiler& filer) const {
   KvDbObject::dwgOutFields(filer);
   filer.writeString(description_);

@@ -99,12 +99,20 @@ class KvDbGroup : public KvDbObject {
   CString getName() const;
   const CString& description() const { return description_; }
   bool isSelectable() const { return isSelectable_; }
+  /// Whether picking one member selects all.
+  void setSelectable(bool isSelectable);
+  void setDescription(const CString& text);
   /// Members that aren't erased, in order.
   KvDbObjectIdArray allEntityIds() const;
   Kvad::ErrorStatus append(KvDbObjectId id);
   /// eKeyNotFound.
   Kvad::ErrorStatus remove(KvDbObjectId id);
   void clear();
+  /// Moves `count` members that follow one another, the first of them at `from`, so that it comes to stand at
+  /// `to`; places are counted from 0 among the members that aren't erased. eInvalidIndex.
+  Kvad::ErrorStatus move(int from, int to, int count = 1);
+  /// The last becomes the first.
+  void reverse();
 
   void dwgOutFields(KvDbDwgFiler& filer) const override;
   void dwgInFields(KvDbDwgFiler& filer) override;

@@ -74,6 +74,10 @@ class KvDbLayoutManager {
 
   /// A new sheet with its block. eInvalidName, eDuplicateKey.
   Kvad::ErrorStatus createLayout(const wchar_t* name, KvDbObjectId& layout);
+  /// A new sheet, the last in the row of tabs, with the plot settings of another one and copies of all that
+  /// is on it, drawn in the same order. eKeyNotFound, eInvalidName, eDuplicateKey, eNotApplicable for the
+  /// model's.
+  Kvad::ErrorStatus copyLayout(const wchar_t* name, const wchar_t* newName, KvDbObjectId& layout);
   /// New entities go to it from now on. eKeyNotFound.
   Kvad::ErrorStatus setCurrentLayout(const wchar_t* name);
   Kvad::ErrorStatus setCurrentLayoutId(KvDbObjectId layout);

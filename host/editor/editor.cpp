@@ -24,6 +24,7 @@ struct KvEdEditor::Frame {
   CString wantedPrompt;
   KvEdToken delivered;
   bool isCancelled = false;
+  bool isBrokenOff = false;  // a cancel has answered one of its prompts
   bool hasFailed = false;
   std::size_t outerRunning = 0;
 };
@@ -356,6 +357,10 @@ bool KvEdEditor::isQuiet() const {
   return running_ > 1 && isKnown && std::get<int>(echo) == 0;
 }
 
+bool KvEdEditor::isBrokenOff() const {
+  return running_ > 0 && frames_[running_ - 1]->isBrokenOff;
+}
+
 int KvEdEditor::runningFlags() const {
   return running_ == 0 ? 0 : frames_[running_ - 1]->command->commandFlags();
 }
@@ -363,6 +368,7 @@ int KvEdEditor::runningFlags() const {
 KvEdToken KvEdEditor::readToken(KvEdReadMode mode, const CString& prompt, KvEdTracking tracking) {
   for (;;) {
     KvEdToken token = running_ == 0 ? readFromSources(mode, prompt) : readFor(running_ - 1, mode, prompt);
+    if (running_ > 0 && token.kind == KvEdToken::Kind::Cancel) frames_[running_ - 1]->isBrokenOff = true;
     if (token.isTracking && token.kind == KvEdToken::Kind::Point)
       cursor_ = KvGePoint3d(token.numbers[0], token.numbers[1], token.numbers[2]);
     if (!token.isTracking || tracking == KvEdTracking::Wanted) return token;

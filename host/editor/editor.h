@@ -74,6 +74,8 @@ class KvEdEditor {
   /// True for a command that another one runs while CMDECHO is 0: what it tells of its own course isn't
   /// shown. Failures are.
   bool isQuiet() const;
+  /// Whether the user has broken off one of the running command's prompts.
+  bool isBrokenOff() const;
   /// Flags of the command that is running now; 0 when there is none.
   int runningFlags() const;
 

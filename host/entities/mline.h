@@ -51,6 +51,13 @@ class KvDbMline : public KvDbPartsEntity {
   };
 
   KvDbMline() : KvDbPartsEntity(L"MLINE", L"AcDbMline") {}
+  enum class Justification { Top, Zero, Bottom };
+  /// Through points in the XY plane of their first one, seen along positive Z: with Top the lines lie on the
+  /// right of the way, the first of them on it, with Bottom on the left, with Zero as the style has them.
+  /// Points that repeat the one before are passed over. The style is one of `database`. Null for fewer than
+  /// two points (three of a closed one), or when the style has no elements.
+  static std::unique_ptr<KvDbMline> make(const std::vector<KvGePoint3d>& points, bool isClosed,
+                                         KvDbObjectId style, Justification justification, double scale);
   std::vector<Vertex> vertices() const;
   bool isClosed() const { return (whole(71) & kClosed) != 0; }
   double scale() const { return real(40, 1); }
@@ -62,3 +69,11 @@ class KvDbMline : public KvDbPartsEntity {
  protected:
   Parts makeParts() const override;
 };
+
+/// A multiline style of a drawing by its name, without regard to case; null when there is none. STANDARD, two
+/// lines at a distance of 1, comes into being when it is asked for.
+KvDbObjectId kvdbMlineStyleNamed(KvDbDatabase& database, const CString& name);
+/// The name that a style bears itself; empty for any other id.
+CString kvdbMlineStyleName(KvDbObjectId style);
+/// The names of the styles, in the order of their adding.
+std::vector<CString> kvdbMlineStyleNames(const KvDbDatabase& database);

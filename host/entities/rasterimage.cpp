@@ -11,12 +11,33 @@ KVRX_DEFINE(KvDbWipeout, KvDbRasterImage, L"WIPEOUT")
 namespace {
 
 constexpr double kHalf = 0.5;  // pixels are counted from their middles
+constexpr const wchar_t* kWipeoutVariables = L"ACAD_WIPEOUT_VARS";
 
 const KvDxfGroup* groupOf(const KvDbObject& object, int code, KvDxfGroup& found) {
   for (const KvDbUnknownSection& section : object.unknownSections())
     for (const KvDxfGroup& group : section.groups)
       if (group.code == code) return &(found = group);
   return nullptr;
+}
+
+class WipeoutVariables : public KvDbProxyObject {
+ public:
+  explicit WipeoutVariables(KvDbFrameMode mode) : KvDbProxyObject(CString(L"WIPEOUTVARIABLES")) {
+    KvDxfGroup group;
+    group.code = 70;
+    group.kind = kvdxfKind(group.code);
+    group.integer = static_cast<std::int64_t>(mode);
+    editUnknownSections().push_back(
+        {KvDbSharedText(L"AcDbWipeoutVariables"), KvDbGroupList(std::vector<KvDxfGroup>{group})});
+  }
+};
+
+/// The area and its direction, by the corners as they follow one another (Newell).
+KvGeVector3d areaOf(const std::vector<KvGePoint3d>& corners) {
+  KvGeVector3d sum;
+  for (std::size_t i = 1; i + 1 < corners.size(); ++i)
+    sum = sum + (corners[i] - corners[0]).crossProduct(corners[i + 1] - corners[0]);
+  return sum * kHalf;
 }
 
 }  // namespace
@@ -85,7 +106,7 @@ KvDbFrameMode KvDbRasterImage::frameMode() const {
   return frameModeOf(L"ACAD_IMAGE_VARS");
 }
 KvDbFrameMode KvDbWipeout::frameMode() const {
-  return frameModeOf(L"ACAD_WIPEOUT_VARS");
+  return frameModeOf(kWipeoutVariables);
 }
 
 Kvad::ErrorStatus KvDbRasterImage::getGeomExtents(KvDbExtents& extents) const {
@@ -154,4 +175,58 @@ bool KvDbWipeout::subWorldDraw(KvGiWorldDraw* draw) {
   }
   drawFrame(*draw, corners);
   return true;
+}
+
+std::unique_ptr<KvDbWipeout> KvDbWipeout::make(const std::vector<KvGePoint3d>& corners) {
+  const KvGeVector3d area = areaOf(corners);
+  if (!(area.length() > 0) || !std::isfinite(area.length())) return nullptr;
+  // A picture of one pixel, square, whose clip boundary is the polygon.
+  const KvGeMatrix3d toPlane = KvGeMatrix3d::worldToPlane(area.z < 0 ? -area.normal() : area.normal());
+  KvGePoint3d low = toPlane * corners[0], high = low;
+  for (const KvGePoint3d& corner : corners) {
+    const KvGePoint3d p = toPlane * corner;
+    low = {std::min(low.x, p.x), std::min(low.y, p.y), low.z};
+    high = {std::max(high.x, p.x), std::max(high.y, p.y), high.z};
+  }
+  const double side = std::max(high.x - low.x, high.y - low.y);
+  const KvGeMatrix3d toWorld = toPlane.inverse();
+  auto made = std::make_unique<KvDbWipeout>();
+  made->putWhole(90, 0);
+  made->putPoint(10, toWorld * low);
+  made->putPoint(11, KvGePoint3d() + toWorld * KvGeVector3d(side, 0, 0));
+  made->putPoint(12, KvGePoint3d() + toWorld * KvGeVector3d(0, side, 0));
+  made->putPoint(13, {1, 1, 0}, 2);
+  constexpr int kAllShown = 7, kMiddle = 50, kPolygon = 2;
+  made->putWhole(340, 0);
+  made->putWhole(70, kAllShown);
+  made->putWhole(280, 1);
+  made->putWhole(281, kMiddle);
+  made->putWhole(282, kMiddle);
+  made->putWhole(283, 0);
+  made->putWhole(360, 0);
+  made->putWhole(71, kPolygon);
+  made->putWhole(91, static_cast<std::int64_t>(corners.size()) + 1);
+  std::vector<KvDxfGroup> row;
+  for (std::size_t i = 0; i <= corners.size(); ++i) {
+    const KvGePoint3d p = toPlane * corners[i % corners.size()];
+    KvDxfGroup& group = row.emplace_back();
+    group.code = 14;
+    group.kind = KvDxfKind::Point;
+    group.dimensions = 2;
+    group.point = {(p.x - low.x) / side - kHalf, kHalf - (p.y - low.y) / side, 0};
+  }
+  made->rewrite([](KvDxfGroup&) { return true; }, row);
+  return made;
+}
+
+Kvad::ErrorStatus kvdbSetWipeoutFrames(KvDbDatabase& database, KvDbFrameMode mode) {
+  KvDbDictionary* root = nullptr;
+  if (auto status = database.getNamedObjectsDictionary(root, KvDb::kForWrite); status != Kvad::eOk)
+    return status;
+  auto variables = std::make_unique<WipeoutVariables>(mode);
+  KvDbObjectId id;
+  const auto status = root->setAt(kWipeoutVariables, variables.get(), id);
+  if (status == Kvad::eOk) variables.release()->close();
+  root->close();
+  return status;
 }

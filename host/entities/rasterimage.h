@@ -59,6 +59,12 @@ class KvDbWipeout : public KvDbRasterImage {
   KVRX_DECLARE(KvDbWipeout)
  public:
   KvDbWipeout() : KvDbRasterImage(L"WIPEOUT", L"AcDbWipeout") {}
+  /// Covers a polygon of three or more corners in one plane, world coordinates, not closed. Null when they
+  /// enclose no area.
+  static std::unique_ptr<KvDbWipeout> make(const std::vector<KvGePoint3d>& corners);
   KvDbFrameMode frameMode() const override;
   bool subWorldDraw(KvGiWorldDraw* draw) override;
 };
+
+/// Sets whether the frames of a drawing's wipeouts are drawn.
+Kvad::ErrorStatus kvdbSetWipeoutFrames(KvDbDatabase& database, KvDbFrameMode mode);

@@ -217,12 +217,51 @@ void DxfByteWriter::binary(int code, std::span<const std::uint8_t> bytes) {
 // --- Sections
 // ------------------------------------------------------------------------------------------------------------------
 
+/// Types that other programs know by their entry among the classes only, and that are made here.
+struct ClassRow {
+  std::wstring_view type, className, application;
+  int flags;
+  bool isEntity;
+};
+constexpr ClassRow kClassRows[] = {
+    {L"SORTENTSTABLE", L"AcDbSortentsTable", L"ObjectDBX Classes", 0, false},
+    {L"WIPEOUT", L"AcDbWipeout", L"WipeOut", 127, true},
+    {L"WIPEOUTVARIABLES", L"AcDbWipeoutVariables", L"WipeOut", 0, false},
+};
+
+void DxfFileWriter::writeMissingClasses() {
+  if (version_ < KvDbFileVersion::R2000) return;
+  int counts[std::size(kClassRows)] = {};
+  for (KvDbObjectId id : database_.allObjects())
+    if (!id.isErased()) {
+      const std::wstring_view type = id.stub()->object->fileTypeView();
+      for (std::size_t i = 0; i < std::size(kClassRows); ++i)
+        if (type == kClassRows[i].type) ++counts[i];
+    }
+  for (std::size_t i = 0; i < std::size(kClassRows); ++i) {
+    const ClassRow& row = kClassRows[i];
+    const bool isThere = std::any_of(
+        database_.extras().classes.begin(), database_.extras().classes.end(),
+        [&](const KvDbStoredGroup& group) { return group.code == 1 && group.text.view() == row.type; });
+    if (counts[i] == 0 || isThere) continue;
+    writer_.text(0, L"CLASS");
+    writer_.text(1, row.type);
+    writer_.text(2, row.className);
+    writer_.text(3, row.application);
+    writer_.integer(90, row.flags);
+    if (version_ >= KvDbFileVersion::R2004) writer_.integer(91, counts[i]);
+    writer_.integer(280, 0);
+    writer_.integer(281, row.isEntity);
+  }
+}
+
 void DxfFileWriter::write() {
   const KvDbFileExtras& extras = database_.extras();
   for (const CString& comment : extras.comments) writer_.text(999, comment.view());
   writeHeader();
   beginSection(L"CLASSES");
   for (const KvDbStoredGroup& group : extras.classes) writer_.group(group.view());
+  writeMissingClasses();
   endSection();
   writeTables();
   writeBlocks();

@@ -269,13 +269,55 @@ TEST_P(TurnedTest, TheFigureTurnsWithTheSystem) {
   EXPECT_EQ(test::notationOf(database()), plain) << platform::utf8From(shown);
 }
 
-INSTANTIATE_TEST_SUITE_P(Scripts, TurnedTest,
-                         testing::Values("PLINE 0,0 10,0 A 10,10 C\n", "RECTANG 1,1 4,3\n",
-                                         "ELLIPSE 0,0 10,0 2\n", "SPLINE 0,0 5,5 9,1\n\n\n\n",
-                                         "SOLID 0,0 1,0 0,1 1,1\n\n", "TEXT 1,1 2 30 words\n\n",
-                                         "LINE 0,0 10,0\n\nLINE 0,0 0,10\n\nFILLET R 2\nFILLET 8,0 0,8\n",
-                                         "LINE 0,0 10,0\n\nOFFSET 2 5,0 5,1\n\n",
-                                         "CIRCLE 5,5 2\nARRAY L\n\nP 0,0 4 360 Y\n",
-                                         "LINE 0,0 4,0\n\nMIRROR L\n\n5,0 5,1 N\n"));
+TEST_P(TurnedTest, TheFigureTiltsWithTheSystem) {
+  const auto run = [&](const std::string& script) {
+    editor().pushSource(std::make_unique<KvEdScriptSource>(platform::wideFromUtf8(script)));
+    app.run();
+  };
+  run(GetParam());
+  const std::string plain = test::notationOf(database());
+  ASSERT_NE(plain, "");
+  run("ERASE ALL\n\nUCS 3 100,50,20 104,53,20 98,52,21\nPLAN\n\n");
+  const KvGeMatrix3d back = kvedUserToWorld(&database()).inverse();
+  run(GetParam());
+  EXPECT_NE(test::notationOf(database()), plain);
+  run("UCS W\n");
+  const auto* space = KvDbBlockTableRecord::cast(database().modelSpaceId().stub()->object);
+  for (KvDbObjectId id : space->entities()) change(id, [&](KvDbEntity& entity) { entity.transformBy(back); });
+  EXPECT_EQ(test::notationOf(database()), plain) << platform::utf8From(shown);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Scripts, TurnedTest,
+    testing::Values(
+        "PLINE 0,0 10,0 A 10,10 C\n", "RECTANG 1,1 4,3\n", "ELLIPSE 0,0 10,0 2\n",
+        "SPLINE 0,0 5,5 9,1\n\n\n\n", "SOLID 0,0 1,0 0,1 1,1\n\n", "TEXT 1,1 2 30 words\n\n",
+        "LINE 0,0 10,0\n\nLINE 0,0 0,10\n\nFILLET R 2\nFILLET 8,0 0,8\n",
+        "LINE 0,0 10,0\n\nOFFSET 2 5,0 5,1\n\n", "CIRCLE 5,5 2\nARRAY L\n\nP 0,0 4 360 Y\n",
+        "LINE 0,0 4,0\n\nMIRROR L\n\n5,0 5,1 N\n",
+        "ARC 0,0 5,5 10,0\nARC C 20,0 25,0 A 90\nARC 30,0 E 40,0 R 6\n",
+        "CIRCLE 2P 0,0 10,0\nCIRCLE 3P 20,0 25,5 30,0\n",
+        "POLYGON 5 0,0 C 4\nDONUT 1 3 20,0\n\nTRACE 1 0,30 9,30 9,40\n\n",
+        "RAY 0,0 3,1\n\nXLINE H 0,5\n\nXLINE A 30 0,9\n\n", "POINT 3,4\nCOPY L\n\nD 2,7\nMOVE L\n\nD 1,1\n",
+        "LINE 0,0 4,0\n\nROTATE L\n\n1,0 30\nSCALE L\n\n1,0 3\n", "LINE 0,0 4,0\n\nROTATE L\n\n0,0 R 0 60\n",
+        "POINT 0,0\nARRAY L\n\nR 2 3 10 5\n",
+        "LINE 0,0 10,0\n\nPLINE 0,5 10,5 12,6\n\nSTRETCH C 20,-5 9,9\n\n0,0 5,0\n",
+        "ARC 5,0 0,5 -5,0\nSTRETCH C 4,-1 6,1\n\n0,0 2,0\n",
+        "LINE 0,0 10,0\n\nLINE 5,-5 5,5\n\nTRIM\n\n9,0\n\n",
+        "LINE 0,0 10,0\n\nLINE 5,-5 5,5\n\nTRIM 5,4\n\nF 8,-1 8,3\n\n\n",
+        "LINE 0,0 5,0\n\nLINE 10,-5 10,5\n\nEXTEND\n\n4,0\n\n",
+        "LINE 0,0 10,0\n\nBREAK 3,0 7,0\nCIRCLE 30,0 5\nBREAK 35,0 30,5\n",
+        "LINE 0,0 9,0\n\nLINE 0,0 0,9\n\nCHAMFER D 2 3 8,0 0,8\n",
+        "CIRCLE 0,0 5\nOFFSET 2 5,0 9,0\n\nPLINE 20,0 30,0 A 30,9\n\nOFFSET 1 25,0 25,3\n\n",
+        "LINE 0,0 9,0\n\nLENGTHEN DE 5 8,0\n\nDIVIDE 4,0 3\nMEASURE 1,0 4\n",
+        "LINE 0,0 9,0\n\nALIGN L\n\n0,0 5,5 9,0 5,25\n\nY\n", "LINE 0,0 9,0\n\nCHANGE L\n\n12,3\n",
+        "LINE 0,0 4,0\n\nARC 4,0 6,2 8,0\nJOIN 1,0 6,2\n\n",
+        "LINE 0,0 4,0\n\nPEDIT 1,0 Y E M 1,1 I 2,3 X W 1\n\n", "RECTANG 0,0 9,5\nPEDIT 4,0 E N M 12,1 X\n\n",
+        "LINE -5,0 15,0\n\nLINE -5,9 15,9\n\nLINE 0,-5 0,15\n\nLINE 9,-5 9,15\n\nBOUNDARY 4,4\n\n",
+        "LINE 0,0 20,0\n\nLINE 0,0 0,20\n\nCIRCLE T 9,0 0,9 3\n", "REVCLOUD A 10 0,0 10,10\n",
+        "3DFACE 0,0 10,0 10,10 0,10,3\n\n", "MTEXT 0,10 H 2 J MC 20,0 one\n\n",
+        "TEXT J F 0,0 10,0 2 words\n\nTEXT J MC 0,9 2 10 mid\n\n",
+        "CIRCLE 0,0 2\nBLOCK B 0,0 L\n\nINSERT B 5,5 2 2 30\nEXPLODE L\n\nPURGE B B N\n",
+        "MLINE J T S 2 0,0 10,0 10,9\n\nEXPLODE L\n\n", "DIMCEN 2\nCIRCLE 5,5 9\nDIMCENTER 14,5\n"));
 
 }  // namespace

@@ -62,7 +62,8 @@ class Ask {
   CString keyword;
 
  private:
-  void init() const;
+  /// False once the command was broken off: then no prompt asks any more.
+  bool begin() const;
   Got outcome(int status);
   CString prompt_;
   const wchar_t* keywords_ = L"";
@@ -113,6 +114,19 @@ KvDbObjectId addFromUser(std::unique_ptr<KvDbEntity> entity);
 /// `withLocked`. Empty after a cancel or an empty selection; `isCancelled` tells which.
 KvDbObjectIdArray select(const wchar_t* prompt = nullptr, bool withLocked = false,
                          bool* isCancelled = nullptr);
+
+/// For commands whose steps belong together: what changed while this lived is taken back when the user breaks
+/// the command off. It ends in the drawing in which it began.
+class AllOrNothing {
+ public:
+  AllOrNothing();
+  ~AllOrNothing();
+  AllOrNothing(const AllOrNothing&) = delete;
+  AllOrNothing& operator=(const AllOrNothing&) = delete;
+
+ private:
+  KvDbDatabase* database_;
+};
 
 /// Opens for writing, does the work, closes. False when it can't be opened.
 template <class T, class Work>

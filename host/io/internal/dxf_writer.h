@@ -49,6 +49,7 @@ class DxfFileWriter {
  private:
   void beginSection(const wchar_t* name);
   void endSection() { writer_.text(0, L"ENDSEC"); }
+  void writeMissingClasses();
   void writeHeader();
   void writeVariable(const wchar_t* name, const std::vector<KvDbStoredGroup>& groups);
   void writeTables();
