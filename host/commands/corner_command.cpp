@@ -65,6 +65,18 @@ bool filletParallel(const Side& a, const Side& b, bool trims) {
   return true;
 }
 
+/// Whether a line that is picked on that side of the corner holds a point, or would have to be drawn out past
+/// its far end.
+bool reaches(const Side& side, KvGePoint2d corner, KvGePoint2d touch) {
+  constexpr double kOn = 1e-9;
+  KvGeVector2d way = side.pick - corner;
+  if (way.length() == 0) return true;
+  way = way.normal();
+  const double far =
+      std::max((side.curve.start - corner).dotProduct(way), (side.curve.end - corner).dotProduct(way));
+  return (touch - corner).dotProduct(way) <= far + kOn;
+}
+
 bool fillet(const Side& a, const Side& b, double radius, bool trims) {
   if (a.id == b.id || std::fabs(a.curve.height - b.curve.height) > 1e-9) return false;
   const bool isParallel = !a.curve.isRound() && !b.curve.isRound() &&
@@ -72,6 +84,9 @@ bool fillet(const Side& a, const Side& b, double radius, bool trims) {
   if (isParallel) return filletParallel(a, b, trims);
   const auto corner = touchingBoth(a.curve, a.pick, b.curve, b.pick, radius);
   if (!corner) return false;
+  if (!a.curve.isRound() && !b.curve.isRound())
+    for (KvGePoint2d meeting : meetings(baseOf(a.curve), baseOf(b.curve)))
+      if (!reaches(a, meeting, corner->first) || !reaches(b, meeting, corner->second)) return false;
   if (trims) {
     cutBack(a.id, a.curve, corner->first, a.pick);
     cutBack(b.id, b.curve, corner->second, b.pick);

@@ -164,7 +164,8 @@ void runFind() {
   if (!mindsCase || !space) return;
   KvDbObjectIdArray texts;
   for (KvDbObjectId id : space->entities()) {
-    if (*replaces && isLocked(id)) continue;
+    const auto* layer = look<KvDbLayerTableRecord>(look<KvDbEntity>(id)->layerId());
+    if ((layer && layer->isFrozen()) || (*replaces && isLocked(id))) continue;
     if (const auto* reference = look<KvDbBlockReference>(id)) {
       const std::unique_ptr<KvDbObjectIterator> all(reference->attributeIterator());
       for (; !all->done(); all->step()) texts.append(all->objectId());
