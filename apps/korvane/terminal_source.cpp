@@ -102,6 +102,9 @@ struct TerminalSource::LineEditor {
       if (bytes.size() >= length) break;
     }
     *character = platform::wideFromUtf8(bytes).GetAt(0);
+    // The end of input, typed in the instant in which the terminal still gathered lines, comes as nothing.
+    constexpr wchar_t kEndOfInput = 4;
+    if (bytes.front() == '\0') *character = kEndOfInput;
     // Escape alone cancels; keys that send more begin with it and are followed at once.
     constexpr wchar_t kEscape = 27;
     constexpr int kKeyMilliseconds = 50;
